@@ -1,0 +1,6 @@
+#include <iostream>
+
+int main() {
+  std::cerr << "velmora: no command yet\n";
+  return 2;
+}

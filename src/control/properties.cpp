@@ -1,0 +1,9 @@
+#include "control/ctr_velmora_new.h"
+
+namespace velmora {
+
+void Ctr_VelmoraNew::TheClient(const ClientRef& vNewValue) { Variable::TheClient = vNewValue; }
+
+void Ctr_VelmoraNew::TheDatabase(const DatabaseRef& vNewValue) { Variable::TheDatabase = vNewValue; }
+
+}  // namespace velmora

@@ -1,0 +1,117 @@
+// The control's child controls with their documented places (twips), tab indexes,
+// captions and defaults.
+#include <algorithm>
+
+#include "control/ctr_velmora_new.h"
+
+namespace velmora {
+
+using toolkit::Alignment;
+using toolkit::FontSpec;
+using toolkit::Geometry;
+using toolkit::Rgb;
+
+namespace {
+const FontSpec kListFont{"Courier New", 8.25, false};
+const FontSpec kWarningFont{"MS Sans Serif", 13.5, false};
+}  // namespace
+
+Ctr_VelmoraNew::Ctr_VelmoraNew()
+    : Cac_TouteTache("Cac_TouteTache", Geometry{120, 120, 2415, 255}, 22, u"Afficher toutes les tâches", 1),
+      Cdr_Soins("Cdr_Soins", Geometry{0, 480, 9930, 5415}, 0),
+      Lst_CodePos("Lst_CodePos", Geometry{7560, 1560, 855, 840}, 24, true),
+      Lst_CodeSelect("Lst_CodeSelect", Geometry{7680, 3840, 855, 645}, 23, false),
+      Txt_Barre1("Txt_Barre1", Geometry{10560, 600, 15, 1095}, 10, u"Text1"),
+      Txt_Duree("Txt_Duree", Geometry{8520, 5040, 615, 315}, 9),
+      Cmd_SupprVelmora("Cmd_SupprVelmora", Geometry{120, 4920, 855, 375}, 8, u"Supprimer"),
+      Txt_DureeSoin("Txt_DureeSoin", Geometry{8520, 4680, 615, 315}, 7),
+      Cmd_AnnulerVelmora("Cmd_AnnulerVelmora", Geometry{6720, 4920, 855, 375}, 6, u"Annuler"),
+      Cmd_OKVelmora("Cmd_OKVelmora", Geometry{5880, 4920, 735, 375}, 5, u"OK"),
+      Lst_Selectionne("Lst_Selectionne", Geometry{120, 3360, 9615, 1320}, 4, false),
+      Lst_Possible("Lst_Possible", Geometry{120, 360, 9615, 2370}, 3, true),
+      Cmd_Select("Cmd_Select", Geometry{4320, 2760, 495, 375}, 2, u""),
+      Cmd_Obs("Cmd_Obs", Geometry{5160, 4920, 615, 375}, 1, u"Obs."),
+      Label1("Label1", Geometry{9240, 120, 255, 255}, 26, u"F"),
+      Etq_Imperativite("Etq_Imperativite", Geometry{1080, 4800, 3975, 375}, 25,
+                       u"Au moins une tâche impérative"),
+      Label6("Label6", Geometry{8640, 3120, 495, 255}, 21, u"Durée"),
+      Label5("Label5", Geometry{8640, 120, 495, 255}, 20, u"Durée"),
+      Label3("Label3", Geometry{8160, 3120, 375, 255}, 19, u"Obs."),
+      Etq_Sel3("Etq_Sel3", Geometry{5640, 3120, 615, 255}, 18, u"Tâche"),
+      Etq_DureeTotale("Etq_DureeTotale", Geometry{8040, 5040, 495, 255}, 17, u"Total"),
+      Etq_Duree("Etq_Duree", Geometry{8880, 3360, 495, 255}, 16, u"Durée"),
+      Etq_Pos1("Etq_Pos1", Geometry{120, 120, 1215, 255}, 15, u"Type"),
+      Etq_Pos2("Etq_Pos2", Geometry{2760, 120, 735, 255}, 14, u"Groupe"),
+      Etq_Pos3("Etq_Pos3", Geometry{5640, 120, 615, 255}, 13, u"Tâche"),
+      Etq_Sel2("Etq_Sel2", Geometry{2880, 3120, 735, 255}, 12, u"Groupe"),
+      Etq_Sel1("Etq_Sel1", Geometry{120, 3120, 1215, 255}, 11, u"Type") {
+  Lst_Possible.font = kListFont;
+  Lst_Selectionne.font = kListFont;
+  Lst_CodePos.setVisible(false);
+  Lst_CodeSelect.setVisible(false);
+  for (toolkit::CommandButton* b :
+       {&Cmd_SupprVelmora, &Cmd_AnnulerVelmora, &Cmd_OKVelmora, &Cmd_Select, &Cmd_Obs}) {
+    b->setEnabled(false);
+  }
+  Cmd_Select.graphical = true;
+  Txt_Duree.setEnabled(false);
+  Txt_Duree.alignment = Alignment::Right;
+  Txt_Duree.background = Rgb{192, 192, 255};
+  Txt_DureeSoin.alignment = Alignment::Right;
+  Txt_DureeSoin.maxLength = 5;
+  Txt_Barre1.tabStop = false;
+  Txt_Barre1.background = Rgb{64, 64, 64};
+  Etq_Imperativite.setVisible(false);
+  Etq_Imperativite.foreground = Rgb{255, 0, 0};
+  Etq_Imperativite.font = kWarningFont;
+  Label1.alignment = Alignment::Center;
+  failureHandler_ = std::make_shared<toolkit::FailureHandler>();
+  for (toolkit::Control* c : controls()) c->setFailureHandler(failureHandler_);
+  wireEvents();
+}
+
+std::vector<toolkit::Control*> Ctr_VelmoraNew::controls() {
+  return {&Cac_TouteTache,  &Cdr_Soins,      &Lst_CodePos,        &Lst_CodeSelect,  &Txt_Barre1,
+          &Txt_Duree,       &Cmd_SupprVelmora, &Txt_DureeSoin,    &Cmd_AnnulerVelmora,
+          &Cmd_OKVelmora,   &Lst_Selectionne, &Lst_Possible,      &Cmd_Select,      &Cmd_Obs,
+          &Label1,          &Etq_Imperativite, &Label6,           &Label5,          &Label3,
+          &Etq_Sel3,        &Etq_DureeTotale, &Etq_Duree,         &Etq_Pos1,        &Etq_Pos2,
+          &Etq_Pos3,        &Etq_Sel2,        &Etq_Sel1};
+}
+
+bool Ctr_VelmoraNew::liesInFrame(const toolkit::Control& control) const {
+  return &control != &Cac_TouteTache && &control != &Cdr_Soins;
+}
+
+void Ctr_VelmoraNew::wireEvents() {
+  Cac_TouteTache.Click = [this] { Cac_TouteTache_Click(); };
+  Lst_Possible.Click = [this] { Lst_Possible_Click(); };
+  Lst_Possible.DblClick = [this] { Lst_Possible_DblClick(); };
+  Cmd_Select.Click = [this] { Cmd_Select_Click(); };
+  Lst_Selectionne.Click = [this] { Lst_Selectionne_Click(); };
+  Lst_Selectionne.DblClick = [this] { Lst_Selectionne_DblClick(); };
+  Cmd_OKVelmora.Click = [this] { Cmd_OKVelmora_Click(); };
+  Cmd_AnnulerVelmora.Click = [this] { Cmd_AnnulerVelmora_Click(); };
+  Cmd_SupprVelmora.Click = [this] { Cmd_SupprVelmora_Click(); };
+  Cmd_Obs.Click = [this] { Cmd_Obs_Click(); };
+  Txt_Duree.Change = [this] { Txt_Duree_Change(); };
+  Txt_DureeSoin.KeyPress = [this](int& key) { Txt_DureeSoin_KeyPress(key); };
+  Txt_DureeSoin.LostFocus = [this] { Txt_DureeSoin_LostFocus(); };
+}
+
+void Ctr_VelmoraNew::setFailureHandler(toolkit::FailureHandler handler) {
+  *failureHandler_ = std::move(handler);
+}
+
+void Ctr_VelmoraNew::setServices(std::shared_ptr<toolkit::Services> services) {
+  services_ = std::move(services);
+}
+
+toolkit::Services& Ctr_VelmoraNew::services() const {
+  if (!services_) {
+    throw Failure(errors::kObjectNotSet, "object not set: the host gave the control no screen services");
+  }
+  return *services_;
+}
+
+}  // namespace velmora

@@ -1,0 +1,43 @@
+// The record store as its readers see it: a database of named files of keyed records,
+// and queries that answer with one attribute per hit.
+#pragma once
+
+#include "base/text.h"
+#include "store/record.h"
+#include "store/ref.h"
+
+namespace velmora {
+
+class NorvikFile {
+ public:
+  virtual ~NorvikFile() = default;
+  // A new record with the content stored under the key; fails with
+  // errors::kRecordNotFound when the key has no record.
+  virtual RecordRef ReadRecord(const Text& Cle) = 0;
+  virtual const Text& name() const = 0;
+};
+
+using FileRef = Ref<NorvikFile>;
+
+class NorvikDatabase {
+ public:
+  virtual ~NorvikDatabase() = default;
+  // The file of that name; an unknown name fails with errors::kUnknownFile.
+  virtual FileRef OpenFile(const Text& Nom) = 0;
+  // Requete is the whole text of a request record: attribute 1 the query, 2 the file,
+  // 3 the columns. The answer has one attribute per hit in query order and one value
+  // per column; "" when nothing was selected. Options and Nombre are not used.
+  virtual RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) = 0;
+};
+
+using DatabaseRef = Ref<NorvikDatabase>;
+
+// The control keeps a reference to the client object and calls nothing on it.
+class NorvikClient {
+ public:
+  virtual ~NorvikClient() = default;
+};
+
+using ClientRef = Ref<NorvikClient>;
+
+}  // namespace velmora
