@@ -1,0 +1,43 @@
+#include "rows/row_format.h"
+
+#include <string>
+
+#include "base/failure.h"
+
+namespace velmora::rows {
+
+namespace {
+
+Text alignedRight(TextView d, int width) {
+  if (static_cast<int>(d.size()) > width) {
+    throw Failure(errors::kInvalidCall, "invalid call: the duration '" + toUtf8(d) +
+                                            "' is wider than its " + std::to_string(width) +
+                                            " characters");
+  }
+  return padLeft(d, width);
+}
+
+}  // namespace
+
+Text textColumn(TextView v) { return padRight(left(v, kColumnWidth), kColumnWidth + 1); }
+
+Text proposalDuration(TextView d) { return alignedRight(d, 7); }
+
+Text selectionMarkerAndDuration(bool hasObservation, TextView d) {
+  return Text(hasObservation ? u"X" : u" ") + alignedRight(d, 6);
+}
+
+Text rowDuration(TextView row) { return trimBlanks(mid(row, 81, 5)); }
+
+Currency readBack(TextView shown) {
+  const auto p = instr(shown, u"h");
+  if (p == 0) {
+    throw Failure(errors::kInvalidCall,
+                  "invalid call: the total '" + toUtf8(shown) + "' has no hours mark");
+  }
+  const Currency hours = Currency::fromText(left(shown, p - 1));
+  const Currency minutes = Currency::fromText(mid(shown, p + 1));
+  return Currency::fromUnits(hours.units() * 60) + minutes;
+}
+
+}  // namespace velmora::rows

@@ -1,0 +1,32 @@
+// The fixed-width rows of the two visible lists, and the total's display form. A row
+// is at once what the planner reads and the only store of its columns, duration and
+// observation marker, so every writer and reader goes through these helpers.
+//
+// Proposal row:  1-25 column 1, 26 blank, 27-51 column 2, 52 blank, 53-77 column 3,
+//                78 blank, 79-85 duration right-aligned, then "  " and "*" after a search.
+// Selection row: 1-78 as above, 79 observation marker "X" or blank, 80-85 duration.
+#pragma once
+
+#include "base/currency.h"
+#include "base/text.h"
+
+namespace velmora::rows {
+
+inline constexpr int kColumnWidth = 25;
+
+// The first 25 code units of v, then blanks up to 26.
+Text textColumn(TextView v);
+// 7 minus the length of d blanks, then d. A d longer than 7 cannot be aligned and
+// fails with the invalid-call error, as the platform's Space() of a negative count.
+Text proposalDuration(TextView d);
+// "X" when there is an observation, else a blank; then d right-aligned in 6.
+// A d longer than 6 fails as above.
+Text selectionMarkerAndDuration(bool hasObservation, TextView d);
+// Positions 81-85 of a row with blanks trimmed: the item's duration, "" for none.
+Text rowDuration(TextView row);
+
+// The read-back of the total's display form NhMM: the number before the first "h"
+// times 60 plus the number after it.
+Currency readBack(TextView shown);
+
+}  // namespace velmora::rows
