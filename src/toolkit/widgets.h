@@ -112,6 +112,7 @@ class ListBox : public Control {
   bool Selected(int index) const;
   void setSelected(int index, bool selected);
   // Exchanges two rows with their marks; for sorts that keep parallel lists together.
+  // The current row travels with its row, without a Click.
   void swapRows(int a, int b);
 
   std::function<void()> Click;
