@@ -93,7 +93,9 @@ class Control {
   std::shared_ptr<void> subscribe(Listener listener);
 
   // Where failures of gestures go; shared by the controls of one surface.
-  void setFailureHandler(std::shared_ptr<FailureHandler> handler) { failureHandler_ = std::move(handler); }
+  void setFailureHandler(std::shared_ptr<FailureHandler> handler) {
+    failureHandler_ = std::move(handler);
+  }
 
  protected:
   void notify(Change change, int row = -1) const;

@@ -23,8 +23,8 @@ void ScriptedServices::ShowModal(Form& form) {
   modalActions_.pop_front();
   action(form);
   if (form.isLoaded()) {
-    throw Failure(errors::kInvalidCall, "the scripted action left the dialog \"" +
-                                            toUtf8(form.Caption()) + "\" open");
+    throw Failure(errors::kInvalidCall,
+                  "the scripted action left the dialog \"" + toUtf8(form.Caption()) + "\" open");
   }
 }
 

@@ -18,7 +18,8 @@ void Label::setCaption(TextView caption) {
 }
 
 CommandButton::CommandButton(std::string name, Geometry geometry, int tabIndex, Text caption)
-    : Control(std::move(name), Kind::CommandButton, geometry, tabIndex), caption_(std::move(caption)) {}
+    : Control(std::move(name), Kind::CommandButton, geometry, tabIndex),
+      caption_(std::move(caption)) {}
 
 void CommandButton::setCaption(TextView caption) {
   caption_ = Text(caption);
@@ -89,15 +90,17 @@ void TextBox::replaceText(TextView text) {
   dispatchGesture([this, next] { setText(next); });
 }
 
-void TextBox::leave() { dispatchGesture(LostFocus); }
+void TextBox::leave() {
+  dispatchGesture(LostFocus);
+}
 
 ListBox::ListBox(std::string name, Geometry geometry, int tabIndex, bool multiSelect)
     : Control(std::move(name), Kind::ListBox, geometry, tabIndex), multiSelect_(multiSelect) {}
 
 void ListBox::checkIndex(int index, const char* what) const {
   if (index < 0 || index >= ListCount()) {
-    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " of list " + name() +
-                                            " at row " + std::to_string(index) + " of " +
+    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " of list " +
+                                            name() + " at row " + std::to_string(index) + " of " +
                                             std::to_string(ListCount()));
   }
 }

@@ -28,7 +28,8 @@ class Label : public Control {
 
 class Frame : public Control {
  public:
-  Frame(std::string name, Geometry geometry, int tabIndex) : Control(std::move(name), Kind::Frame, geometry, tabIndex) {}
+  Frame(std::string name, Geometry geometry, int tabIndex)
+      : Control(std::move(name), Kind::Frame, geometry, tabIndex) {}
 };
 
 class CommandButton : public Control {
