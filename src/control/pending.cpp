@@ -30,21 +30,7 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() { notBuilt("Affiche_Tache_ClicDro
 void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t&) {
   notBuilt("Affiche_Tache_ClicDroit_TraiteTableau");
 }
-void Ctr_VelmoraNew::MAJ_Enr() { notBuilt("MAJ_Enr"); }
-void Ctr_VelmoraNew::Vider_Tache() { notBuilt("Vider_Tache"); }
-void Ctr_VelmoraNew::Vider_liste() { notBuilt("Vider_liste"); }
-void Ctr_VelmoraNew::Affiche() { notBuilt("Affiche"); }
 // selection
 Boolean Ctr_VelmoraNew::AuMoinsUneTacheImperative() { notBuilt("AuMoinsUneTacheImperative"); }
-void Ctr_VelmoraNew::Cmd_AnnulerVelmora_Click() { notBuilt("Cmd_AnnulerVelmora_Click"); }
-void Ctr_VelmoraNew::Cmd_Obs_Click() { notBuilt("Cmd_Obs_Click"); }
-void Ctr_VelmoraNew::Cmd_OKVelmora_Click() { notBuilt("Cmd_OKVelmora_Click"); }
-void Ctr_VelmoraNew::Cmd_Select_Click() { notBuilt("Cmd_Select_Click"); }
-void Ctr_VelmoraNew::Cmd_SupprVelmora_Click() { notBuilt("Cmd_SupprVelmora_Click"); }
-void Ctr_VelmoraNew::Supprime_Ligne() { notBuilt("Supprime_Ligne"); }
-void Ctr_VelmoraNew::Lst_Possible_Click() { notBuilt("Lst_Possible_Click"); }
-void Ctr_VelmoraNew::Lst_Possible_DblClick() { notBuilt("Lst_Possible_DblClick"); }
-void Ctr_VelmoraNew::Lst_Selectionne_DblClick() { notBuilt("Lst_Selectionne_DblClick"); }
-void Ctr_VelmoraNew::Lst_Selectionne_Click() { notBuilt("Lst_Selectionne_Click"); }
 
 }  // namespace velmora

@@ -1,0 +1,55 @@
+// The way back: a stored selection in W_Aff becomes selection rows again, behind what
+// the selection holds already.
+#include <optional>
+
+#include "control/ctr_velmora_new.h"
+#include "control/error_regime.h"
+#include "rows/row_format.h"
+#include "selection/total.h"
+
+namespace velmora {
+
+namespace {
+
+// Reads one record into its cursor; a key without a record is the one failure that
+// only drops the item, so it answers false. Any other failure reaches the host.
+bool readOrDrop(const FileRef& file, const Text& key, RecordRef& cursor) {
+  Err.Clear();
+  try {
+    cursor = file->ReadRecord(key);
+    return true;
+  } catch (const Failure& failure) {
+    if (failure.number() != errors::kRecordNotFound) throw;
+    recordFailure(failure);
+    return false;
+  }
+}
+
+}  // namespace
+
+void Ctr_VelmoraNew::Affiche() {
+  using namespace Variable;
+  const int count = W_Aff->DCount();
+  for (int i = 1; i <= count; ++i) {
+    const Text code = W_Aff->r(i, 1);
+    const Text duration = W_Aff->r(i, 2);
+    const Text observation = W_Aff->r(i, 3);
+    // 1-2. An item without its task or its group is left out without a word.
+    if (!readOrDrop(F_Tache, code, R_Tache)) continue;
+    if (!readOrDrop(F_GroupeTache, R_Tache->r(2), R_GroupeTache)) continue;
+    // 3-4.
+    Lst_Selectionne.AddItem(rows::textColumn(R_GroupeTache->r(2)) +
+                            rows::textColumn(R_Tache->r(2)) + rows::textColumn(code) +
+                            rows::selectionMarkerAndDuration(!observation.empty(), duration));
+    Lst_CodeSelect.AddItem(code);
+    // 5. The observation goes with the row it belongs to: the row just appended, which
+    // is not item i when an item was left out or the selection held rows already.
+    R_Obs->set(Lst_Selectionne.ListCount(), observation);
+    // 6.
+    const Text d = trimBlanks(duration);
+    if (!d.empty()) W_Total = selection::addToShownTotal(Txt_Duree, d);
+  }
+  Trie_Selectionne();
+}
+
+}  // namespace velmora

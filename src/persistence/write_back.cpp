@@ -1,0 +1,49 @@
+// The way out of a selection: MAJ_Enr hands it to the host as one record; Vider_Tache
+// and Vider_liste empty the control between items and at the end.
+#include "control/ctr_velmora_new.h"
+#include "control/error_regime.h"
+#include "rows/row_format.h"
+
+namespace velmora {
+
+namespace {
+
+// The format "000000": a numeric code zero-filled to six digits; any other text as is.
+Text sixDigits(const Text& code) {
+  if (!isDecimalNumber(trimBlanks(code))) return code;
+  return zeroPadded(*parseNumber(code), 6);
+}
+
+}  // namespace
+
+void Ctr_VelmoraNew::MAJ_Enr() {
+  W_Enr = newRecord();
+  for (int i = 0; i < Lst_Selectionne.ListCount(); ++i) {
+    const int n = i + 1;
+    const Text& code = Lst_CodeSelect.List(i);
+    W_Enr->set(n, 1, W_TypeAct == u"SSIAD" ? sixDigits(code) : code);
+    W_Enr->set(n, 2, rows::rowDuration(Lst_Selectionne.List(i)));
+    W_Enr->set(n, 3, Variable::R_Obs->r(n));
+  }
+}
+
+void Ctr_VelmoraNew::Vider_Tache() {
+  Lst_Selectionne.Clear();
+  Etq_Imperativite.setVisible(false);
+  Lst_CodeSelect.Clear();
+  Txt_Duree.setText(u"");
+  resumeNext([] { Variable::R_Obs->set(u""); });
+}
+
+void Ctr_VelmoraNew::Vider_liste() {
+  Lst_Possible.Clear();
+  Lst_Selectionne.Clear();
+  Etq_Imperativite.setVisible(false);
+  Lst_CodeSelect.Clear();
+  Lst_CodePos.Clear();
+  Txt_Duree.setText(u"");
+  W_Enr = nullptr;
+  Procedure::Ferme_Fichiers();
+}
+
+}  // namespace velmora

@@ -1,0 +1,46 @@
+// The observation of the current selected row: the dialog edits R_Obs at N_LigneObs,
+// and the row's marker at position 79 follows whether the text went empty or not.
+#include "control/ctr_velmora_new.h"
+#include "selection/frm_ajout_obs_tache.h"
+
+namespace velmora {
+
+namespace {
+
+Text withMarker(TextView row, TextView marker) {
+  return left(row, 78) + Text(marker) + mid(row, 81, 5);
+}
+
+}  // namespace
+
+void Ctr_VelmoraNew::Cmd_Obs_Click() {
+  // As Supprimer, the button can outlive its row when the host empties the selection.
+  if (Lst_Selectionne.ListIndex() == -1) {
+    throw Failure(errors::kInvalidCall, "invalid call: Obs. needs a current selected row");
+  }
+  // 1-2.
+  services().setMousePointer(0);
+  Frm_AjoutObsTache& form = DefaultFrm_AjoutObsTache();
+  form.Load();
+  // 3. The columns as they stand, blanks and all.
+  const Text row = Lst_Selectionne.List(Lst_Selectionne.ListIndex());
+  form.Txt_Type.setText(mid(row, 1, 25));
+  form.Txt_Groupe.setText(mid(row, 27, 25));
+  form.Txt_Tache.setText(mid(row, 53, 25));
+  // 4-6.
+  Variable::N_LigneObs = static_cast<std::int16_t>(Lst_Selectionne.ListIndex() + 1);
+  form.Txt_Obs.setText(Variable::R_Obs->r(Variable::N_LigneObs));
+  const Text before = Variable::R_Obs->r(Variable::N_LigneObs);
+  // 7.
+  services().ShowModal(form);
+  // 8. Exact comparison with "": a blank is an observation.
+  const Text after = Variable::R_Obs->r(Variable::N_LigneObs);
+  const int current = Lst_Selectionne.ListIndex();
+  if (after.empty() && !before.empty()) {
+    Lst_Selectionne.setList(current, withMarker(Lst_Selectionne.List(current), u"  "));
+  } else if (!after.empty() && before.empty()) {
+    Lst_Selectionne.setList(current, withMarker(Lst_Selectionne.List(current), u"X "));
+  }
+}
+
+}  // namespace velmora

@@ -1,0 +1,29 @@
+// The ways the selection's operations move the total. Txt_Duree's own change
+// notification turns the minutes written here into the NhMM form at once, so every
+// read that follows a write sees the display form.
+#pragma once
+
+#include "base/currency.h"
+#include "base/text.h"
+#include "rows/row_format.h"
+#include "toolkit/widgets.h"
+
+namespace velmora::selection {
+
+// Show first, then sum: D goes into an empty total as it is, otherwise onto the
+// read-back of what is shown. Returns the read-back of the text just written.
+inline Currency addToShownTotal(toolkit::TextBox& total, TextView minutes) {
+  if (total.getText().empty()) {
+    total.setText(minutes);
+  } else {
+    total.setText((rows::readBack(total.getText()) + Currency::fromText(minutes)).toText());
+  }
+  return rows::readBack(total.getText());
+}
+
+// Positions 53-77 of a row with blanks trimmed: the label that tells two items apart.
+inline Text rowLabel(TextView row) {
+  return trimBlanks(mid(row, 53, 25));
+}
+
+}  // namespace velmora::selection
