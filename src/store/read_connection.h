@@ -1,0 +1,59 @@
+// One read-only SQLite connection with its prepared statements, shared by the database
+// object and the files opened from it, so that a file stays usable as long as it is held.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "store/sqlite_support.h"
+#include "store/writer.h"
+
+namespace velmora {
+
+struct StoreStatistics {
+  std::uint64_t decodedRecords = 0;  // record bodies turned back into text
+  std::uint64_t scannedKeys = 0;     // keys visited by queries
+  std::uint64_t queries = 0;
+};
+
+namespace store {
+
+class ReadConnection {
+ public:
+  explicit ReadConnection(const std::string& path);
+
+  const std::string& path() const { return path_; }
+  sqlite3* handle() const { return db_.get(); }
+
+  bool hasFile(const Text& name);
+  // The text form of the record, nothing when the key has none.
+  std::optional<Text> readBody(const Text& file, const Text& key);
+  std::optional<DictionaryItem> dictionaryItem(const Text& file, const Text& name);
+
+  // Visits the records of a file whose key bytes lie in [lower, upper) in key order
+  // (no upper bound when upper is empty). The body is read only when withBody is set.
+  using Visitor =
+      std::function<void(std::span<const std::uint8_t> key, std::span<const std::uint8_t> body)>;
+  void scan(const Text& file, const std::vector<std::uint8_t>& lower,
+            const std::vector<std::uint8_t>& upper, bool withBody, const Visitor& visit);
+
+  StoreStatistics& statistics() { return statistics_; }
+
+ private:
+  std::string path_;
+  Connection db_;
+  Statement fileExists_;
+  Statement readRecord_;
+  Statement readItem_;
+  Statement scanKeys_;
+  Statement scanKeysTo_;
+  Statement scanRecords_;
+  Statement scanRecordsTo_;
+  StoreStatistics statistics_;
+};
+
+}  // namespace store
+}  // namespace velmora

@@ -1,0 +1,70 @@
+#include "store/sqlite_database.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "base/failure.h"
+#include "store/query/query.h"
+
+namespace velmora {
+
+namespace {
+
+class SqliteFile final : public NorvikFile {
+ public:
+  SqliteFile(std::shared_ptr<store::ReadConnection> connection, Text name)
+      : connection_(std::move(connection)), name_(std::move(name)) {}
+
+  RecordRef ReadRecord(const Text& Cle) override {
+    auto body = connection_->readBody(name_, Cle);
+    if (!body) {
+      throw Failure(errors::kRecordNotFound,
+                    "record not found: " + toUtf8(name_) + " has no key \"" + toUtf8(Cle) + "\"");
+    }
+    return RecordRef::make(*body);
+  }
+
+  const Text& name() const override { return name_; }
+
+ private:
+  std::shared_ptr<store::ReadConnection> connection_;
+  Text name_;
+};
+
+std::shared_ptr<store::ReadConnection> connect(const std::string& path) {
+  std::error_code ec;
+  if (!std::filesystem::is_regular_file(path, ec)) {
+    throw Failure(errors::kDatabase, "database " + path + ": no such file");
+  }
+  return std::make_shared<store::ReadConnection>(path);
+}
+
+}  // namespace
+
+SqliteDatabase::SqliteDatabase(const std::string& path) : connection_(connect(path)) {}
+
+FileRef SqliteDatabase::OpenFile(const Text& Nom) {
+  if (!connection_->hasFile(Nom)) {
+    throw Failure(errors::kUnknownFile,
+                  "unknown file \"" + toUtf8(Nom) + "\" in database " + path());
+  }
+  return FileRef(std::make_shared<SqliteFile>(connection_, Nom));
+}
+
+RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/, long& /*Nombre*/) {
+  return RecordRef::make(store::runRequest(*connection_, Requete));
+}
+
+DatabaseRef openDatabase(const std::string& path) {
+  return DatabaseRef(std::make_shared<SqliteDatabase>(path));
+}
+
+StoreStatistics statistics(const DatabaseRef& database) {
+  const auto* sqlite = dynamic_cast<const SqliteDatabase*>(&database.get());
+  if (sqlite == nullptr) {
+    throw Failure(errors::kInvalidCall, "invalid call: the database is not an embedded store");
+  }
+  return sqlite->statistics();
+}
+
+}  // namespace velmora

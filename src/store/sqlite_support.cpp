@@ -1,0 +1,196 @@
+#include "store/sqlite_support.h"
+
+#include "base/failure.h"
+
+namespace velmora::store {
+
+namespace {
+
+[[noreturn]] void fail(sqlite3* db, const std::string& path, const std::string& doing) {
+  const std::string cause = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
+  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause);
+}
+
+constexpr const char* kSchema = R"sql(
+CREATE TABLE velmora_store (version INTEGER NOT NULL);
+INSERT INTO velmora_store (version) VALUES (1);
+CREATE TABLE files (name TEXT PRIMARY KEY) WITHOUT ROWID;
+CREATE TABLE records (
+  file TEXT NOT NULL,
+  key BLOB NOT NULL,
+  body BLOB NOT NULL,
+  PRIMARY KEY (file, key)
+) WITHOUT ROWID;
+CREATE TABLE dictionary (
+  file TEXT NOT NULL,
+  name TEXT NOT NULL,
+  attribute INTEGER NOT NULL,
+  key_start INTEGER NOT NULL,
+  key_length INTEGER NOT NULL,
+  PRIMARY KEY (file, name)
+) WITHOUT ROWID;
+)sql";
+
+constexpr long long kSchemaVersion = 1;
+
+}  // namespace
+
+Connection openConnection(const std::string& path, int flags) {
+  sqlite3* raw = nullptr;
+  const int rc = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+  Connection db(raw);
+  if (rc != SQLITE_OK) fail(db.get(), path, "cannot open");
+  sqlite3_extended_result_codes(db.get(), 1);
+  sqlite3_busy_timeout(db.get(), 5000);
+  return db;
+}
+
+Statement::Statement(sqlite3* db, std::string_view sql, const std::string& path)
+    : db_(db), path_(path) {
+  sqlite3_stmt* raw = nullptr;
+  const int rc = sqlite3_prepare_v3(db, sql.data(), static_cast<int>(sql.size()),
+                                    SQLITE_PREPARE_PERSISTENT, &raw, nullptr);
+  statement_.reset(raw);
+  if (rc != SQLITE_OK) fail(db, path, "cannot read the store's tables");
+}
+
+Statement& Statement::reset() {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
+  return *this;
+}
+
+Statement& Statement::bind(int index, std::string_view utf8) {
+  sqlite3_bind_text(statement_.get(), index, utf8.data(), static_cast<int>(utf8.size()),
+                    SQLITE_TRANSIENT);
+  return *this;
+}
+
+Statement& Statement::bindBlob(int index, const std::vector<std::uint8_t>& bytes) {
+  // A zero-length blob must still be a blob, not NULL: keys may be empty.
+  static const std::uint8_t kNothing = 0;
+  sqlite3_bind_blob(statement_.get(), index, bytes.empty() ? &kNothing : bytes.data(),
+                    static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
+  return *this;
+}
+
+Statement& Statement::bind(int index, long long value) {
+  sqlite3_bind_int64(statement_.get(), index, value);
+  return *this;
+}
+
+bool Statement::step() {
+  const int rc = sqlite3_step(statement_.get());
+  if (rc == SQLITE_ROW) return true;
+  if (rc == SQLITE_DONE) return false;
+  fail(db_, path_, "cannot read or write");
+}
+
+std::string Statement::textColumn(int column) const {
+  const auto* text = sqlite3_column_text(statement_.get(), column);
+  const int size = sqlite3_column_bytes(statement_.get(), column);
+  return text == nullptr ? std::string() : std::string(reinterpret_cast<const char*>(text), size);
+}
+
+long long Statement::intColumn(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+
+std::span<const std::uint8_t> Statement::blobColumn(int column) const {
+  const auto* bytes =
+      static_cast<const std::uint8_t*>(sqlite3_column_blob(statement_.get(), column));
+  const int size = sqlite3_column_bytes(statement_.get(), column);
+  if (bytes == nullptr) return {};
+  return {bytes, static_cast<std::size_t>(size)};
+}
+
+void execute(sqlite3* db, const std::string& sql, const std::string& path) {
+  char* message = nullptr;
+  const int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &message);
+  if (rc == SQLITE_OK) return;
+  const std::string cause = message != nullptr ? message : sqlite3_errmsg(db);
+  sqlite3_free(message);
+  throw Failure(errors::kDatabase, "database " + path + ": " + cause);
+}
+
+void createSchema(sqlite3* db, const std::string& path) {
+  execute(db, kSchema, path);
+}
+
+void checkSchema(sqlite3* db, const std::string& path) {
+  sqlite3_stmt* raw = nullptr;
+  const char* sql = "SELECT version FROM velmora_store";
+  if (sqlite3_prepare_v2(db, sql, -1, &raw, nullptr) != SQLITE_OK) {
+    const std::string cause = sqlite3_errmsg(db);
+    sqlite3_finalize(raw);
+    throw Failure(errors::kDatabase, "database " + path + ": not a Velmora store (" + cause + ")");
+  }
+  std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, &sqlite3_finalize);
+  const int rc = sqlite3_step(raw);
+  if (rc != SQLITE_ROW) {
+    throw Failure(errors::kDatabase, "database " + path + ": not a Velmora store (" +
+                                         (rc == SQLITE_DONE ? std::string("no version")
+                                                            : std::string(sqlite3_errmsg(db))) +
+                                         ")");
+  }
+  const long long version = sqlite3_column_int64(raw, 0);
+  if (version != kSchemaVersion) {
+    throw Failure(errors::kDatabase, "database " + path + ": store version " +
+                                         std::to_string(version) + " is not supported");
+  }
+  // The tables must all be there and whole: a damaged page fails here, not in a query.
+  sqlite3_stmt* check = nullptr;
+  if (sqlite3_prepare_v2(db, "PRAGMA quick_check(1)", -1, &check, nullptr) != SQLITE_OK) {
+    sqlite3_finalize(check);
+    fail(db, path, "cannot check the file");
+  }
+  std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> checking(check, &sqlite3_finalize);
+  if (sqlite3_step(check) != SQLITE_ROW) fail(db, path, "the file is damaged");
+  const auto* verdict = reinterpret_cast<const char*>(sqlite3_column_text(check, 0));
+  if (verdict == nullptr || std::string_view(verdict) != "ok") {
+    throw Failure(errors::kDatabase, "database " + path + ": the file is damaged (" +
+                                         std::string(verdict != nullptr ? verdict : "?") + ")");
+  }
+  for (const char* table : {"files", "records", "dictionary"}) {
+    const std::string probe = std::string("SELECT 1 FROM ") + table + " LIMIT 0";
+    sqlite3_stmt* p = nullptr;
+    const int prc = sqlite3_prepare_v2(db, probe.c_str(), -1, &p, nullptr);
+    sqlite3_finalize(p);
+    if (prc != SQLITE_OK) {
+      throw Failure(errors::kDatabase,
+                    "database " + path + ": not a Velmora store (table " + table + " is missing)");
+    }
+  }
+}
+
+std::vector<std::uint8_t> encodeText(TextView text) {
+  std::vector<std::uint8_t> bytes;
+  bytes.reserve(text.size() * 2);
+  for (const char16_t unit : text) {
+    bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
+    bytes.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+  }
+  return bytes;
+}
+
+Text decodeText(std::span<const std::uint8_t> bytes) {
+  Text text;
+  text.reserve(bytes.size() / 2);
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    text.push_back(static_cast<char16_t>((bytes[i] << 8) | bytes[i + 1]));
+  }
+  return text;
+}
+
+std::vector<std::uint8_t> prefixUpperBound(std::vector<std::uint8_t> prefix) {
+  while (!prefix.empty()) {
+    if (prefix.back() != 0xFF) {
+      ++prefix.back();
+      return prefix;
+    }
+    prefix.pop_back();
+  }
+  return prefix;
+}
+
+}  // namespace velmora::store

@@ -1,0 +1,39 @@
+// A real store file in a fresh temporary directory, laid out as an account, for tests.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/database.h"
+#include "store/writer.h"
+
+namespace velmora::testing {
+
+class TempAccount {
+ public:
+  TempAccount();  // creates the file with standardLayout()
+  ~TempAccount();
+  TempAccount(const TempAccount&) = delete;
+  TempAccount& operator=(const TempAccount&) = delete;
+
+  const std::string& path() const { return path_; }
+  const std::string& directory() const { return directory_; }
+
+  // Puts one record. attributes: one entry per attribute, each a list of values (UTF-8).
+  void put(std::string_view file, std::string_view key,
+           std::vector<std::vector<std::string>> attributes);
+  void remove(std::string_view file, std::string_view key);
+  void apply(const Batch& batch);
+  DatabaseRef open() const;  // a new read-only connection
+
+ private:
+  std::string directory_;
+  std::string path_;
+  StoreWriter writer_;
+};
+
+// The record of those attributes, each a list of UTF-8 values.
+NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes);
+
+}  // namespace velmora::testing
