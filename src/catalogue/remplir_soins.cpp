@@ -1,0 +1,47 @@
+// Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label.
+#include "control/ctr_velmora_new.h"
+#include "control/error_regime.h"
+#include "rows/row_format.h"
+#include "search/working_table.h"
+
+namespace velmora {
+
+using namespace Variable;
+
+void Ctr_VelmoraNew::Remplir_Soins() {
+  // 1.
+  resumeNext([&] { Lst_Possible.Clear(); });
+  resumeNext([&] { Lst_CodePos.Clear(); });
+  // 2.
+  NorvikRecord request;
+  request.set(1, u"SSELECT SSIADSOINS PAR 1");
+  request.set(2, u"SSIADSOINS");
+  request.set(3, u"0 1 4");
+  RecordRef answer;
+  long nombre = 0;
+  resumeNext([&] { answer = Variable::TheDatabase->RunQuery(request.r(), u"", nombre); });
+  // 3. A failing test runs its true branch: nothing to walk either way.
+  if (testOrTrue([&] { return search::defaultIsEmpty(*answer); })) return;
+  // 4.
+  const int count = answer->DCount();
+  for (int i = 1; i <= count; ++i) {
+    const Text& code = answer->r(i, 1);
+    Err.Clear();
+    resumeNext([&] { R_RegroupSoins = F_RegroupSoins->ReadRecord(left(code, 2)); });
+    if (Err.Number == errors::kRecordNotFound) continue;
+    Err.Clear();
+    resumeNext([&] { R_TypeSoins = F_TypeSoins->ReadRecord(left(code, 4)); });
+    if (Err.Number == errors::kRecordNotFound) continue;
+    Text row;
+    resumeNext([&] { row += rows::textColumn(R_RegroupSoins->r(1)); });
+    resumeNext([&] { row += rows::textColumn(R_TypeSoins->r(1)); });
+    row += rows::textColumn(answer->r(i, 2));
+    resumeNext([&] { row += rows::proposalDuration(answer->r(i, 3)); });
+    resumeNext([&] { Lst_Possible.AddItem(row); });
+    resumeNext([&] { Lst_CodePos.AddItem(code); });
+  }
+  // 5.
+  resumeNext([&] { Trie_Possible(); });
+}
+
+}  // namespace velmora

@@ -1,0 +1,118 @@
+// Cac_TouteTache_Click: the show-all switch. Ticked, it shows the whole catalogue, with
+// the durations known for the client where it has them; unticked, it runs again what
+// filled the proposals in the first place. The selection is not touched here.
+#include <optional>
+
+#include "control/ctr_velmora_new.h"
+#include "control/error_regime.h"
+#include "rows/row_format.h"
+#include "search/task_catalogue.h"
+#include "search/working_table.h"
+
+namespace velmora {
+
+using namespace Variable;
+
+namespace {
+
+struct TaskAnswers {
+  RecordRef types;
+  RecordRef groups;
+  RecordRef tasks;
+};
+
+TaskAnswers runCatalogueQueries() {
+  long nombre = 0;
+  NorvikRecord request;
+  request.set(1, u"SSELECT TYPETACHE PAR 1");
+  request.set(2, u"TYPETACHE");
+  request.set(3, u"0 1");
+  TaskAnswers answers;
+  answers.types = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  request.set(u"");
+  request.set(1, u"SSELECT GROUPETACHE PAR 2 PAR 1");
+  request.set(2, u"GROUPETACHE");
+  request.set(3, u"0 1 2");
+  answers.groups = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  request.set(u"");
+  request.set(1, u"SSELECT TACHE PAR 2 PAR 1");
+  request.set(2, u"TACHE");
+  request.set(3, u"0 1 2 5");
+  answers.tasks = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  return answers;
+}
+
+// The durations of R_TableDurees, or nothing when the table does not exist.
+std::optional<search::DurationOverrides> knownDurations() {
+  Err.Clear();
+  int count = 0;
+  resumeNext([&] { count = R_TableDurees->DCount(); });
+  if (Err.Number != 0) return std::nullopt;
+  (void)count;
+  return search::DurationOverrides(*R_TableDurees);
+}
+
+// The duration override of the row just added: positions 81-85 take the last duration
+// of the client's table for that code, under errors ignored statement by statement.
+void applyOverride(toolkit::ListBox& list, const std::optional<search::DurationOverrides>& known,
+                   const Text& code) {
+  Err.Clear();
+  if (!known) {
+    Err.Number = errors::kObjectNotSet;
+    return;
+  }
+  const auto* found = known->find(code);
+  if (found == nullptr) return;
+  const int last = list.ListCount() - 1;
+  if (found->duration) {
+    list.setList(last, search::withOverriddenDuration(list.List(last), *found->duration));
+  }
+  if (found->anyTooWide) {
+    resumeNext([&] { (void)search::withOverriddenDuration(list.List(last), u"000000"); });
+  }
+}
+
+}  // namespace
+
+void Ctr_VelmoraNew::Cac_TouteTache_Click() {
+  // 1.
+  if (W_ClicActif == kFalse) return;
+  // 2.
+  Lst_Possible.Clear();
+  Lst_CodePos.Clear();
+  // 3. The task catalogue.
+  if (Cac_TouteTache.Value() == 1 && W_TypeAct == u"AUTRE") {
+    const auto answers = runCatalogueQueries();
+    const NorvikRecord& T = *answers.types;
+    const NorvikRecord& G = *answers.groups;
+    const NorvikRecord& K = *answers.tasks;
+    if (!search::defaultIsEmpty(T)) {
+      const auto known = knownDurations();
+      for (const auto& at : search::taskCatalogueWalk(T, G, K)) {
+        const Text& code = K.r(at.task, 1);
+        const Text row = rows::textColumn(T.r(at.type, 1)) + rows::textColumn(G.r(at.group, 1)) +
+                         rows::textColumn(code) + rows::proposalDuration(K.r(at.task, 4));
+        Lst_Possible.AddItem(row);
+        Lst_CodePos.AddItem(code);
+        applyOverride(Lst_Possible, known, code);
+      }
+      Trie_Possible();
+    }
+  }
+  // 4. The care-act catalogue.
+  if (Cac_TouteTache.Value() == 1 && W_TypeAct != u"AUTRE") Remplir_Soins();
+  // 5. Back to what filled the proposals.
+  if (Cac_TouteTache.Value() != 1) {
+    if (W_CleLue != kFalse) {
+      Affiche_Tache_ClicDroit();
+    } else if (W_Flot != kFalse) {
+      Boolean remplirBas = kFalse;
+      Recherche_SemaineTypeFlot(remplirBas);
+    } else {
+      Boolean remplirBas = kFalse;
+      Recherche_SemaineType(remplirBas);
+    }
+  }
+}
+
+}  // namespace velmora

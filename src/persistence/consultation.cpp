@@ -1,0 +1,127 @@
+// Affiche_Tache_ClicDroit: what a full key holds. The selection shows the items of the
+// record that Init read with the key; the proposal shows, for home help, the client's
+// latest task list at the key's date and, for care, the care-act catalogue.
+#include "control/ctr_velmora_new.h"
+#include "control/error_regime.h"
+#include "search/item_columns.h"
+#include "search/working_table.h"
+
+namespace velmora {
+
+using namespace Variable;
+
+namespace {
+
+// The source of the second pass: the record Init read, and its code attribute.
+struct StoredItems {
+  RecordRef record;
+  int codes;
+  int durations;
+  int observations;
+};
+
+}  // namespace
+
+void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
+  // 1.
+  Lst_Selectionne.Clear();
+  Etq_Imperativite.setVisible(false);
+  Lst_CodeSelect.Clear();
+  R_TableSelection = newRecord();
+  W_Total = Currency();
+  Lst_Possible.Clear();
+  Lst_CodePos.Clear();
+  // 2. The client's list valid at the key's date, the latest first.
+  if (W_TypeAct == u"AUTRE") {
+    NorvikRecord request;
+    request.set(1, u"SELECT AIDEDETAILTACHE AVEC 0 = \"" + W_Code + u"]\" AND AVEC 0 <= \"[" +
+                       W_DateCle + u"\" PAR-DECR 0");
+    request.set(2, u"AIDEDETAILTACHE");
+    request.set(3, u"0");
+    long nombre = 0;
+    const RecordRef answer = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+    if (!search::defaultIsEmpty(*answer)) {
+      R_TableDurees = newRecord();
+      R_AideDetail = F_AideDetail->ReadRecord(answer->r(1));
+      NorvikRecord& table = *R_TableSelection;
+      NorvikRecord& durees = *R_TableDurees;
+      const NorvikRecord& list = *R_AideDetail;
+      int j = 0;
+      const int count = list.DCount(1);
+      for (int k = 1; k <= count; ++k) {
+        const Text& code = list.r(1, k);
+        if (code.empty() || code == u"0") continue;  // passed over without a gap
+        ++j;
+        table.set(j, 1, code);
+        table.set(j, 2, list.r(2, k));
+        table.set(j, 3, u"");
+        durees.set(durees.DCount() + 1, 1, code);
+        durees.set(durees.DCount(), 2, list.r(2, k));
+      }
+    }
+  } else {
+    // 3. Ticking the switch fills the proposal with the care-act catalogue.
+    Cac_TouteTache.setValue(1);
+    Cac_TouteTache.setEnabled(false);
+  }
+  // 4.
+  std::int16_t traitement = 1;
+  Affiche_Tache_ClicDroit_TraiteTableau(traitement);
+  // 5.
+  Lst_Selectionne.Clear();
+  Etq_Imperativite.setVisible(false);
+  Lst_CodeSelect.Clear();
+  R_TableSelection = newRecord();
+  // 6. Every value is copied, also an empty one.
+  const StoredItems source = W_SemType == kFalse ? StoredItems{R_DetailsInterv, 7, 8, 9}
+                             : W_Flot == kFalse  ? StoredItems{R_SemType, 4, 5, 8}
+                                                 : StoredItems{R_SemTypeFlot, 4, 5, 8};
+  const NorvikRecord& stored = *source.record;
+  NorvikRecord& table = *R_TableSelection;
+  const int count = stored.DCount(source.codes);
+  for (int k = 1; k <= count; ++k) {
+    table.set(k, 1, stored.r(source.codes, k));
+    table.set(k, 2, stored.r(source.durations, k));
+    table.set(k, 3, stored.r(source.observations, k));
+  }
+  // 7.
+  traitement = 2;
+  Affiche_Tache_ClicDroit_TraiteTableau(traitement);
+}
+
+void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitement) {
+  const bool autre = W_TypeAct == u"AUTRE";
+  toolkit::ListBox& rowsList = Traitement == 1 ? Lst_Possible : Lst_Selectionne;
+  toolkit::ListBox& codes = Traitement == 1 ? Lst_CodePos : Lst_CodeSelect;
+  // 1.
+  W_Total = Currency();
+  // 2.
+  int count = 0;
+  resumeNext([&] { count = R_TableSelection->DCount(); });
+  for (int i = 1; i <= count; ++i) {
+    const Text code = R_TableSelection->r(i, 1);
+    const Text duration = R_TableSelection->r(i, 2);
+    const Text observation = R_TableSelection->r(i, 3);
+    if (!search::readItemRecords(autre, code)) continue;
+    Text row;
+    search::appendColumns(row, autre, code);
+    row += observation.empty() ? u" " : u"X";
+    search::appendDuration(row, duration, 6);
+    resumeNext([&] { rowsList.AddItem(row); });
+    resumeNext([&] { codes.AddItem(code); });
+    // The observation goes with the row's own number, so that a left-out item does not
+    // shift the observations of the rows behind it.
+    resumeNext([&] { R_Obs->set(rowsList.ListCount(), observation); });
+    if (!duration.empty()) resumeNext([&] { W_Total += Currency::fromText(duration); });
+  }
+  // 3.
+  if (Traitement == 1) {
+    resumeNext([&] { Trie_Possible(); });
+  } else {
+    resumeNext([&] { Trie_Selectionne(); });
+  }
+  // 4. Shown in NhMM by the text box; not read back.
+  if (Traitement != 1) resumeNext([&] { Txt_Duree.setText(W_Total.toText()); });
+}
+
+}  // namespace velmora

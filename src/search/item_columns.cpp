@@ -1,0 +1,53 @@
+#include "search/item_columns.h"
+
+#include "control/error_regime.h"
+#include "rows/row_format.h"
+
+namespace velmora::search {
+
+using namespace Variable;
+
+namespace {
+
+// One read of the item: true when its record was found or the read failed otherwise.
+template <class Read>
+bool readUnlessAbsent(Read&& read) {
+  Err.Clear();
+  resumeNext(std::forward<Read>(read));
+  return Err.Number != errors::kRecordNotFound;
+}
+
+}  // namespace
+
+bool readItemRecords(bool autre, const Text& code) {
+  if (autre) {
+    if (!readUnlessAbsent([&] { R_Tache = F_Tache->ReadRecord(code); })) return false;
+    return readUnlessAbsent([] { R_GroupeTache = F_GroupeTache->ReadRecord(R_Tache->r(2)); });
+  }
+  if (!readUnlessAbsent([&] { R_Soins = F_Soins->ReadRecord(code); })) return false;
+  if (!readUnlessAbsent([&] { R_TypeSoins = F_TypeSoins->ReadRecord(left(code, 4)); })) {
+    return false;
+  }
+  return readUnlessAbsent([&] { R_RegroupSoins = F_RegroupSoins->ReadRecord(left(code, 2)); });
+}
+
+void appendColumns(Text& row, bool autre, const Text& code) {
+  if (autre) {
+    resumeNext([&] { row += rows::textColumn(R_GroupeTache->r(2)); });
+    resumeNext([&] { row += rows::textColumn(R_Tache->r(2)); });
+    resumeNext([&] { row += rows::textColumn(code); });
+    return;
+  }
+  resumeNext([&] { row += rows::textColumn(R_RegroupSoins->r(1)); });
+  resumeNext([&] { row += rows::textColumn(R_TypeSoins->r(1)); });
+  resumeNext([&] { row += rows::textColumn(R_Soins->r(1)); });
+}
+
+void appendDuration(Text& row, TextView duration, int width) {
+  resumeNext([&] {
+    row += width == 7 ? rows::proposalDuration(duration)
+                      : mid(rows::selectionMarkerAndDuration(false, duration), 2);
+  });
+}
+
+}  // namespace velmora::search

@@ -1,0 +1,65 @@
+#include "search/template_query.h"
+
+#include "control/error_regime.h"
+#include "search/time_conversion.h"
+#include "store/record.h"
+
+namespace velmora::search {
+
+using namespace Variable;
+
+const TemplateFile kFixedTemplates{u"TPSSEMAINETYPE",
+                                   u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = ",
+                                   u" AND AVEC DateDebSemType <= ", u" AND AVEC TypeActSemType = ",
+                                   u" AND AVEC TypeActSemType <> "};
+
+const TemplateFile kFloatingTemplates{
+    u"TPSSEMAINETYPEFLOT", u"SSELECT TPSSEMAINETYPEFLOT AVEC CodeAideFlot = ",
+    u" AND AVEC DateDebFlot <= ", u" AND AVEC TypeActFlot = ", u" AND AVEC TypeActFlot <> "};
+
+namespace {
+
+constexpr char16_t kQuote = u'"';
+
+Text quoted(TextView v) {
+  return kQuote + Text(v) + kQuote;
+}
+
+Text endOfValidityTest(const Text& dateDeb) {
+  return u" AND AVEC 1 >= " + quoted(TheDates().TexteVersDate(dateDeb)) + u" OR = " + quoted(u"");
+}
+
+}  // namespace
+
+Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
+  NorvikRecord request;
+  request.set(u"");
+  auto append = [&](const Text& piece) { request.set(1, request.r(1) + piece); };
+  append(Text(file.head) + quoted(criteria.code));
+  if (!criteria.dateFin.empty()) {
+    resumeNext([&] {
+      append(Text(file.startDateTest) + quoted(TheDates().TexteVersDate(criteria.dateFin)) +
+             endOfValidityTest(criteria.dateDeb));
+    });
+  } else {
+    resumeNext([&] { append(endOfValidityTest(criteria.dateDeb)); });
+  }
+  append(u" AND AVEC 4 <> " + quoted(u""));
+  append(Text(criteria.typeAct == u"SSIAD" ? file.activityCare : file.activityOther) +
+         quoted(u"S"));
+  request.set(2, file.name);
+  request.set(3, u"0");
+  return request.r();
+}
+
+SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA) {
+  if (cleLue) return {heureDe, heureA};
+  const bool decimal = !R_Param.empty() && R_Param->r(20) == u"1";
+  const auto convert = decimal ? decimalToFourDigit : minutesToFourDigit;
+  SearchTimes times;
+  resumeNext([&] { times.start = convert(heureDe); });
+  resumeNext([&] { times.end = convert(heureA); });
+  return times;
+}
+
+}  // namespace velmora::search
