@@ -119,6 +119,8 @@ class Ctr_VelmoraNew {
 
  private:
   friend class CtrInspector;
+  // Calls private procedures directly, for the unit tests of the sorts.
+  friend class CtrDriver;
 
   // ---- Event procedures ----
   void Cac_TouteTache_Click();

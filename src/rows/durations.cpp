@@ -1,0 +1,61 @@
+// The total's display: code writes a plain number of minutes into Txt_Duree and its
+// change notification turns it at once into hours and minutes, NhMM.
+#include <cmath>
+
+#include "control/ctr_velmora_new.h"
+
+namespace velmora {
+
+namespace {
+
+double minutesOf(const Text& shown) {
+  const auto minutes = parseNumber(shown);
+  if (!minutes) {
+    throw Failure(errors::kTypeMismatch,
+                  "type mismatch: the total '" + toUtf8(shown) + "' is not a number of minutes");
+  }
+  if (!std::isfinite(*minutes) || std::fabs(*minutes) >= 9.0e15) {
+    throw Failure(errors::kOverflow, "overflow: the total '" + toUtf8(shown) + "' is out of range");
+  }
+  return *minutes;
+}
+
+}  // namespace
+
+void Ctr_VelmoraNew::Txt_Duree_Change() {
+  // 1. Our own write below comes back here: nothing to do then.
+  if (W_ChangeActif == kFalse) return;
+  // 2.
+  if (Txt_Duree.getText().empty()) return;
+  // 3.
+  W_ChangeActif = kFalse;
+  // 4. Hours by the floor, so that a negative total reads back to itself: -5 is -1h55.
+  double T = 0;
+  try {
+    T = minutesOf(Txt_Duree.getText());
+  } catch (const Failure&) {
+    // Leave the text as written and re-arm the guard, so that the next write converts.
+    W_ChangeActif = kTrue;
+    throw;
+  }
+  const double hours = std::floor(T / 60);
+  const Text H = numberText(static_cast<long long>(hours));
+  // 5. "00": at least two digits, a fraction rounded to whole.
+  const Text M = zeroPadded(T - 60 * hours, 2);
+  // 6.
+  Txt_Duree.setText(H + u"h" + M);
+  // 7.
+  W_ChangeActif = kTrue;
+}
+
+void Ctr_VelmoraNew::Txt_DureeSoin_KeyPress(int& KeyAscii) {
+  // Digits and backspace only: a duration is a whole number of minutes.
+  const bool backspace = KeyAscii == 8;
+  const bool digit = KeyAscii >= 48 && KeyAscii <= 57;
+  if (!backspace && !digit) KeyAscii = 0;
+}
+
+// Connected to the text box; the edit is taken when OK is pressed.
+void Ctr_VelmoraNew::Txt_DureeSoin_LostFocus() {}
+
+}  // namespace velmora

@@ -1,0 +1,28 @@
+// AuMoinsUneTacheImperative: whether a selected home-help task is marked mandatory
+// ("O" in attribute 4 of its TACHE record). Read afresh at each call: nothing cached.
+#include "control/ctr_velmora_new.h"
+
+namespace velmora {
+
+using namespace Variable;
+
+Boolean Ctr_VelmoraNew::AuMoinsUneTacheImperative() {
+  // 1. Care acts have no mandatory mark.
+  if (W_TypeAct != u"AUTRE") return kFalse;
+  // 2. In list order; the first mandatory task ends the walk.
+  const int n = Lst_CodeSelect.ListCount();
+  for (int i = 0; i < n; ++i) {
+    try {
+      R_Tache = F_Tache->ReadRecord(Lst_CodeSelect.List(i));
+    } catch (const Failure& failure) {
+      // A task since gone from the catalogue is not mandatory; other failures are real.
+      if (failure.number() != errors::kRecordNotFound) throw;
+      continue;
+    }
+    if (R_Tache->r(4) == u"O") return kTrue;
+  }
+  // 3.
+  return kFalse;
+}
+
+}  // namespace velmora
