@@ -51,8 +51,10 @@ FileRef SqliteDatabase::OpenFile(const Text& Nom) {
   return FileRef(std::make_shared<SqliteFile>(connection_, Nom));
 }
 
-RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/, long& /*Nombre*/) {
-  return RecordRef::make(store::runRequest(*connection_, Requete));
+RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/, long& Nombre) {
+  auto answer = RecordRef::make(store::runRequest(*connection_, Requete));
+  Nombre = answer->DCount();
+  return answer;
 }
 
 DatabaseRef openDatabase(const std::string& path) {

@@ -1,11 +1,364 @@
 #include "store/query/query.h"
 
+#include <algorithm>
+#include <optional>
+#include <string>
+
 #include "base/failure.h"
+#include "store/query/order.h"
+#include "store/query/syntax.h"
 
 namespace velmora::store {
 
-NorvikRecord runRequest(ReadConnection& /*connection*/, const Text& /*request*/) {
-  throw Failure(errors::kBadQuery, "query: not built yet");
+namespace {
+
+[[noreturn]] void badRequest(const std::string& what) {
+  throw Failure(errors::kBadQuery, "query: " + what);
+}
+
+// A field once its name is known: the key, an attribute, or characters of the key.
+struct Field {
+  enum class Kind { Key, Attribute, KeyPart };
+  Kind kind = Kind::Key;
+  int attribute = 0;
+  int start = 0;
+  int length = 0;
+
+  bool readsRecord() const { return kind == Kind::Attribute; }
+};
+
+struct ResolvedCondition {
+  Field field;
+  std::vector<Comparison> alternatives;
+};
+
+struct ResolvedSort {
+  Field field;
+  bool descending = false;
+};
+
+// One candidate record: its key and, when the query needs them, the attributes it reads.
+struct Row {
+  Text key;
+  std::vector<std::vector<Text>> attributes;  // index = position in Plan::attributes
+};
+
+struct Plan {
+  Text file;
+  std::vector<ResolvedCondition> keyConditions;     // tested before the body is read
+  std::vector<ResolvedCondition> recordConditions;  // need attributes
+  std::vector<ResolvedSort> sorts;
+  std::vector<int> columns;
+  std::vector<int> attributes;  // attribute numbers to decode, ascending
+  std::vector<std::uint8_t> lower;
+  std::vector<std::uint8_t> upper;  // empty: no upper bound
+  bool emptyRange = false;
+};
+
+bool isDigits(TextView text) {
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char16_t c) { return c >= u'0' && c <= u'9'; });
+}
+
+int attributeNumber(TextView digits, std::size_t position) {
+  if (digits.size() > 6) {
+    badRequest("at " + std::to_string(position) + ": attribute number " + toUtf8(digits) +
+               " is too large");
+  }
+  return std::stoi(toUtf8(digits));
+}
+
+Field resolve(ReadConnection& connection, const Text& file, const FieldName& name) {
+  if (name.spelling == u"@ID") return {};
+  if (isDigits(name.spelling)) {
+    const int number = attributeNumber(name.spelling, name.position);
+    if (number == 0) return {};
+    return {Field::Kind::Attribute, number};
+  }
+  const auto item = connection.dictionaryItem(file, name.spelling);
+  if (!item) {
+    throw Failure(errors::kUnknownName, "query: at " + std::to_string(name.position) +
+                                            ": unknown dictionary name \"" + toUtf8(name.spelling) +
+                                            "\" in file " + toUtf8(file));
+  }
+  if (item->isKeyPart()) return {Field::Kind::KeyPart, 0, item->keyStart, item->keyLength};
+  if (item->attribute == 0) return {};
+  return {Field::Kind::Attribute, item->attribute};
+}
+
+std::vector<int> parseColumns(TextView text) {
+  std::vector<int> columns;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    if (text[i] == u' ') {
+      ++i;
+      continue;
+    }
+    const std::size_t start = i;
+    while (i < text.size() && text[i] != u' ') ++i;
+    const TextView word = text.substr(start, i - start);
+    if (!isDigits(word)) {
+      badRequest("columns: \"" + toUtf8(word) + "\" at " + std::to_string(start + 1) +
+                 " is not an attribute number");
+    }
+    columns.push_back(attributeNumber(word, start + 1));
+  }
+  if (columns.empty()) columns.push_back(0);
+  return columns;
+}
+
+// Narrows [lower, upper) to the keys that can meet a condition on their leading
+// characters; every condition is still tested on each candidate.
+void narrowRange(Plan& plan, const ResolvedCondition& condition) {
+  if (condition.alternatives.size() != 1) return;
+  const Comparison& c = condition.alternatives.front();
+  if (c.op != Operator::Equal || c.anchor == Anchor::Trailing) return;
+  const Field& f = condition.field;
+  std::vector<std::uint8_t> lower;
+  std::vector<std::uint8_t> upper;
+  if (f.kind == Field::Kind::Key) {
+    lower = encodeText(c.value);
+    if (c.anchor == Anchor::Leading) {
+      upper = prefixUpperBound(lower);
+    } else {
+      upper = lower;
+      upper.push_back(0);  // the smallest key above the exact one
+    }
+  } else if (f.kind == Field::Kind::KeyPart && f.start == 1) {
+    lower = encodeText(TextView(c.value).substr(0, static_cast<std::size_t>(f.length)));
+    upper = prefixUpperBound(lower);
+  } else {
+    return;
+  }
+  if (lower > plan.lower) plan.lower = std::move(lower);
+  if (!upper.empty() && (plan.upper.empty() || upper < plan.upper)) plan.upper = std::move(upper);
+  if (!plan.upper.empty() && plan.lower >= plan.upper) plan.emptyRange = true;
+}
+
+void needAttribute(Plan& plan, const Field& field) {
+  if (field.readsRecord()) plan.attributes.push_back(field.attribute);
+}
+
+Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text& columns) {
+  Plan plan;
+  plan.file = syntax.file;
+  if (!connection.hasFile(plan.file)) {
+    throw Failure(errors::kUnknownFile, "query: unknown file \"" + toUtf8(plan.file) +
+                                            "\" in database " + connection.path());
+  }
+  for (const auto& condition : syntax.conditions) {
+    ResolvedCondition resolved{resolve(connection, plan.file, condition.field),
+                               condition.alternatives};
+    narrowRange(plan, resolved);
+    needAttribute(plan, resolved.field);
+    (resolved.field.readsRecord() ? plan.recordConditions : plan.keyConditions)
+        .push_back(std::move(resolved));
+  }
+  bool sortsOnKey = false;
+  for (const auto& sort : syntax.sorts) {
+    ResolvedSort resolved{resolve(connection, plan.file, sort.field), sort.descending};
+    sortsOnKey = sortsOnKey || resolved.field.kind == Field::Kind::Key;
+    needAttribute(plan, resolved.field);
+    plan.sorts.push_back(resolved);
+  }
+  // The key settles every tie, so that an answer never depends on storage order.
+  if (!sortsOnKey) plan.sorts.push_back({Field{}, false});
+  plan.columns = parseColumns(columns);
+  for (const int column : plan.columns) {
+    if (column > 0) plan.attributes.push_back(column);
+  }
+  std::sort(plan.attributes.begin(), plan.attributes.end());
+  plan.attributes.erase(std::unique(plan.attributes.begin(), plan.attributes.end()),
+                        plan.attributes.end());
+  return plan;
+}
+
+// Reads the wanted attributes straight from the stored UTF-16BE text form, stopping
+// after the last one wanted.
+void decodeAttributes(std::span<const std::uint8_t> body, const std::vector<int>& wanted,
+                      Row& row) {
+  row.attributes.assign(wanted.size(), std::vector<Text>{Text{}});
+  std::size_t slot = 0;
+  int attribute = 1;
+  for (std::size_t i = 0; i + 1 < body.size() && slot < wanted.size(); i += 2) {
+    const auto unit = static_cast<char16_t>((body[i] << 8) | body[i + 1]);
+    if (unit == kAttributeMark) {
+      if (attribute == wanted[slot]) ++slot;
+      ++attribute;
+      continue;
+    }
+    if (attribute != wanted[slot]) continue;
+    auto& values = row.attributes[slot];
+    if (unit == kValueMark) {
+      values.emplace_back();
+    } else {
+      values.back().push_back(unit);
+    }
+  }
+}
+
+const std::vector<Text>& valuesOf(const Plan& plan, const Row& row, int attribute) {
+  const auto at = std::lower_bound(plan.attributes.begin(), plan.attributes.end(), attribute);
+  return row.attributes[static_cast<std::size_t>(at - plan.attributes.begin())];
+}
+
+Text keyPart(const Text& key, const Field& field) {
+  return mid(key, field.start, field.length);
+}
+
+bool startsWith(TextView text, TextView prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+bool endsWith(TextView text, TextView suffix) {
+  return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+bool holds(TextView subject, const Comparison& c) {
+  if (c.op == Operator::Equal || c.op == Operator::NotEqual) {
+    bool equal = false;
+    switch (c.anchor) {
+      case Anchor::Whole:
+        equal = subject == c.value;
+        break;
+      case Anchor::Leading:
+        equal = startsWith(subject, c.value);
+        break;
+      case Anchor::Trailing:
+        equal = endsWith(subject, c.value);
+        break;
+    }
+    return equal == (c.op == Operator::Equal);
+  }
+  TextView part = subject;
+  if (c.anchor == Anchor::Leading) part = part.substr(0, c.value.size());
+  if (c.anchor == Anchor::Trailing && part.size() > c.value.size()) {
+    part = part.substr(part.size() - c.value.size());
+  }
+  const int order = compareOrdered(part, c.value);
+  switch (c.op) {
+    case Operator::Less:
+      return order < 0;
+    case Operator::LessOrEqual:
+      return order <= 0;
+    case Operator::Greater:
+      return order > 0;
+    case Operator::GreaterOrEqual:
+      return order >= 0;
+    default:
+      return false;
+  }
+}
+
+bool meets(const std::vector<Text>& values, const std::vector<Comparison>& alternatives) {
+  return std::any_of(values.begin(), values.end(), [&](const Text& value) {
+    return std::any_of(alternatives.begin(), alternatives.end(),
+                       [&](const Comparison& c) { return holds(value, c); });
+  });
+}
+
+bool meetsKeyConditions(const Plan& plan, const Text& key) {
+  return std::all_of(plan.keyConditions.begin(), plan.keyConditions.end(), [&](const auto& c) {
+    const Text subject = c.field.kind == Field::Kind::Key ? key : keyPart(key, c.field);
+    return meets({subject}, c.alternatives);
+  });
+}
+
+bool meetsRecordConditions(const Plan& plan, const Row& row) {
+  return std::all_of(
+      plan.recordConditions.begin(), plan.recordConditions.end(),
+      [&](const auto& c) { return meets(valuesOf(plan, row, c.field.attribute), c.alternatives); });
+}
+
+Text joined(const std::vector<Text>& values, char16_t mark) {
+  Text out = values.front();
+  for (std::size_t i = 1; i < values.size(); ++i) {
+    out.push_back(mark);
+    out += values[i];
+  }
+  return out;
+}
+
+Text sortText(const Plan& plan, const Row& row, const Field& field) {
+  switch (field.kind) {
+    case Field::Kind::Key:
+      return row.key;
+    case Field::Kind::KeyPart:
+      return keyPart(row.key, field);
+    case Field::Kind::Attribute:
+      return joined(valuesOf(plan, row, field.attribute), kValueMark);
+  }
+  return {};
+}
+
+void sortRows(const Plan& plan, std::vector<Row>& rows) {
+  // Sort texts are worked out once per row, not once per comparison.
+  std::vector<std::vector<Text>> keys(rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (const auto& sort : plan.sorts) keys[i].push_back(sortText(plan, rows[i], sort.field));
+  }
+  std::vector<std::size_t> order(rows.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    for (std::size_t s = 0; s < plan.sorts.size(); ++s) {
+      const int c = compareOrdered(keys[a][s], keys[b][s]);
+      if (c != 0) return plan.sorts[s].descending ? c > 0 : c < 0;
+    }
+    return false;
+  });
+  std::vector<Row> sorted;
+  sorted.reserve(rows.size());
+  for (const std::size_t i : order) sorted.push_back(std::move(rows[i]));
+  rows = std::move(sorted);
+}
+
+std::vector<Row> select(ReadConnection& connection, const Plan& plan) {
+  std::vector<Row> rows;
+  if (plan.emptyRange) return rows;
+  const bool withBody = !plan.attributes.empty();
+  connection.scan(plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
+    Row row{decodeText(keyBytes), {}};
+    if (!meetsKeyConditions(plan, row.key)) return;
+    if (withBody) {
+      decodeAttributes(body, plan.attributes, row);
+      ++connection.statistics().decodedRecords;
+      if (!meetsRecordConditions(plan, row)) return;
+    }
+    rows.push_back(std::move(row));
+  });
+  return rows;
+}
+
+NorvikRecord answerOf(const Plan& plan, const std::vector<Row>& rows) {
+  NorvikRecord answer;
+  for (const auto& row : rows) {
+    std::vector<Text> cells;
+    cells.reserve(plan.columns.size());
+    for (const int column : plan.columns) {
+      // Values of a multi-valued column become subvalues, so that one hit stays one
+      // attribute and one column one value.
+      cells.push_back(column == 0 ? row.key : joined(valuesOf(plan, row, column), kSubvalueMark));
+    }
+    answer.appendAttribute(std::move(cells));
+  }
+  return answer;
+}
+
+}  // namespace
+
+NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
+  const NorvikRecord parts(request);
+  const Text query = parts.r(1);
+  const Text file = parts.r(2);
+  const QuerySyntax syntax = parseQuery(query);
+  if (file != syntax.file) {
+    badRequest("the request names file \"" + toUtf8(file) + "\" but the query reads \"" +
+               toUtf8(syntax.file) + "\"");
+  }
+  const Plan plan = makePlan(connection, syntax, parts.r(3));
+  ++connection.statistics().queries;
+  std::vector<Row> rows = select(connection, plan);
+  sortRows(plan, rows);
+  return answerOf(plan, rows);
 }
 
 }  // namespace velmora::store

@@ -1,0 +1,83 @@
+#include "store/query/order.h"
+
+namespace velmora::store {
+
+namespace {
+
+bool isDigit(char16_t c) {
+  return c >= u'0' && c <= u'9';
+}
+
+// A number split into sign and digits with leading and trailing zeros removed, so that
+// equal values have equal parts.
+struct Decimal {
+  bool negative = false;
+  TextView whole;
+  TextView fraction;
+};
+
+Decimal decimalOf(TextView text) {
+  Decimal d;
+  std::size_t i = 0;
+  if (text[i] == u'-' || text[i] == u'+') {
+    d.negative = text[i] == u'-';
+    ++i;
+  }
+  const auto point = text.find(u'.', i);
+  d.whole = text.substr(i, point == TextView::npos ? TextView::npos : point - i);
+  d.fraction = point == TextView::npos ? TextView() : text.substr(point + 1);
+  while (!d.whole.empty() && d.whole.front() == u'0') d.whole.remove_prefix(1);
+  while (!d.fraction.empty() && d.fraction.back() == u'0') d.fraction.remove_suffix(1);
+  if (d.whole.empty() && d.fraction.empty()) d.negative = false;  // -0 is 0
+  return d;
+}
+
+int sign(int n) {
+  return (n > 0) - (n < 0);
+}
+
+int compareMagnitude(const Decimal& a, const Decimal& b) {
+  if (a.whole.size() != b.whole.size()) return a.whole.size() < b.whole.size() ? -1 : 1;
+  if (const int c = sign(a.whole.compare(b.whole)); c != 0) return c;
+  return sign(a.fraction.compare(b.fraction));  // digits after the point compare as text
+}
+
+int compareNumbers(TextView a, TextView b) {
+  const Decimal x = decimalOf(a);
+  const Decimal y = decimalOf(b);
+  if (x.negative != y.negative) return x.negative ? -1 : 1;
+  const int magnitude = compareMagnitude(x, y);
+  return x.negative ? -magnitude : magnitude;
+}
+
+int rank(TextView text) {
+  if (text.empty()) return 0;
+  return isQueryNumber(text) ? 1 : 2;
+}
+
+}  // namespace
+
+bool isQueryNumber(TextView text) {
+  std::size_t i = 0;
+  if (i < text.size() && (text[i] == u'-' || text[i] == u'+')) ++i;
+  const std::size_t wholeStart = i;
+  while (i < text.size() && isDigit(text[i])) ++i;
+  if (i == wholeStart) return false;
+  if (i == text.size()) return true;
+  if (text[i] != u'.') return false;
+  const std::size_t fractionStart = ++i;
+  while (i < text.size() && isDigit(text[i])) ++i;
+  return i > fractionStart && i == text.size();
+}
+
+int compareOrdered(TextView a, TextView b) {
+  const int ra = rank(a);
+  const int rb = rank(b);
+  if (ra != rb) return ra < rb ? -1 : 1;
+  if (ra == 1) {
+    if (const int c = compareNumbers(a, b); c != 0) return c;
+  }
+  return sign(a.compare(b));
+}
+
+}  // namespace velmora::store

@@ -1,0 +1,192 @@
+#include <optional>
+#include <string>
+
+#include "base/failure.h"
+#include "store/query/syntax.h"
+
+namespace velmora::store {
+
+namespace {
+
+enum class TokenKind { Word, Value, Operator, End };
+
+struct Token {
+  TokenKind kind = TokenKind::End;
+  Text text;              // a value's text is without its quotes
+  std::size_t start = 0;  // 0-based offset in the query text
+  std::size_t end = 0;    // one past the last character
+};
+
+bool isBlank(char16_t c) {
+  return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n';
+}
+bool isOperatorChar(char16_t c) {
+  return c == u'=' || c == u'<' || c == u'>';
+}
+
+[[noreturn]] void malformed(std::size_t offset, const std::string& what) {
+  throw Failure(errors::kBadQuery, "query: at " + std::to_string(offset + 1) + ": " + what);
+}
+
+std::vector<Token> tokenize(TextView text) {
+  std::vector<Token> tokens;
+  std::size_t i = 0;
+  while (i < text.size()) {
+    if (isBlank(text[i])) {
+      ++i;
+      continue;
+    }
+    const std::size_t start = i;
+    if (text[i] == u'"') {
+      const auto close = text.find(u'"', i + 1);
+      if (close == TextView::npos) malformed(start, "the value has no closing double quote");
+      tokens.push_back(
+          {TokenKind::Value, Text(text.substr(i + 1, close - i - 1)), start, close + 1});
+      i = close + 1;
+      continue;
+    }
+    if (isOperatorChar(text[i])) {
+      while (i < text.size() && isOperatorChar(text[i])) ++i;
+      tokens.push_back({TokenKind::Operator, Text(text.substr(start, i - start)), start, i});
+      continue;
+    }
+    while (i < text.size() && !isBlank(text[i]) && text[i] != u'"' && !isOperatorChar(text[i])) ++i;
+    tokens.push_back({TokenKind::Word, Text(text.substr(start, i - start)), start, i});
+  }
+  tokens.push_back({TokenKind::End, {}, text.size(), text.size()});
+  return tokens;
+}
+
+std::optional<Operator> operatorOf(TextView text) {
+  if (text == u"=") return Operator::Equal;
+  if (text == u"<>") return Operator::NotEqual;
+  if (text == u"<") return Operator::Less;
+  if (text == u"<=") return Operator::LessOrEqual;
+  if (text == u">") return Operator::Greater;
+  if (text == u">=") return Operator::GreaterOrEqual;
+  return std::nullopt;
+}
+
+Comparison comparisonOf(Operator op, const Text& value) {
+  if (!value.empty() && value.back() == u']') {
+    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
+  }
+  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
+  return {op, Anchor::Whole, value};
+}
+
+class Parser {
+ public:
+  explicit Parser(TextView text) : text_(text), tokens_(tokenize(text)) {}
+
+  QuerySyntax parse() {
+    QuerySyntax query;
+    clauseStart_ = current().start;
+    const Token& verb = current();
+    if (!isWord(u"SSELECT") && !isWord(u"SELECT")) {
+      fail("expected SSELECT or SELECT to begin the query");
+    }
+    query.verb = verb.text;
+    advance();
+    if (current().kind != TokenKind::Word || isKeyword(current().text)) {
+      fail("expected a file name");
+    }
+    query.file = current().text;
+    advance();
+    if (isWord(u"AVEC")) {
+      query.conditions.push_back(condition());
+      while (isWord(u"AND")) {
+        beginClause();
+        advance();
+        if (!isWord(u"AVEC")) fail("expected AVEC (conditions are joined by AND AVEC)");
+        query.conditions.push_back(condition());
+      }
+    }
+    while (isWord(u"PAR") || isWord(u"PAR-DECR")) {
+      beginClause();
+      const bool descending = current().text == u"PAR-DECR";
+      advance();
+      query.sorts.push_back(
+          {fieldName("expected an attribute number, @ID or a dictionary name"), descending});
+    }
+    if (current().kind != TokenKind::End) {
+      if (isWord(u"AVEC")) fail("expected AND before AVEC");
+      if (isWord(u"AND") || isWord(u"OR")) fail("conditions must come before the sorts");
+      fail("expected AND AVEC, PAR, PAR-DECR or the end of the query");
+    }
+    return query;
+  }
+
+ private:
+  const Token& current() const { return tokens_[index_]; }
+  void advance() {
+    lastEnd_ = current().end;
+    ++index_;
+  }
+  void beginClause() { clauseStart_ = current().start; }
+  bool isWord(TextView word) const {
+    return current().kind == TokenKind::Word && current().text == word;
+  }
+  static bool isKeyword(TextView word) {
+    return word == u"SSELECT" || word == u"SELECT" || word == u"AVEC" || word == u"AND" ||
+           word == u"OR" || word == u"PAR" || word == u"PAR-DECR";
+  }
+
+  [[noreturn]] void fail(const std::string& expected) const {
+    std::string message = expected;
+    if (lastEnd_ > clauseStart_) {
+      message += " after \"" + toUtf8(text_.substr(clauseStart_, lastEnd_ - clauseStart_)) + "\"";
+    }
+    const Token& at = current();
+    message += at.kind == TokenKind::End
+                   ? ", found the end of the query"
+                   : ", found \"" + toUtf8(text_.substr(at.start, at.end - at.start)) + "\"";
+    malformed(at.start, message);
+  }
+
+  FieldName fieldName(const std::string& expected) {
+    if (current().kind != TokenKind::Word || isKeyword(current().text)) fail(expected);
+    FieldName field{current().text, current().start + 1};
+    advance();
+    return field;
+  }
+
+  Comparison comparison() {
+    if (current().kind != TokenKind::Operator) {
+      fail("expected an operator (=, <=, >=, <>)");
+    }
+    const auto op = operatorOf(current().text);
+    if (!op) fail("expected an operator (=, <=, >=, <>)");
+    advance();
+    if (current().kind != TokenKind::Value) fail("expected a value in double quotes");
+    const Text value = current().text;
+    advance();
+    return comparisonOf(*op, value);
+  }
+
+  Condition condition() {
+    beginClause();
+    advance();  // AVEC
+    Condition result{fieldName("expected an attribute number, @ID or a dictionary name"), {}};
+    result.alternatives.push_back(comparison());
+    while (isWord(u"OR")) {
+      advance();
+      result.alternatives.push_back(comparison());
+    }
+    return result;
+  }
+
+  TextView text_;
+  std::vector<Token> tokens_;
+  std::size_t index_ = 0;
+  std::size_t clauseStart_ = 0;
+  std::size_t lastEnd_ = 0;
+};
+
+}  // namespace
+
+QuerySyntax parseQuery(TextView text) {
+  return Parser(text).parse();
+}
+
+}  // namespace velmora::store
