@@ -110,9 +110,11 @@ class Parser {
           {fieldName("expected an attribute number, @ID or a dictionary name"), descending});
     }
     if (current().kind != TokenKind::End) {
+      const bool conditionWord = isWord(u"AVEC") || isWord(u"AND") || isWord(u"OR");
+      if (conditionWord && !query.sorts.empty()) fail("conditions must come before the sorts");
       if (isWord(u"AVEC")) fail("expected AND before AVEC");
-      if (isWord(u"AND") || isWord(u"OR")) fail("conditions must come before the sorts");
-      fail("expected AND AVEC, PAR, PAR-DECR or the end of the query");
+      fail(query.conditions.empty() ? "expected AVEC, PAR, PAR-DECR or the end of the query"
+                                    : "expected AND AVEC, PAR, PAR-DECR or the end of the query");
     }
     return query;
   }
