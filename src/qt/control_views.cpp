@@ -1,0 +1,385 @@
+#include "qt/control_views.h"
+
+#include <algorithm>
+
+#include <QClipboard>
+#include <QFocusEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPixmap>
+#include <QScrollBar>
+#include <QSignalBlocker>
+
+#include "qt/failure_display.h"
+#include "qt/select_arrow.h"
+#include "qt/twips.h"
+
+namespace velmora::qt {
+
+using toolkit::Alignment;
+using toolkit::Change;
+using toolkit::Control;
+
+namespace {
+
+Qt::Alignment horizontal(Alignment alignment) {
+  switch (alignment) {
+    case Alignment::Right:
+      return Qt::AlignRight;
+    case Alignment::Center:
+      return Qt::AlignHCenter;
+    case Alignment::Left:
+      break;
+  }
+  return Qt::AlignLeft;
+}
+
+void setRoleColour(QPalette& palette, std::initializer_list<QPalette::ColorRole> roles,
+                   const QColor& colour) {
+  for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+    for (const auto role : roles) palette.setColor(group, role, colour);
+  }
+}
+
+// Place, name, font, colours and focus: what every view takes from its control.
+void applyLook(QWidget& widget, const Control& control) {
+  widget.setObjectName(QString::fromStdString(control.name()));
+  widget.setGeometry(toPixels(control.geometry()));
+  if (control.font) widget.setFont(toQFont(*control.font));
+  QPalette palette = widget.palette();
+  if (control.foreground) {
+    setRoleColour(palette, {QPalette::WindowText, QPalette::Text, QPalette::ButtonText},
+                  toQColor(*control.foreground));
+  }
+  if (control.background) {
+    setRoleColour(palette, {QPalette::Window, QPalette::Base, QPalette::Button},
+                  toQColor(*control.background));
+    widget.setAutoFillBackground(true);
+  }
+  widget.setPalette(palette);
+  if (!control.tabStop) widget.setFocusPolicy(Qt::ClickFocus);
+  widget.setEnabled(control.Enabled());
+  widget.setVisible(control.Visible());
+}
+
+// Enabled and visible follow the control; the view handles the rest of the changes.
+std::shared_ptr<void> follow(QWidget& widget, Control& control,
+                             std::function<void(Change, int)> rest = {}) {
+  return control.subscribe([&widget, &control, rest = std::move(rest)](Change change, int row) {
+    if (change == Change::Enabled) {
+      widget.setEnabled(control.Enabled());
+    } else if (change == Change::Visible) {
+      widget.setVisible(control.Visible());
+    } else if (rest) {
+      rest(change, row);
+    }
+  });
+}
+
+bool leavesByTheUser(Qt::FocusReason reason) {
+  // Switching windows or opening a menu does not leave the box.
+  return reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason;
+}
+
+QString toDisplayLines(TextView text) {
+  return toQString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+}
+
+Text fromDisplayLines(QString text) {
+  return fromQString(text.replace(QStringLiteral("\n"), QStringLiteral("\r\n")));
+}
+
+}  // namespace
+
+LabelView::LabelView(toolkit::Label& label, QWidget* parent) : QLabel(parent), label_(label) {
+  setTextFormat(Qt::PlainText);
+  setText(toQString(label.Caption()));
+  setAlignment(horizontal(label.alignment) | Qt::AlignTop);
+  applyLook(*this, label);
+  if (label.autoSize) adjustSize();
+  subscription_ = follow(*this, label, [this](Change change, int) {
+    if (change != Change::Caption) return;
+    setText(toQString(label_.Caption()));
+    if (label_.autoSize) adjustSize();
+  });
+}
+
+FrameView::FrameView(toolkit::Frame& frame, QWidget* parent) : QGroupBox(parent) {
+  applyLook(*this, frame);
+  setFocusPolicy(Qt::NoFocus);
+  subscription_ = follow(*this, frame);
+}
+
+ButtonView::ButtonView(toolkit::CommandButton& button, QWidget* parent)
+    : QPushButton(parent), button_(button) {
+  if (button.graphical) {
+    setIcon(QIcon(QPixmap::fromImage(selectArrowImage())));
+    setIconSize(QSize(kArrowSize, kArrowSize));
+  } else {
+    setText(toQString(button.Caption()));
+  }
+  setAccessibleName(toQString(button.Caption()));
+  setAutoDefault(false);
+  applyLook(*this, button);
+  subscription_ = follow(*this, button, [this](Change change, int) {
+    if (change != Change::Caption) return;
+    if (!button_.graphical) setText(toQString(button_.Caption()));
+    setAccessibleName(toQString(button_.Caption()));
+  });
+  connect(this, &QPushButton::clicked, this,
+          [this] { guarded(this, [this] { button_.press(); }); });
+}
+
+CheckBoxView::CheckBoxView(toolkit::CheckBox& box, QWidget* parent) : QCheckBox(parent), box_(box) {
+  setText(toQString(box.Caption()));
+  setChecked(box.Value() == 1);
+  applyLook(*this, box);
+  subscription_ = follow(*this, box, [this](Change change, int) {
+    if (change == Change::Caption) setText(toQString(box_.Caption()));
+    if (change == Change::Value) setChecked(box_.Value() == 1);
+  });
+}
+
+void CheckBoxView::nextCheckState() {
+  guarded(this, [this] { box_.toggle(); });
+  setChecked(box_.Value() == 1);
+}
+
+TextLineView::TextLineView(toolkit::TextBox& box, QWidget* parent) : QLineEdit(parent), box_(box) {
+  setAlignment(horizontal(box.alignment) | Qt::AlignVCenter);
+  setMaxLength(box.maxLength > 0 ? box.maxLength : 32767);
+  setReadOnly(box.readOnly);
+  // Text reaches the box only key by key; no menu or drop may change it behind the toolkit.
+  setContextMenuPolicy(Qt::NoContextMenu);
+  setAcceptDrops(false);
+  applyLook(*this, box);
+  showText();
+  subscription_ = follow(*this, box, [this](Change change, int) {
+    if (change == Change::Text) showText();
+  });
+}
+
+void TextLineView::showText() {
+  const QString text = toQString(box_.getText());
+  if (text == this->text()) return;
+  const QSignalBlocker blocker(this);
+  setText(text);
+  setCursorPosition(static_cast<int>(text.size()));
+}
+
+void TextLineView::keyPressEvent(QKeyEvent* event) {
+  if (box_.readOnly) {
+    QLineEdit::keyPressEvent(event);
+    return;
+  }
+  if (event->matches(QKeySequence::Paste)) {
+    const Text pasted = fromQString(QGuiApplication::clipboard()->text());
+    guarded(this, [this, &pasted] { box_.typeText(pasted); });
+    return;
+  }
+  if (event->key() == Qt::Key_Backspace) {
+    guarded(this, [this] { box_.typeKey(8); });
+    return;
+  }
+  const auto modifiers =
+      event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+  const QString typed = event->text();
+  if (modifiers || typed.isEmpty() || !typed.front().isPrint()) {
+    // Enter, Escape and the rest belong to the surface around the box.
+    event->ignore();
+    return;
+  }
+  for (const QChar c : typed) {
+    guarded(this, [this, c] { box_.typeKey(c.unicode()); });
+  }
+}
+
+void TextLineView::focusOutEvent(QFocusEvent* event) {
+  QLineEdit::focusOutEvent(event);
+  if (leavesByTheUser(event->reason())) guarded(this, [this] { box_.leave(); });
+}
+
+TextAreaView::TextAreaView(toolkit::TextBox& box, QWidget* parent)
+    : QPlainTextEdit(parent), box_(box) {
+  setReadOnly(box.readOnly);
+  setTabChangesFocus(true);
+  applyLook(*this, box);
+  showText();
+  subscription_ = follow(*this, box, [this](Change change, int) {
+    if (change == Change::Text) showText();
+  });
+  connect(this, &QPlainTextEdit::textChanged, this, [this] { userEdited(); });
+}
+
+void TextAreaView::showText() {
+  const QString text = toDisplayLines(box_.getText());
+  if (text == toPlainText()) return;
+  showing_ = true;
+  setPlainText(text);
+  moveCursor(QTextCursor::End);
+  showing_ = false;
+}
+
+void TextAreaView::userEdited() {
+  if (showing_) return;
+  const Text text = fromDisplayLines(toPlainText());
+  guarded(this, [this, &text] { box_.replaceText(text); });
+  // A refused or shortened edit shows what the box really holds.
+  showText();
+}
+
+void TextAreaView::focusOutEvent(QFocusEvent* event) {
+  QPlainTextEdit::focusOutEvent(event);
+  if (leavesByTheUser(event->reason())) guarded(this, [this] { box_.leave(); });
+}
+
+ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
+    : QListView(parent), list_(list), model_(makeChild<ListBoxModel>(this, list)) {
+  setModel(model_);
+  setUniformItemSizes(true);
+  setSelectionMode(QAbstractItemView::NoSelection);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setFocusPolicy(Qt::StrongFocus);
+  applyLook(*this, list);
+  subscription_ = follow(*this, list);
+  connect(model_, &ListBoxModel::refreshed, this, [this] { followCurrentRow(); });
+}
+
+QRect ListBoxView::rowRect(int row) const {
+  if (model_->isDirty()) model_->refreshNow();
+  return visualRect(model_->index(row));
+}
+
+void ListBoxView::followCurrentRow() {
+  const int row = list_.ListIndex();
+  if (row >= 0 && row < model_->rowCount()) {
+    setCurrentIndex(model_->index(row));
+    scrollTo(currentIndex());
+  } else if (!list_.multiSelect()) {
+    setCurrentIndex(QModelIndex());
+  }
+}
+
+int ListBoxView::caretRow() const {
+  if (currentIndex().isValid()) return currentIndex().row();
+  if (list_.ListIndex() >= 0) return list_.ListIndex();
+  return model_->rowCount() > 0 ? 0 : -1;
+}
+
+void ListBoxView::moveCaret(int row) {
+  setCurrentIndex(model_->index(row));
+  scrollTo(currentIndex());
+}
+
+void ListBoxView::mousePressEvent(QMouseEvent* event) {
+  if (model_->isDirty()) model_->refreshNow();
+  if (event->button() != Qt::LeftButton) return;
+  setFocus(Qt::MouseFocusReason);
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (!index.isValid()) return;
+  moveCaret(index.row());
+  guarded(this, [this, row = index.row()] { list_.click(row); });
+}
+
+void ListBoxView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (model_->isDirty()) model_->refreshNow();
+  if (event->button() != Qt::LeftButton) return;
+  const QModelIndex index = indexAt(event->position().toPoint());
+  if (!index.isValid()) return;
+  guarded(this, [this, row = index.row()] { list_.doubleClick(row); });
+}
+
+// Dragging does not mark rows: only clicks do.
+void ListBoxView::mouseMoveEvent(QMouseEvent* event) {
+  event->accept();
+}
+
+void ListBoxView::mouseReleaseEvent(QMouseEvent* event) {
+  event->accept();
+}
+
+void ListBoxView::keyPressEvent(QKeyEvent* event) {
+  if (model_->isDirty()) model_->refreshNow();
+  const int count = model_->rowCount();
+  const int caret = caretRow();
+  const int page = std::max(1, viewport()->height() / std::max(1, sizeHintForRow(0)));
+  int target = -1;
+  switch (event->key()) {
+    case Qt::Key_Up:
+      target = caret - 1;
+      break;
+    case Qt::Key_Down:
+      target = caret + 1;
+      break;
+    case Qt::Key_PageUp:
+      target = caret - page;
+      break;
+    case Qt::Key_PageDown:
+      target = caret + page;
+      break;
+    case Qt::Key_Home:
+      target = 0;
+      break;
+    case Qt::Key_End:
+      target = count - 1;
+      break;
+    case Qt::Key_Space:
+      if (caret >= 0) guarded(this, [this, caret] { list_.click(caret); });
+      return;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      if (caret >= 0) guarded(this, [this, caret] { list_.doubleClick(caret); });
+      return;
+    default:
+      event->ignore();
+      return;
+  }
+  if (count == 0) return;
+  target = std::clamp(target, 0, count - 1);
+  moveCaret(target);
+  // Moving through a list with one current row chooses the row, as a click does; in a
+  // list of marks the caret moves alone and the space bar marks.
+  if (!list_.multiSelect()) guarded(this, [this, target] { list_.click(target); });
+}
+
+QWidget* createView(Control& control, QWidget* parent) {
+  switch (control.kind()) {
+    case toolkit::Kind::Label:
+      return makeChild<LabelView>(parent, static_cast<toolkit::Label&>(control));
+    case toolkit::Kind::Frame:
+      return makeChild<FrameView>(parent, static_cast<toolkit::Frame&>(control));
+    case toolkit::Kind::CommandButton:
+      return makeChild<ButtonView>(parent, static_cast<toolkit::CommandButton&>(control));
+    case toolkit::Kind::CheckBox:
+      return makeChild<CheckBoxView>(parent, static_cast<toolkit::CheckBox&>(control));
+    case toolkit::Kind::TextBox: {
+      auto& box = static_cast<toolkit::TextBox&>(control);
+      if (box.multiLine) return makeChild<TextAreaView>(parent, box);
+      return makeChild<TextLineView>(parent, box);
+    }
+    case toolkit::Kind::ListBox:
+      return makeChild<ListBoxView>(parent, static_cast<toolkit::ListBox&>(control));
+    case toolkit::Kind::Form:
+      break;
+  }
+  return nullptr;
+}
+
+QWidget* applyTabOrder(const std::vector<std::pair<int, QWidget*>>& viewsByTabIndex) {
+  auto ordered = viewsByTabIndex;
+  std::stable_sort(ordered.begin(), ordered.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  QWidget* first = nullptr;
+  QWidget* previous = nullptr;
+  for (const auto& [tab, widget] : ordered) {
+    if (widget->focusPolicy() == Qt::NoFocus) continue;
+    if (previous) QWidget::setTabOrder(previous, widget);
+    if (!first && (widget->focusPolicy() & Qt::TabFocus)) first = widget;
+    previous = widget;
+  }
+  return first;
+}
+
+}  // namespace velmora::qt

@@ -1,0 +1,45 @@
+#include "qt/failure_display.h"
+
+#include <QMessageBox>
+
+namespace velmora::qt {
+
+namespace {
+
+void showWarning(QWidget* parent, const Failure& failure) {
+  QMessageBox::warning(parent, QStringLiteral("Velmora"), failureText(failure));
+}
+
+FailurePresenter& presenter() {
+  static FailurePresenter current = showWarning;
+  return current;
+}
+
+}  // namespace
+
+void setFailurePresenter(FailurePresenter replacement) {
+  presenter() = replacement ? std::move(replacement) : FailurePresenter(showWarning);
+}
+
+void presentFailure(QWidget* parent, const Failure& failure) {
+  presenter()(parent, failure);
+}
+
+QString failureText(const Failure& failure) {
+  return QStringLiteral("Erreur %1\n%2")
+      .arg(failure.number())
+      .arg(QString::fromUtf8(failure.what()));
+}
+
+void guarded(QWidget* parent, const std::function<void()>& gesture) {
+  try {
+    gesture();
+  } catch (const Failure& failure) {
+    presentFailure(parent, failure);
+  } catch (const std::exception& other) {
+    // Anything else is a fault of the program; it still must not unwind through Qt.
+    presentFailure(parent, Failure(errors::kInvalidCall, other.what()));
+  }
+}
+
+}  // namespace velmora::qt

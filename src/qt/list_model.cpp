@@ -1,0 +1,88 @@
+#include "qt/list_model.h"
+
+#include <QBrush>
+#include <QGuiApplication>
+#include <QPalette>
+#include <QTimer>
+
+#include "qt/twips.h"
+
+namespace velmora::qt {
+
+using toolkit::Change;
+
+ListBoxModel::ListBoxModel(toolkit::ListBox& list, QObject* parent)
+    : QAbstractListModel(parent), list_(list), rowSnapshot_(list.ListCount()) {
+  subscription_ = list_.subscribe([this](Change change, int) { onChange(change); });
+}
+
+int ListBoxModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rowSnapshot_;
+}
+
+bool ListBoxModel::isMarked(int row) const {
+  if (row >= list_.ListCount()) return false;
+  return list_.multiSelect() ? list_.Selected(row) : row == list_.ListIndex();
+}
+
+QVariant ListBoxModel::data(const QModelIndex& index, int role) const {
+  const int row = index.row();
+  if (!index.isValid() || row < 0 || row >= rowSnapshot_) return {};
+  switch (role) {
+    case Qt::DisplayRole:
+      return toQString(list_.List(row));
+    case kMarkedRole:
+      return isMarked(row);
+    case Qt::BackgroundRole:
+      if (isMarked(row)) return QGuiApplication::palette().brush(QPalette::Highlight);
+      return {};
+    case Qt::ForegroundRole:
+      if (isMarked(row)) return QGuiApplication::palette().brush(QPalette::HighlightedText);
+      return {};
+    default:
+      return {};
+  }
+}
+
+void ListBoxModel::onChange(Change change) {
+  switch (change) {
+    case Change::RowsReset:
+    case Change::RowAdded:
+    case Change::RowRemoved:
+      structureDirty_ = true;
+      break;
+    case Change::RowChanged:
+    case Change::RowSelected:
+    case Change::ListIndex:
+      contentDirty_ = true;
+      break;
+    default:
+      return;
+  }
+  schedule();
+}
+
+void ListBoxModel::schedule() {
+  if (scheduled_) return;
+  scheduled_ = true;
+  QTimer::singleShot(0, this, [this] { refreshNow(); });
+}
+
+void ListBoxModel::refreshNow() {
+  scheduled_ = false;
+  if (structureDirty_) {
+    beginResetModel();
+    rowSnapshot_ = list_.ListCount();
+    structureDirty_ = false;
+    contentDirty_ = false;
+    endResetModel();
+  } else if (contentDirty_) {
+    contentDirty_ = false;
+    if (rowSnapshot_ > 0) emit dataChanged(index(0), index(rowSnapshot_ - 1));
+  } else {
+    return;
+  }
+  emit refreshed();
+}
+
+}  // namespace velmora::qt

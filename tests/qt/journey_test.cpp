@@ -1,0 +1,284 @@
+// One planner's journey made twice: once with the toolkit's gestures and scripted
+// answers, once with real mouse and key events on the Qt widgets, the question box and
+// the observations dialog. Both must leave the same lists, totals and records, step by
+// step, and the widgets must show what the toolkit objects hold.
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "qt_support.h"
+#include "selection/frm_ajout_obs_tache.h"
+#include "toolkit/services.h"
+
+namespace velmora::testing {
+namespace {
+
+using qt::ListBoxModel;
+using qt::ListBoxView;
+using qt::VelmoraWidget;
+
+struct Journey {
+  std::vector<Snapshot> steps;
+  std::vector<std::vector<std::string>> record;  // W_Enr after MAJ_Enr: code, duration, obs
+  int questions = 0;
+  int dialogs = 0;
+};
+
+std::vector<std::vector<std::string>> itemsOf(const RecordRef& enr) {
+  std::vector<std::vector<std::string>> items;
+  for (int i = 1; i <= enr->DCount(); ++i) {
+    items.push_back({toUtf8(enr->r(i, 1)), toUtf8(enr->r(i, 2)), toUtf8(enr->r(i, 3))});
+  }
+  return items;
+}
+
+std::vector<std::string> shownRows(const ListBoxView& view) {
+  std::vector<std::string> rows;
+  const ListBoxModel& model = view.listModel();
+  for (int i = 0; i < model.rowCount(); ++i) {
+    rows.push_back(model.data(model.index(i), Qt::DisplayRole).toString().toStdString());
+  }
+  return rows;
+}
+
+std::vector<int> shownMarks(const ListBoxView& view) {
+  std::vector<int> marks;
+  const ListBoxModel& model = view.listModel();
+  for (int i = 0; i < model.rowCount(); ++i) {
+    if (model.data(model.index(i), ListBoxModel::kMarkedRole).toBool()) marks.push_back(i);
+  }
+  return marks;
+}
+
+// The widgets show what the toolkit objects hold, once the lists have caught up.
+void expectWidgetsFollow(const VelmoraWidget& w, const Ctr_VelmoraNew& c, int step) {
+  QCoreApplication::processEvents();
+  const Snapshot s = snapshot(c);
+  const ListBoxView& possible = *w.listView(c.Lst_Possible);
+  const ListBoxView& selected = *w.listView(c.Lst_Selectionne);
+  EXPECT_EQ(shownRows(possible), s.possible) << "step " << step;
+  EXPECT_EQ(shownMarks(possible), s.marked) << "step " << step;
+  EXPECT_EQ(shownRows(selected), s.rows) << "step " << step;
+  EXPECT_EQ(shownRows(*w.listView(c.Lst_CodeSelect)), s.codes) << "step " << step;
+  const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
+  EXPECT_EQ(shownMarks(selected), current) << "step " << step;
+  EXPECT_EQ(qobject_cast<QLineEdit*>(w.view(c.Txt_Duree))->text().toStdString(), s.duree)
+      << "step " << step;
+  EXPECT_EQ(qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin))->text().toStdString(), s.dureeSoin)
+      << "step " << step;
+  EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative) << "step " << step;
+  const std::vector<const toolkit::Control*> controls{
+      &c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
+      &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
+  for (std::size_t i = 0; i < controls.size(); ++i) {
+    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i])
+        << controls[i]->name() << " at step " << step;
+  }
+}
+
+class WidgetJourney : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Variable::resetAll();
+    putTaskCatalogue(account);
+  }
+  void TearDown() override { Variable::resetAll(); }
+
+  Journey headless() {
+    Variable::resetAll();
+    Journey j;
+    Ctr_VelmoraNew c;
+    auto services = std::make_shared<toolkit::ScriptedServices>();
+    c.setServices(services);
+    initClient(c, account);
+    j.steps.push_back(snapshot(c));
+    c.Cac_TouteTache.toggle();
+    j.steps.push_back(snapshot(c));
+    c.Lst_Possible.click(0);
+    c.Lst_Possible.click(2);
+    j.steps.push_back(snapshot(c));
+    c.Cmd_Select.press();
+    j.steps.push_back(snapshot(c));
+    c.Lst_Possible.doubleClick(3);
+    j.steps.push_back(snapshot(c));
+    c.Lst_Selectionne.click(0);
+    c.Lst_Selectionne.doubleClick(0);
+    j.steps.push_back(snapshot(c));
+    c.Txt_DureeSoin.typeKey(8);
+    c.Txt_DureeSoin.typeKey(8);
+    c.Txt_DureeSoin.typeText(u"x25");
+    j.steps.push_back(snapshot(c));
+    c.Cmd_OKVelmora.press();
+    j.steps.push_back(snapshot(c));
+    services->onModal([](toolkit::Form& form) {
+      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
+      dialog.Txt_Obs.replaceText(u"Linge fragile");
+      dialog.Cmd_OkObs.press();
+    });
+    c.Lst_Selectionne.click(1);
+    c.Cmd_Obs.press();
+    j.steps.push_back(snapshot(c));
+    services->answer(toolkit::kMsgBoxNo);
+    c.Cmd_SupprVelmora.press();
+    j.steps.push_back(snapshot(c));
+    services->answer(toolkit::kMsgBoxYes);
+    c.Cmd_SupprVelmora.press();
+    j.steps.push_back(snapshot(c));
+    c.MAJ_Enr();
+    j.record = itemsOf(c.W_Enr);
+    j.questions = static_cast<int>(services->questions().size());
+    j.dialogs = services->modalShows();
+    return j;
+  }
+
+  Journey onWidgets() {
+    Variable::resetAll();
+    Journey j;
+    Ctr_VelmoraNew c;
+    VelmoraWidget w(c);
+    w.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&w));
+    ListBoxView& possible = *w.listView(c.Lst_Possible);
+    ListBoxView& selected = *w.listView(c.Lst_Selectionne);
+    auto* dureeSoin = w.view(c.Txt_DureeSoin);
+    const auto record = [&] {
+      j.steps.push_back(snapshot(c));
+      expectWidgetsFollow(w, c, static_cast<int>(j.steps.size()) - 1);
+    };
+
+    initClient(c, account);
+    record();
+    click(w.view(c.Cac_TouteTache));
+    record();
+    clickRow(possible, 0);
+    clickRow(possible, 2);
+    record();
+    click(w.view(c.Cmd_Select));
+    record();
+    doubleClickRow(possible, 3);
+    record();
+    doubleClickRow(selected, 0);
+    record();
+    QTest::keyClick(dureeSoin, Qt::Key_Backspace);
+    QTest::keyClick(dureeSoin, Qt::Key_Backspace);
+    QTest::keyClicks(dureeSoin, QStringLiteral("x25"));
+    record();
+    click(w.view(c.Cmd_OKVelmora));
+    record();
+
+    clickRow(selected, 1);
+    whenModal([&](QWidget& modal) {
+      ++j.dialogs;
+      EXPECT_EQ(modal.windowTitle(), QStringLiteral("Observations sur la tâche"));
+      const auto text = [&](const char* name) {
+        return modal.findChild<QLineEdit*>(QString::fromLatin1(name))->text().toStdString();
+      };
+      // Positions 1-25, 27-51 and 53-77 of the row, blanks kept.
+      EXPECT_EQ(text("Txt_Type"), "Ménage                   ");
+      EXPECT_EQ(text("Txt_Groupe"), "Linge                    ");
+      EXPECT_EQ(text("Txt_Tache"), "Repassage                ");
+      EXPECT_TRUE(modal.findChild<QLineEdit*>(QStringLiteral("Txt_Type"))->isReadOnly());
+      auto* obs = modal.findChild<QPlainTextEdit*>(QStringLiteral("Txt_Obs"));
+      EXPECT_EQ(obs->toPlainText(), QString());
+      QTest::keyClicks(obs, QStringLiteral("Linge fragile"));
+      click(modal.findChild<QPushButton*>(QStringLiteral("Cmd_OkObs")));
+    });
+    click(w.view(c.Cmd_Obs));
+    record();
+
+    const auto answer = [&](QMessageBox::StandardButton button) {
+      whenModal([&j, button](QWidget& modal) {
+        ++j.questions;
+        auto* box = qobject_cast<QMessageBox*>(&modal);
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
+        EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr de vouloir supprimer cette tâche ?"));
+        EXPECT_EQ(box->icon(), QMessageBox::Question);
+        EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Yes));
+        EXPECT_NE(box->button(QMessageBox::No), nullptr);
+        click(box->button(button));
+      });
+    };
+    answer(QMessageBox::No);
+    click(w.view(c.Cmd_SupprVelmora));
+    record();
+    answer(QMessageBox::Yes);
+    click(w.view(c.Cmd_SupprVelmora));
+    record();
+    c.MAJ_Enr();
+    j.record = itemsOf(c.W_Enr);
+    return j;
+  }
+
+  TempAccount account;
+};
+
+TEST_F(WidgetJourney, MouseAndKeysLeaveTheSameListsTotalsAndRecordAsTheGestures) {
+  const Journey expected = headless();
+  const Journey actual = onWidgets();
+  ASSERT_EQ(actual.steps.size(), expected.steps.size());
+  for (std::size_t i = 0; i < expected.steps.size(); ++i) {
+    EXPECT_EQ(actual.steps[i], expected.steps[i]) << "step " << i;
+  }
+  EXPECT_EQ(actual.record, expected.record);
+  EXPECT_EQ(actual.questions, 2);
+  EXPECT_EQ(expected.questions, 2);
+  EXPECT_EQ(actual.dialogs, 1);
+  EXPECT_EQ(expected.dialogs, 1);
+
+  // And what the planner did, written out by hand.
+  const std::vector<Snapshot>& s = actual.steps;
+  EXPECT_TRUE(s[0].possible.empty());
+  EXPECT_TRUE(s[0].rows.empty());
+  EXPECT_EQ(s[0].total, "0");
+  EXPECT_EQ(s[1].possible,
+            (std::vector<std::string>{proposal("Ménage", "Entretien", "Aspirateur", "20"),
+                                      proposal("Ménage", "Entretien", "Vaisselle", "15"),
+                                      proposal("Ménage", "Linge", "Repassage", "45"),
+                                      proposal("Repas", "Cuisine", "Déjeuner", "30")}));
+  EXPECT_EQ(s[1].codesPossible,
+            (std::vector<std::string>{"Aspirateur", "Vaisselle", "Repassage", "Déjeuner"}));
+  EXPECT_EQ(s[2].marked, (std::vector<int>{0, 2}));
+  EXPECT_TRUE(s[2].enabled[0]);
+  EXPECT_EQ(s[3].rows,
+            (std::vector<std::string>{selection("Ménage", "Entretien", "Aspirateur", ' ', "20"),
+                                      selection("Ménage", "Linge", "Repassage", ' ', "45")}));
+  EXPECT_EQ(s[3].codes, (std::vector<std::string>{"Aspirateur", "Repassage"}));
+  EXPECT_TRUE(s[3].marked.empty());
+  EXPECT_EQ(s[3].duree, "1h05");
+  EXPECT_EQ(s[3].total, "65");
+  EXPECT_TRUE(s[3].imperative);
+  EXPECT_EQ(s[4].rows.back(), selection("Repas", "Cuisine", "Déjeuner", ' ', "30"));
+  EXPECT_EQ(s[4].duree, "1h35");
+  EXPECT_EQ(s[4].total, "95");
+  EXPECT_EQ(s[5].dureeSoin, "20");
+  EXPECT_TRUE(s[5].doubleClic);
+  EXPECT_EQ(s[5].current, 0);
+  EXPECT_EQ(s[5].enabled, (std::vector<bool>{true, true, true, true, true, true, false}));
+  EXPECT_EQ(s[6].dureeSoin, "25");  // the letter was refused by the key filter
+  EXPECT_EQ(s[7].rows[0], selection("Ménage", "Entretien", "Aspirateur", ' ', "25"));
+  EXPECT_EQ(s[7].duree, "1h40");
+  EXPECT_EQ(s[7].total, "100");
+  EXPECT_EQ(s[7].current, -1);
+  EXPECT_FALSE(s[7].doubleClic);
+  EXPECT_EQ(s[8].rows[1], selection("Ménage", "Linge", "Repassage", 'X', "45"));
+  EXPECT_EQ(s[8].obs, (std::vector<std::string>{"", "Linge fragile", ""}));
+  EXPECT_EQ(s[8].current, 1);
+  EXPECT_EQ(s[9], s[8]);  // answered No: nothing changes
+  EXPECT_EQ(s[10].rows,
+            (std::vector<std::string>{selection("Ménage", "Entretien", "Aspirateur", ' ', "25"),
+                                      selection("Repas", "Cuisine", "Déjeuner", ' ', "30")}));
+  EXPECT_EQ(s[10].codes, (std::vector<std::string>{"Aspirateur", "Déjeuner"}));
+  EXPECT_EQ(s[10].obs, (std::vector<std::string>{"", ""}));
+  EXPECT_EQ(s[10].duree, "0h55");
+  EXPECT_EQ(s[10].total, "55");
+  EXPECT_FALSE(s[10].imperative);
+  EXPECT_EQ(s[10].current, -1);
+  EXPECT_EQ(actual.record, (std::vector<std::vector<std::string>>{{"Aspirateur", "25", ""},
+                                                                  {"Déjeuner", "30", ""}}));
+}
+
+}  // namespace
+}  // namespace velmora::testing

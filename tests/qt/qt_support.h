@@ -1,0 +1,157 @@
+// What the widget tests share: an account with a small task catalogue, a snapshot of
+// everything a journey touches, and the planner's hand on real widgets.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <QApplication>
+#include <QTest>
+#include <QTimer>
+
+#include "control/ctr_velmora_new.h"
+#include "qt/velmora_widget.h"
+#include "support/account.h"
+
+namespace velmora::testing {
+
+// Rows written out by hand, so that the expectations do not lean on the code under test.
+inline std::string column(std::string_view utf8) {
+  Text t = fromUtf8(utf8);
+  t.resize(26, u' ');
+  return toUtf8(t);
+}
+inline std::string rightAligned(std::string_view digits, std::size_t width) {
+  return std::string(width - digits.size(), ' ') + std::string(digits);
+}
+// A proposal row from the catalogue: three columns and the duration in seven.
+inline std::string proposal(std::string_view c1, std::string_view c2, std::string_view c3,
+                            std::string_view minutes) {
+  return column(c1) + column(c2) + column(c3) + rightAligned(minutes, 7);
+}
+// A selection row: three columns, the observation marker, the duration in six.
+inline std::string selection(std::string_view c1, std::string_view c2, std::string_view c3,
+                             char marker, std::string_view minutes) {
+  return column(c1) + column(c2) + column(c3) + std::string(1, marker) + rightAligned(minutes, 6);
+}
+
+// Everything a step of a journey can change, read from the toolkit objects.
+struct Snapshot {
+  std::vector<std::string> possible;
+  std::vector<std::string> codesPossible;
+  std::vector<int> marked;
+  std::vector<std::string> rows;
+  std::vector<std::string> codes;
+  std::vector<std::string> obs;
+  std::string duree;
+  std::string dureeSoin;
+  std::string total;
+  int current = -1;
+  bool doubleClic = false;
+  bool imperative = false;
+  std::vector<bool> enabled;  // Cmd_Select, Cmd_Obs, Cmd_Suppr, Cmd_OK, Cmd_Annuler,
+                              // Txt_DureeSoin, Lst_Selectionne
+  friend bool operator==(const Snapshot&, const Snapshot&) = default;
+};
+
+inline void PrintTo(const Snapshot& s, std::ostream* os) {
+  *os << "\n  possible:";
+  for (std::size_t i = 0; i < s.possible.size(); ++i) {
+    *os << "\n    [" << s.possible[i] << "] " << s.codesPossible[i];
+  }
+  *os << "\n  marked:";
+  for (int m : s.marked) *os << ' ' << m;
+  *os << "\n  rows:";
+  for (std::size_t i = 0; i < s.rows.size(); ++i) {
+    *os << "\n    [" << s.rows[i] << "] " << s.codes[i] << " obs [" << s.obs[i] << "]";
+  }
+  *os << "\n  Txt_Duree [" << s.duree << "] Txt_DureeSoin [" << s.dureeSoin << "] W_Total "
+      << s.total << " ListIndex " << s.current << " W_DoubleClic " << s.doubleClic << " imperative "
+      << s.imperative << "\n  enabled:";
+  for (bool e : s.enabled) *os << ' ' << e;
+}
+
+inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
+  Snapshot s;
+  for (int i = 0; i < c.Lst_Possible.ListCount(); ++i) {
+    s.possible.push_back(toUtf8(c.Lst_Possible.List(i)));
+    if (c.Lst_Possible.Selected(i)) s.marked.push_back(i);
+  }
+  for (int i = 0; i < c.Lst_CodePos.ListCount(); ++i) {
+    s.codesPossible.push_back(toUtf8(c.Lst_CodePos.List(i)));
+  }
+  for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
+    s.rows.push_back(toUtf8(c.Lst_Selectionne.List(i)));
+    s.obs.push_back(Variable::R_Obs ? toUtf8(Variable::R_Obs->r(i + 1)) : "<none>");
+  }
+  for (int i = 0; i < c.Lst_CodeSelect.ListCount(); ++i) {
+    s.codes.push_back(toUtf8(c.Lst_CodeSelect.List(i)));
+  }
+  s.duree = toUtf8(c.Txt_Duree.getText());
+  s.dureeSoin = toUtf8(c.Txt_DureeSoin.getText());
+  s.total = toUtf8(c.W_Total.toText());
+  s.current = c.Lst_Selectionne.ListIndex();
+  s.doubleClic = c.W_DoubleClic == kTrue;
+  s.imperative = c.Etq_Imperativite.Visible();
+  s.enabled = {c.Cmd_Select.Enabled(),         c.Cmd_Obs.Enabled(),
+               c.Cmd_SupprVelmora.Enabled(),   c.Cmd_OKVelmora.Enabled(),
+               c.Cmd_AnnulerVelmora.Enabled(), c.Txt_DureeSoin.Enabled(),
+               c.Lst_Selectionne.Enabled()};
+  return s;
+}
+
+// The task catalogue of the journeys: two types, three groups, four tasks, one of them
+// mandatory ("O" in attribute 4). Column 1 shows the type key, column 2 the group key,
+// column 3 the task key.
+inline void putTaskCatalogue(TempAccount& account) {
+  account.put("TYPETACHE", "Ménage", {{"1"}});
+  account.put("TYPETACHE", "Repas", {{"2"}});
+  account.put("GROUPETACHE", "Entretien", {{"1"}, {"Ménage"}});
+  account.put("GROUPETACHE", "Linge", {{"2"}, {"Ménage"}});
+  account.put("GROUPETACHE", "Cuisine", {{"1"}, {"Repas"}});
+  account.put("TACHE", "Aspirateur", {{"1"}, {"Entretien"}, {""}, {"N"}, {"20"}});
+  account.put("TACHE", "Vaisselle", {{"2"}, {"Entretien"}, {""}, {""}, {"15"}});
+  account.put("TACHE", "Repassage", {{"1"}, {"Linge"}, {""}, {"O"}, {"45"}});
+  account.put("TACHE", "Déjeuner", {{"1"}, {"Cuisine"}, {""}, {"N"}, {"30"}});
+}
+
+// Init for client 00001, who has no template and no task list: both lists start empty.
+inline void initClient(Ctr_VelmoraNew& c, const TempAccount& account,
+                       const Text& typeAct = u"AUTRE") {
+  c.TheDatabase(account.open());
+  InitArguments a{typeAct, u"00001", u"23/11/2026", u"23/11/2026", u"0800", u"1000", u"0100000"};
+  c.Init(a);
+}
+
+// Runs action on the next modal widget once it is up, from inside its own event loop.
+inline void whenModal(std::function<void(QWidget&)> action, int attempts = 300) {
+  QTimer::singleShot(10, qApp, [action = std::move(action), attempts]() mutable {
+    if (QWidget* modal = QApplication::activeModalWidget()) {
+      action(*modal);
+      return;
+    }
+    if (attempts > 0) {
+      whenModal(std::move(action), attempts - 1);
+    } else {
+      ADD_FAILURE() << "no modal widget appeared";
+    }
+  });
+}
+
+// The planner's hand on the widgets.
+inline void clickRow(qt::ListBoxView& view, int row) {
+  QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, view.rowRect(row).center());
+}
+inline void doubleClickRow(qt::ListBoxView& view, int row) {
+  QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, view.rowRect(row).center());
+}
+inline void click(QWidget* widget) {
+  ASSERT_NE(widget, nullptr);
+  QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+}  // namespace velmora::testing
