@@ -1,0 +1,48 @@
+// What every subcommand of the velmora tool shares: its arguments and its errors.
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::cli {
+
+// A mistake in the command line itself: the tool prints it with the command's usage.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class Arguments {
+ public:
+  explicit Arguments(std::vector<std::string> words) : words_(std::move(words)) {}
+
+  // True when --help or -h was given (and takes it out).
+  bool wantsHelp();
+  // "--name VALUE" or "--name=VALUE", taken out; nothing when absent. A name given
+  // without a value, or twice, is a UsageError.
+  std::optional<std::string> option(std::string_view name);
+  // "--name" given alone, taken out (all of its occurrences).
+  bool flag(std::string_view name);
+  // What is left once the options are taken: no word may start with "--".
+  std::vector<std::string> positionals() const;
+  // The positionals, which must be between min and max in number.
+  std::vector<std::string> positionals(std::size_t min, std::size_t max) const;
+
+ private:
+  std::vector<std::string> words_;
+};
+
+struct Command {
+  const char* name;
+  const char* summary;  // one line for the tool's own help
+  const char* usage;    // the command's --help text
+  int (*run)(Arguments&);
+};
+
+// The database path of --db, which the command requires.
+std::string requiredDatabase(Arguments& args);
+
+}  // namespace velmora::cli
