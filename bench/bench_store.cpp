@@ -117,6 +117,24 @@ void SqlClientTemplateQuery(benchmark::State& state) {
 }
 BENCHMARK(SqlClientTemplateQuery)->Unit(benchmark::kMicrosecond);
 
+// Opening the control's connection, as a host does before each Init that follows
+// Vider_liste; the floor is SQLite's own open with one statement.
+void StoreOpenDatabase(benchmark::State& state) {
+  for (auto _ : state) {
+    const DatabaseRef database = openDatabase(account().path);
+    benchmark::DoNotOptimize(database);
+  }
+}
+BENCHMARK(StoreOpenDatabase)->Unit(benchmark::kMillisecond);
+
+void SqlOpenDatabase(benchmark::State& state) {
+  for (auto _ : state) {
+    SqlFloor floor(account().path);
+    benchmark::DoNotOptimize(floor);
+  }
+}
+BENCHMARK(SqlOpenDatabase)->Unit(benchmark::kMillisecond);
+
 }  // namespace
 }  // namespace velmora::bench
 
@@ -128,6 +146,7 @@ int main(int argc, char** argv) {
       argc, argv,
       {RatioGoal{"StoreCatalogueQuery", "SqlCatalogueQuery", 2.0},
        RatioGoal{"StoreReadRecordLoop", "SqlReadRecordLoop", 2.0},
-       RatioGoal{"StoreClientTemplateQuery", "SqlClientTemplateQuery", 2.0}},
+       RatioGoal{"StoreClientTemplateQuery", "SqlClientTemplateQuery", 2.0},
+       RatioGoal{"StoreOpenDatabase", "SqlOpenDatabase", 2.0}},
       {TimeGoal{"StoreClientTemplateQuery", 1e-3}});
 }
