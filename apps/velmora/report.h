@@ -1,0 +1,20 @@
+// What the planner would see of the control, printed for people or for programs: the
+// column captions, both lists row by row as stored with the codes behind them, the
+// observations, the total and the indicators. Shared by the commands that drive the
+// control without a screen.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "control/ctr_velmora_new.h"
+
+namespace velmora::cli {
+
+// Rows stand between "|" characters, exactly as stored, so that their fixed widths and
+// trailing blanks show.
+void printReport(std::ostream& out, const Ctr_VelmoraNew& control);
+
+nlohmann::ordered_json reportJson(const Ctr_VelmoraNew& control);
+
+}  // namespace velmora::cli
