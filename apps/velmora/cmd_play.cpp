@@ -1,0 +1,286 @@
+// velmora play: plays a script of host calls and planner's gestures on the control, with
+// no screen, and prints the state where the script asks for it. The question box and
+// the observations dialog take their answers from the script.
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+
+#include "base/failure.h"
+#include "command.h"
+#include "control/ctr_velmora_new.h"
+#include "play_script.h"
+#include "report.h"
+#include "selection/frm_ajout_obs_tache.h"
+#include "store/sqlite_database.h"
+#include "toolkit/services.h"
+
+namespace velmora::cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string readScript(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) throw Failure(errors::kInvalidCall, "cannot read the script \"" + path + "\"");
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+const char* yesNo(bool b) {
+  return b ? "True" : "False";
+}
+
+// What the report of the proposal leaves out and a journey needs: the edit, the
+// buttons, and the record handed to the host.
+struct Extras {
+  static Json enabled(const Ctr_VelmoraNew& c) {
+    return Json{{"Cmd_Select", c.Cmd_Select.Enabled()},
+                {"Cmd_Obs", c.Cmd_Obs.Enabled()},
+                {"Cmd_SupprVelmora", c.Cmd_SupprVelmora.Enabled()},
+                {"Cmd_OKVelmora", c.Cmd_OKVelmora.Enabled()},
+                {"Cmd_AnnulerVelmora", c.Cmd_AnnulerVelmora.Enabled()},
+                {"Txt_DureeSoin", c.Txt_DureeSoin.Enabled()},
+                {"Lst_Selectionne", c.Lst_Selectionne.Enabled()}};
+  }
+  static Json record(const RecordRef& r) {
+    if (r.empty()) return nullptr;
+    Json items = Json::array();
+    for (int i = 1; i <= r->DCount(); ++i) {
+      items.push_back({toUtf8(r->r(i, 1)), toUtf8(r->r(i, 2)), toUtf8(r->r(i, 3))});
+    }
+    return items;
+  }
+};
+
+class Player {
+ public:
+  Player(DatabaseRef db, bool json) : db_(std::move(db)), json_(json) {
+    control_.setServices(services_);
+    // As a host shows a failure and goes on, the script notes it and plays the next line.
+    control_.setFailureHandler([this](const Failure& f) { report(f); });
+  }
+
+  void play(const std::vector<Step>& steps) {
+    for (const Step& step : steps) {
+      line_ = step.line;
+      try {
+        run(step);
+      } catch (const Failure& f) {
+        report(f);
+      }
+    }
+    if (services_->hasPendingAnswers()) note("answers or dialog actions left over at the end");
+    if (json_) std::cout << Json{{"shows", shows_}, {"messages", messages_}}.dump(2) << "\n";
+  }
+
+ private:
+  void note(const std::string& text) {
+    if (json_) {
+      messages_.push_back({{"line", line_}, {"text", text}});
+    } else {
+      std::cout << "line " << line_ << ": " << text << "\n";
+    }
+  }
+
+  void report(const Failure& f) { note("error " + std::to_string(f.number()) + ": " + f.what()); }
+
+  toolkit::ListBox& list(const std::string& name) {
+    return name == "possible" ? control_.Lst_Possible : control_.Lst_Selectionne;
+  }
+
+  // A gesture on a disabled control or past the last row does nothing, as on a screen;
+  // the script says so, since its author probably meant something else.
+  bool reachable(const toolkit::Control& target, int row = -1, int rows = 0) {
+    if (!target.Enabled()) {
+      note(target.name() + " is disabled: nothing happens");
+      return false;
+    }
+    if (row >= rows && row != -1) {
+      note(target.name() + " has no row " + std::to_string(row) + ": nothing happens");
+      return false;
+    }
+    return true;
+  }
+
+  toolkit::CommandButton& button(const std::string& name) {
+    if (name == "select") return control_.Cmd_Select;
+    if (name == "ok") return control_.Cmd_OKVelmora;
+    if (name == "cancel") return control_.Cmd_AnnulerVelmora;
+    if (name == "remove") return control_.Cmd_SupprVelmora;
+    return control_.Cmd_Obs;
+  }
+
+  void run(const Step& step) {
+    using K = Step::Kind;
+    toolkit::TextBox& duree = control_.Txt_DureeSoin;
+    switch (step.kind) {
+      case K::Init:
+        return init(step);
+      case K::Click:
+      case K::DoubleClick: {
+        toolkit::ListBox& l = list(step.words[0]);
+        if (!reachable(l, step.row, l.ListCount())) return;
+        return step.kind == K::Click ? l.click(step.row) : l.doubleClick(step.row);
+      }
+      case K::Press:
+        if (reachable(button(step.words[0]))) button(step.words[0]).press();
+        return;
+      case K::Type:
+        if (reachable(duree)) duree.typeText(fromUtf8(step.words[0]));
+        return;
+      case K::Paste:
+        if (reachable(duree)) duree.replaceText(fromUtf8(step.words[0]));
+        return;
+      case K::Clear:
+        if (!reachable(duree)) return;
+        while (!duree.getText().empty()) duree.typeKey(8);
+        return;
+      case K::Tick:
+        if (reachable(control_.Cac_TouteTache)) control_.Cac_TouteTache.toggle();
+        return;
+      case K::Answer:
+        services_->answer(step.words[0] == "yes" ? toolkit::kMsgBoxYes : toolkit::kMsgBoxNo);
+        return;
+      case K::Observation:
+        return observation(step);
+      case K::Host:
+        return host(step.words[0]);
+      case K::Show:
+        return show();
+    }
+  }
+
+  void init(const Step& step) {
+    // The host sets the connection before each Init: Vider_liste gives it back.
+    control_.TheDatabase(db_);
+    InitArguments a;
+    Text* fields[] = {&a.TypeAct, &a.Code, &a.DateDeb, &a.DateFin, &a.HeureDe, &a.HeureA, &a.Jour};
+    for (std::size_t i = 0; i < 7; ++i) *fields[i] = fromUtf8(step.words[i]);
+    control_.Init(a);
+  }
+
+  void observation(const Step& step) {
+    const bool hasText = step.hasText;
+    const Text text = hasText ? fromUtf8(step.words[0]) : Text();
+    const std::vector<std::string> buttons(step.words.begin() + (hasText ? 1 : 0),
+                                           step.words.end());
+    services_->onModal([hasText, text, buttons](toolkit::Form& form) {
+      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
+      if (hasText) dialog.Txt_Obs.replaceText(text);
+      for (const std::string& b : buttons) {
+        if (b == "close") dialog.requestClose();
+        if (b == "ok") dialog.Cmd_OkObs.press();
+        if (b == "cancel") dialog.Cmd_AnnulerObs.press();
+      }
+    });
+  }
+
+  void host(const std::string& call) {
+    if (call == "maj-enr") return control_.MAJ_Enr();
+    if (call == "vider-tache") return control_.Vider_Tache();
+    if (call == "vider-liste") return control_.Vider_liste();
+    // affiche: the host hands back what MAJ_Enr gave it.
+    if (control_.W_Enr.empty()) {
+      throw Failure(errors::kObjectNotSet,
+                    "object not set: no W_Enr to show; run host maj-enr first");
+    }
+    control_.W_Aff = RecordRef::make(*control_.W_Enr);
+    control_.Affiche();
+  }
+
+  void show() {
+    const Ctr_VelmoraNew& c = control_;
+    if (json_) {
+      Json state = reportJson(c);
+      state["Txt_DureeSoin"] = toUtf8(c.Txt_DureeSoin.getText());
+      state["W_DoubleClic"] = c.W_DoubleClic != kFalse;
+      state["ListIndex"] = c.Lst_Selectionne.ListIndex();
+      state["enabled"] = Extras::enabled(c);
+      state["W_Enr"] = Extras::record(c.W_Enr);
+      shows_.push_back({{"line", line_}, {"state", state}});
+      return;
+    }
+    std::cout << "== line " << line_ << " ==\n";
+    printReport(std::cout, c);
+    std::cout << "Txt_DureeSoin \"" << toUtf8(c.Txt_DureeSoin.getText()) << "\"\n";
+    std::cout << "W_DoubleClic " << yesNo(c.W_DoubleClic != kFalse) << "  ListIndex "
+              << c.Lst_Selectionne.ListIndex() << "\n";
+    std::cout << "enabled:";
+    const Json enabled = Extras::enabled(c);
+    for (const auto& [name, on] : enabled.items()) {
+      std::cout << " " << name << (on.get<bool>() ? "" : "(off)");
+    }
+    std::cout << "\n";
+    const Json enr = Extras::record(c.W_Enr);
+    if (enr.is_null()) {
+      std::cout << "W_Enr Nothing\n";
+    } else {
+      std::cout << "W_Enr (" << enr.size() << (enr.size() == 1 ? " item" : " items") << ")\n";
+      int n = 0;
+      for (const auto& item : enr) {
+        std::cout << "  " << ++n << " " << item[0].dump() << " " << item[1].dump() << " "
+                  << item[2].dump() << "\n";
+      }
+    }
+    std::cout << "\n";
+  }
+
+  DatabaseRef db_;
+  bool json_;
+  Ctr_VelmoraNew control_;
+  std::shared_ptr<toolkit::ScriptedServices> services_ =
+      std::make_shared<toolkit::ScriptedServices>();
+  int line_ = 0;
+  Json shows_ = Json::array();
+  Json messages_ = Json::array();
+};
+
+int play(Arguments& args) {
+  const std::string path = requiredDatabase(args);
+  const bool json = args.flag("json");
+  const std::string scriptPath = args.positionals(1, 1).front();
+  std::vector<Step> steps;
+  try {
+    steps = parseScript(readScript(scriptPath), scriptPath);
+  } catch (const ScriptError& e) {
+    std::cerr << "velmora: play: " << e.what() << "\n";
+    return 2;
+  }
+  const DatabaseRef db = openDatabase(path);
+  Variable::resetAll();
+  {
+    Player player(db, json);
+    player.play(steps);
+  }
+  Variable::resetAll();
+  return 0;
+}
+
+}  // namespace
+
+const Command& playCommand() {
+  static const Command command{
+      "play", "play a script of host calls and planner's gestures",
+      "usage: velmora play --db PATH SCRIPT [--json]\n"
+      "  Plays SCRIPT on the control, one host call or gesture a line, and prints the\n"
+      "  state at each \"show\". The whole script is read first: a mistake names its line\n"
+      "  and word and nothing runs (exit status 2). Errors that the control reports while\n"
+      "  playing are printed with their line, and the script goes on.\n"
+      "  Lines ('#' starts a comment, \"...\" quotes, with \\n for a new line):\n"
+      "    init KIND CODE [DATEDEB DATEFIN HEUREDE HEUREA JOUR]   init-key KIND KEY [DATE]\n"
+      "    mark possible N | click possible|selected N | double-click possible|selected N\n"
+      "    press select|ok|cancel|remove|obs    tick all\n"
+      "    type duration TEXT | paste duration TEXT | clear duration\n"
+      "    answer yes|no                        (the next question box)\n"
+      "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
+      "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
+      "    show\n"
+      "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n",
+      &play};
+  return command;
+}
+
+}  // namespace velmora::cli

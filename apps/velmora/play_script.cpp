@@ -1,0 +1,205 @@
+#include "play_script.h"
+
+#include <algorithm>
+#include <charconv>
+#include <initializer_list>
+
+namespace velmora::cli {
+
+namespace {
+
+class LineReader {
+ public:
+  LineReader(std::vector<std::string> words, int line, const std::string& script)
+      : words_(std::move(words)), line_(line), script_(script) {}
+
+  [[noreturn]] void fail(const std::string& what) const {
+    throw ScriptError(script_ + ":" + std::to_string(line_) + ": " + what);
+  }
+
+  bool atEnd() const { return next_ >= words_.size(); }
+  std::size_t left() const { return words_.size() - next_; }
+
+  const std::string& take(const char* what) {
+    if (atEnd()) fail(std::string("missing ") + what + " after \"" + words_[next_ - 1] + "\"");
+    return words_[next_++];
+  }
+
+  // A word that must be one of the choices.
+  const std::string& takeOneOf(const char* what, std::initializer_list<std::string_view> choices) {
+    const std::string& word = take(what);
+    if (std::find(choices.begin(), choices.end(), word) != choices.end()) return word;
+    std::string list;
+    for (const auto c : choices) list += (list.empty() ? "" : ", ") + std::string(c);
+    fail("unknown " + std::string(what) + " \"" + word + "\" (expected " + list + ")");
+  }
+
+  int takeRow() {
+    const std::string& word = take("row number");
+    int row = -1;
+    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), row);
+    if (error != std::errc() || end != word.data() + word.size() || row < 0) {
+      fail("\"" + word + "\" is not a row number (rows count from 0)");
+    }
+    return row;
+  }
+
+  void expectEnd() const {
+    if (!atEnd()) fail("unexpected word \"" + words_[next_] + "\"");
+  }
+
+  const std::string& command() const { return words_.front(); }
+
+ private:
+  std::vector<std::string> words_;
+  std::size_t next_ = 1;
+  int line_;
+  const std::string& script_;
+};
+
+Step parseInit(LineReader& in, Step step) {
+  // init KIND CODE [DATEDEB [DATEFIN [HEUREDE [HEUREA [JOUR]]]]]
+  step.kind = Step::Kind::Init;
+  step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
+  step.words.push_back(in.take("client code or key"));
+  if (in.left() > 5) in.fail("init takes at most 7 arguments");
+  while (!in.atEnd()) step.words.push_back(in.take("argument"));
+  step.words.resize(7);
+  return step;
+}
+
+Step parseInitKey(LineReader& in, Step step) {
+  // init-key KIND KEY [DATE]
+  step.kind = Step::Kind::Init;
+  step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
+  step.words.push_back(in.take("full key"));
+  if (!in.atEnd()) step.words.push_back(in.take("date"));
+  in.expectEnd();
+  step.words.resize(7);
+  return step;
+}
+
+Step parseObservation(LineReader& in, Step step) {
+  // observation [TEXT] {close} ok|cancel
+  step.kind = Step::Kind::Observation;
+  std::string first = in.take("text or button (ok, cancel, close)");
+  if (first != "ok" && first != "cancel" && first != "close") {
+    step.hasText = true;
+    step.words.push_back(first);
+    first = in.takeOneOf("dialog button", {"ok", "cancel", "close"});
+  }
+  step.words.push_back(first);
+  while (step.words.back() == "close") {
+    step.words.push_back(in.takeOneOf("dialog button", {"ok", "cancel", "close"}));
+  }
+  in.expectEnd();
+  return step;
+}
+
+Step parseLine(LineReader& in, int line) {
+  Step step;
+  step.line = line;
+  const std::string& command = in.command();
+  if (command == "init") return parseInit(in, step);
+  if (command == "init-key") return parseInitKey(in, step);
+  if (command == "observation") return parseObservation(in, step);
+  if (command == "mark" || command == "click" || command == "double-click") {
+    step.kind = command == "double-click" ? Step::Kind::DoubleClick : Step::Kind::Click;
+    const std::string& list = command == "mark" ? in.takeOneOf("list", {"possible"})
+                                                : in.takeOneOf("list", {"possible", "selected"});
+    step.words.push_back(list);
+    step.row = in.takeRow();
+  } else if (command == "press") {
+    step.kind = Step::Kind::Press;
+    step.words.push_back(in.takeOneOf("button", {"select", "ok", "cancel", "remove", "obs"}));
+  } else if (command == "type" || command == "paste") {
+    step.kind = command == "type" ? Step::Kind::Type : Step::Kind::Paste;
+    in.takeOneOf("text box", {"duration"});
+    step.words.push_back(in.take("text"));
+  } else if (command == "clear") {
+    step.kind = Step::Kind::Clear;
+    in.takeOneOf("text box", {"duration"});
+  } else if (command == "tick") {
+    step.kind = Step::Kind::Tick;
+    in.takeOneOf("check box", {"all"});
+  } else if (command == "answer") {
+    step.kind = Step::Kind::Answer;
+    step.words.push_back(in.takeOneOf("answer", {"yes", "no"}));
+  } else if (command == "host") {
+    step.kind = Step::Kind::Host;
+    step.words.push_back(
+        in.takeOneOf("host call", {"maj-enr", "vider-tache", "vider-liste", "affiche"}));
+  } else if (command == "show") {
+    step.kind = Step::Kind::Show;
+  } else {
+    in.fail("unknown word \"" + command +
+            "\" (expected init, init-key, mark, click, double-click, press, type, paste, clear, "
+            "tick, answer, observation, host or show)");
+  }
+  in.expectEnd();
+  return step;
+}
+
+}  // namespace
+
+std::vector<std::string> splitWords(std::string_view line, int lineNumber,
+                                    const std::string& scriptName) {
+  std::vector<std::string> words;
+  std::size_t i = 0;
+  while (i < line.size()) {
+    const char c = line[i];
+    if (c == ' ' || c == '\t' || c == '\r') {
+      ++i;
+      continue;
+    }
+    if (c == '#') break;
+    std::string word;
+    if (c == '"') {
+      ++i;
+      bool closed = false;
+      while (i < line.size()) {
+        const char q = line[i++];
+        if (q == '"') {
+          closed = true;
+          break;
+        }
+        if (q == '\\' && i < line.size()) {
+          const char e = line[i++];
+          word += e == 'n' ? '\n' : e == 't' ? '\t' : e;
+          continue;
+        }
+        word += q;
+      }
+      if (!closed) {
+        throw ScriptError(scriptName + ":" + std::to_string(lineNumber) +
+                          ": unterminated quote in \"" + std::string(line) + "\"");
+      }
+    } else {
+      while (i < line.size() && line[i] != ' ' && line[i] != '\t' && line[i] != '\r' &&
+             line[i] != '#') {
+        word += line[i++];
+      }
+    }
+    words.push_back(std::move(word));
+  }
+  return words;
+}
+
+std::vector<Step> parseScript(std::string_view text, const std::string& scriptName) {
+  std::vector<Step> steps;
+  int lineNumber = 0;
+  std::size_t start = 0;
+  while (start <= text.size()) {
+    const std::size_t end = std::min(text.find('\n', start), text.size());
+    ++lineNumber;
+    auto words = splitWords(text.substr(start, end - start), lineNumber, scriptName);
+    if (!words.empty()) {
+      LineReader in(std::move(words), lineNumber, scriptName);
+      steps.push_back(parseLine(in, lineNumber));
+    }
+    start = end + 1;
+  }
+  return steps;
+}
+
+}  // namespace velmora::cli
