@@ -1,0 +1,226 @@
+// velmora propose and velmora consult, run as a user runs them, on a small account made
+// for them: one home-help client with a Monday template of two tasks.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/account.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string shellWord(const std::string& word) {
+  std::string q = "'";
+  for (const char c : word) {
+    if (c == '\'') {
+      q += "'\\''";
+    } else {
+      q += c;
+    }
+  }
+  return q + "'";
+}
+
+std::string slurp(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+// Rows written out by hand: three columns of 26, then the duration.
+std::string col(const std::string& utf8) {
+  const Text t = fromUtf8(utf8);
+  return toUtf8(t + Text(26 - t.size(), u' '));
+}
+std::string right(const std::string& s, std::size_t width) {
+  return std::string(width - s.size(), ' ') + s;
+}
+
+class Propose : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    account.put("BESOINSAIDE", "00001", {{"Mme Test"}});
+    account.put("BESOINSAIDE", "00009", {{"M. Sans rien"}});
+    account.put("TPSPARAM", "1", {{""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""},
+                                  {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"0"}});
+    account.put("TYPETACHE", "T-LINGE", {{"1"}});
+    account.put("TYPETACHE", "T-PERSONNE", {{"2"}});
+    account.put("GROUPETACHE", "G-LINGE", {{"1"}, {"T-LINGE"}});
+    account.put("GROUPETACHE", "G-SOINS", {{"1"}, {"T-PERSONNE"}});
+    account.put("TACHE", "Repassage", {{"1"}, {"G-LINGE"}, {""}, {"N"}, {"30"}});
+    account.put("TACHE", "Aide à la toilette", {{"1"}, {"G-SOINS"}, {""}, {"O"}, {"20"}});
+    // Monday (day 0) from 23/11/2026, 08:30 to 10:00, open-ended, home help.
+    account.put("TPSSEMAINETYPE", "00001215120085001",
+                {{""},
+                 {"1000"},
+                 {"A"},
+                 {"Aide à la toilette", "Repassage"},
+                 {"25", "40"},
+                 {""},
+                 {""},
+                 {"Gants", ""}});
+  }
+
+  Outcome run(std::vector<std::string> args) {
+    std::string command = shellWord(VELMORA_CLI);
+    for (const auto& a : args) command += " " + shellWord(a);
+    const fs::path out = fs::path(account.directory()) / "stdout.txt";
+    const fs::path err = fs::path(account.directory()) / "stderr.txt";
+    command += " >" + shellWord(out.string()) + " 2>" + shellWord(err.string()) + " </dev/null";
+    const int raw = std::system(command.c_str());
+    Outcome o;
+    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    o.out = slurp(out);
+    o.err = slurp(err);
+    return o;
+  }
+
+  const std::string linge = col("T-LINGE") + col("G-LINGE") + col("Repassage");
+  const std::string toilette = col("T-PERSONNE") + col("G-SOINS") + col("Aide à la toilette");
+
+  testing::TempAccount account;
+};
+
+TEST_F(Propose, PrintsWhatThePlannerSees) {
+  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
+                      "23/11/2026", "--time", "08:30-10:00"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  EXPECT_EQ(o.err, "");
+  const std::string expected =
+      "Etq_Pos1 \"Type\"  Etq_Pos2 \"Groupe\"  Etq_Pos3 \"Tâche\"\n"
+      "Etq_Sel1 \"Type\"  Etq_Sel2 \"Groupe\"  Etq_Sel3 \"Tâche\"\n"
+      "Cac_TouteTache \"Afficher toutes les tâches\" value 0\n"
+      "\n"
+      "Lst_Possible (2 rows), Lst_CodePos (2 codes):\n"
+      "  0 |" +
+      linge + right("40", 7) +
+      "  |  Repassage\n"
+      "  1 |" +
+      toilette + right("25", 7) +
+      "  |  Aide à la toilette\n"
+      "\n"
+      "Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):\n"
+      "  0 |" +
+      linge + " " + right("40", 6) +
+      "|  Repassage\n"
+      "  1 |" +
+      toilette + "X" + right("25", 6) +
+      "|  Aide à la toilette  obs \"Gants\"\n"
+      "\n"
+      "Txt_Duree \"1h05\"\n"
+      "W_Total 65\n"
+      "W_AfficheTache True\n"
+      "Etq_Imperativite shown\n";
+  EXPECT_EQ(o.out, expected);
+}
+
+TEST_F(Propose, JsonForPrograms) {
+  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
+                      "2026-11-23", "--time", "08:30-10:00", "--days", "1000000", "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const auto j = nlohmann::json::parse(o.out);
+  EXPECT_EQ(j["captions"]["Etq_Sel3"], "Tâche");
+  EXPECT_EQ(j["Lst_Possible"], (std::vector<std::string>{linge + right("40", 7) + "  ",
+                                                         toilette + right("25", 7) + "  "}));
+  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
+  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
+  EXPECT_EQ(j["Txt_Duree"], "1h05");
+  EXPECT_EQ(j["W_Total"], 65);
+  EXPECT_EQ(j["W_AfficheTache"], true);
+  EXPECT_EQ(j["Etq_Imperativite"], true);
+}
+
+TEST_F(Propose, OtherDaysAndSlotsProposeWithoutSelecting) {
+  // Tuesday: the template is proposed, nothing meets the intervention.
+  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
+                      "24/11/2026", "--time", "08:30-10:00", "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const auto j = nlohmann::json::parse(o.out);
+  EXPECT_EQ(j["Lst_CodePos"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
+  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
+  EXPECT_EQ(j["Txt_Duree"], "");
+  EXPECT_EQ(j["W_Total"], 0);
+  EXPECT_EQ(j["Etq_Imperativite"], false);
+}
+
+TEST_F(Propose, FloatingSearchesTheFloatingTemplatesOnly) {
+  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
+                      "23/11/2026", "--time", "08:30-10:00", "--floating", "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const auto j = nlohmann::json::parse(o.out);
+  EXPECT_EQ(j["W_AfficheTache"], false);
+  EXPECT_EQ(j["Lst_Possible"], std::vector<std::string>{});
+  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
+}
+
+TEST_F(Propose, CareVocabulary) {
+  const auto o = run({"propose", "--db", account.path(), "--client", "00009", "--kind", "SSIAD",
+                      "--from", "23/11/2026", "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const auto j = nlohmann::json::parse(o.out);
+  EXPECT_EQ(j["captions"]["Etq_Pos1"], "Regroupement");
+  EXPECT_EQ(j["captions"]["Cac_TouteTache"], "Afficher tous les soins");
+}
+
+TEST_F(Propose, MistakesAreNamed) {
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    std::string message;
+  };
+  const std::string db = account.path();
+  const Case cases[] = {
+      {{"propose", "--db", db, "--client", "00077"}, 1, "unknown client \"00077\""},
+      {{"propose", "--db", db}, 2, "--client CODE is required"},
+      {{"propose", "--db", db, "--client", "0001"}, 2, "5 characters"},
+      {{"propose", "--db", db, "--client", "00001", "--kind", "autre"},
+       2,
+       "--kind is AUTRE or SSIAD"},
+      {{"propose", "--db", db, "--client", "00001", "--from", "30/02/2026"}, 2, "--from"},
+      {{"propose", "--db", db, "--client", "00001", "--days", "2000000"}, 2, "--days"},
+      {{"propose", "--db", db, "--client", "00001", "--time", "08:30"}, 2, "--time is FROM-TO"},
+      {{"propose", "--db", db, "--client", "00001", "--week", "1"}, 2, "unknown option --week"},
+      {{"propose", "--client", "00001"}, 2, "--db PATH is required"},
+      {{"propose", "--db", db + ".missing", "--client", "00001"}, 1, "no such file"},
+      {{"consult", "--db", db}, 2, "--key FULLKEY is required"},
+      {{"consult", "--db", db, "--key", "00001"}, 2, "a full key"},
+  };
+  for (const Case& k : cases) {
+    SCOPED_TRACE(k.args.size() > 4 ? k.args[4] : k.args.back());
+    const auto o = run(k.args);
+    EXPECT_EQ(o.status, k.status);
+    EXPECT_EQ(o.out, "");
+    EXPECT_NE(o.err.find(k.message), std::string::npos) << o.err;
+  }
+}
+
+TEST_F(Propose, ConsultShowsWhatATemplateKeyHolds) {
+  const auto o =
+      run({"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const auto j = nlohmann::json::parse(o.out);
+  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
+  EXPECT_EQ(j["Lst_Selectionne"], (std::vector<std::string>{linge + " " + right("40", 6),
+                                                            toilette + "X" + right("25", 6)}));
+  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
+  EXPECT_EQ(j["Txt_Duree"], "1h05");
+  EXPECT_EQ(j["Etq_Imperativite"], true);
+}
+
+}  // namespace
+}  // namespace velmora
