@@ -1,0 +1,294 @@
+// velmora play, run as a planner's tester runs it: scripts in files, the tool as a
+// process, its output read back whole.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+
+#include "support/account.h"
+
+namespace velmora::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+struct Outcome {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+std::string slurp(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+class Play : public ::testing::Test {
+ protected:
+  fs::path file(const std::string& name, const std::string& text) {
+    const fs::path path = fs::path(account.directory()) / name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+  }
+
+  Outcome velmora(const std::string& arguments) {
+    const fs::path out = fs::path(account.directory()) / "out.txt";
+    const fs::path err = fs::path(account.directory()) / "err.txt";
+    const std::string command =
+        std::string(VELMORA_CLI) + " " + arguments + " >" + out.string() + " 2>" + err.string();
+    const int raw = std::system(command.c_str());
+    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
+  }
+
+  Outcome play(const std::string& script, const std::string& options = "") {
+    return playOn(account.path(), script, options);
+  }
+
+  Outcome playOn(const std::string& db, const std::string& script,
+                 const std::string& options = "") {
+    const fs::path path = file("script.play", script);
+    return velmora("play --db " + db + " " + path.string() + " " + options);
+  }
+
+  TempAccount account;
+};
+
+TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
+  struct Case {
+    std::string script;
+    std::string message;
+  };
+  const std::vector<Case> cases{
+      {"init AUTRE 00001\nshow\npres select\n", "script.play:3: unknown word \"pres\""},
+      {"show\npress selct\n", "script.play:2: unknown button \"selct\""},
+      {"click possible x\n", "script.play:1: \"x\" is not a row number"},
+      {"click possible -1\n", "script.play:1: \"-1\" is not a row number"},
+      {"mark selected 0\n", "script.play:1: unknown list \"selected\""},
+      {"# fine\n\ninit\n", "script.play:3: missing kind of activity"},
+      {"observation \"Sonner\n", "script.play:1: unterminated quote"},
+      {"observation \"Sonner\" close\n", "script.play:1: missing dialog button after \"close\""},
+      {"observation \"Sonner\" ok ok\n", "script.play:1: unexpected word \"ok\""},
+      {"host maj_enr\n", "script.play:1: unknown host call \"maj_enr\""},
+      {"show now\n", "script.play:1: unexpected word \"now\""},
+      {"type duree 5\n", "script.play:1: unknown text box \"duree\""},
+  };
+  for (const Case& c : cases) {
+    const Outcome run = play(c.script);
+    EXPECT_EQ(run.status, 2) << c.script;
+    EXPECT_EQ(run.out, "") << c.script;  // not even the show before the mistake
+    EXPECT_NE(run.err.find(c.message), std::string::npos) << c.script << "\n" << run.err;
+  }
+}
+
+TEST_F(Play, AMissingScriptOrDatabaseIsAnError) {
+  EXPECT_EQ(velmora("play --db " + account.path() + " /nonexistent/script.play").status, 1);
+  const Outcome noDb = velmora("play " + file("s.play", "show\n").string());
+  EXPECT_EQ(noDb.status, 2);
+}
+
+// A small account of its own: a client whose dated task list proposes three tasks.
+class PlayOnAccount : public Play {
+ protected:
+  void SetUp() override {
+    account.put("TPSPARAM", "1", {{""}});
+    account.put("GROUPETACHE", "Ménage", {{"10"}, {"Entretien"}});
+    account.put("TACHE", "Aspirateur", {{"10"}, {"Ménage"}, {""}, {"N"}, {"20"}});
+    account.put("TACHE", "Vaisselle", {{"20"}, {"Ménage"}, {""}, {"O"}, {"15"}});
+  }
+};
+
+TEST_F(PlayOnAccount, DisabledButtonsAndUnansweredQuestionsAreNoted) {
+  const Outcome run = play(
+      "init AUTRE 00009\n"
+      "press ok\n"
+      "click selected 3\n"
+      "host affiche\n");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "line 2: Cmd_OKVelmora is disabled: nothing happens\n"
+            "line 3: Lst_Selectionne has no row 3: nothing happens\n"
+            "line 4: error 91: object not set: no W_Enr to show; run host maj-enr first\n");
+}
+
+TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
+  account.put("AIDEDETAILTACHE", "0000921500", {{"Aspirateur", "Vaisselle"}, {"20", ""}});
+  const Outcome run = play(
+      "init AUTRE 00009 23/11/2026 \"\" 08:30 10:00 1000000\n"
+      "mark possible 0\n"
+      "mark possible 1\n"
+      "press select\n"
+      "double-click selected 1\n"
+      "type duration 15\n"
+      "press ok\n"
+      "click selected 0\n"
+      "observation \"Sac sous l'évier\" ok\n"
+      "press obs\n"
+      "host maj-enr\n"
+      "show\n"
+      "host vider-tache\n"
+      "host affiche\n"
+      "show\n",
+      "--json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const Json j = Json::parse(run.out);
+  EXPECT_EQ(j["messages"], Json::array());
+  ASSERT_EQ(j["shows"].size(), 2u);
+  const Json& before = j["shows"][0]["state"];
+  EXPECT_EQ(j["shows"][0]["line"], 12);
+  EXPECT_EQ(
+      before["Lst_Possible"],
+      (Json{"Entretien                 Ménage                    Aspirateur                     20",
+            "Entretien                 Ménage                    Vaisselle                       "
+            " "}));
+  const Json rows =
+      Json{"Entretien                 Ménage                    Aspirateur                X    20",
+           "Entretien                 Ménage                    Vaisselle                      15"};
+  EXPECT_EQ(before["Lst_Selectionne"], rows);
+  EXPECT_EQ(before["Lst_CodeSelect"], (Json{"Aspirateur", "Vaisselle"}));
+  EXPECT_EQ(before["R_Obs"], (Json{"Sac sous l'évier", ""}));
+  EXPECT_EQ(before["Txt_Duree"], "0h35");
+  EXPECT_EQ(before["W_Total"], 35);
+  EXPECT_EQ(before["Etq_Imperativite"], true);
+  EXPECT_EQ(before["W_Enr"],
+            (Json{{"Aspirateur", "20", "Sac sous l'évier"}, {"Vaisselle", "15", ""}}));
+  EXPECT_EQ(before["enabled"], (Json{{"Cmd_Select", true},
+                                     {"Cmd_Obs", true},
+                                     {"Cmd_SupprVelmora", true},
+                                     {"Cmd_OKVelmora", false},
+                                     {"Cmd_AnnulerVelmora", false},
+                                     {"Txt_DureeSoin", false},
+                                     {"Lst_Selectionne", true}}));
+  EXPECT_EQ(before["ListIndex"], 0);
+
+  const Json& after = j["shows"][1]["state"];
+  EXPECT_EQ(after["Lst_Selectionne"], rows);
+  EXPECT_EQ(after["R_Obs"], before["R_Obs"]);
+  EXPECT_EQ(after["Txt_Duree"], "0h35");
+  EXPECT_EQ(after["W_Total"], 35);
+}
+
+// The example journey on the sample account, step by step.
+class Journey : public Play {
+ protected:
+  void SetUp() override {
+    sample = (fs::path(account.directory()) / "sample.db").string();
+    ASSERT_EQ(velmora("sample --db " + sample).status, 0);
+  }
+  std::string sample;
+};
+
+TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
+  const Outcome run =
+      velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play --json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const Json j = Json::parse(run.out);
+  const Json& shows = j["shows"];
+  ASSERT_EQ(shows.size(), 6u);
+
+  // After Init: the Monday template's items of the time slot.
+  const Json& start = shows[0]["state"];
+  EXPECT_EQ(start["Lst_CodeSelect"], (Json{"Aide au lever", "Aide à la toilette",
+                                           "Préparation du petit-déjeuner", "Réfection du lit"}));
+  EXPECT_EQ(start["W_Total"], 70);
+
+  // Two more items selected.
+  const Json& moved = shows[1]["state"];
+  EXPECT_EQ(moved["Lst_CodeSelect"],
+            (Json{"Aide au lever", "Aide à la toilette", "Préparation du petit-déjeuner",
+                  "Repassage", "Aspirateur", "Réfection du lit"}));
+  EXPECT_EQ(moved["Txt_Duree"], "2h10");
+  EXPECT_EQ(moved["W_Total"], 130);
+
+  // Ironing edited to 25, an observation on the vacuuming, a paste refused.
+  const Json& edited = shows[2]["state"];
+  EXPECT_EQ(
+      edited["Lst_Selectionne"][3],
+      "Entretien du linge        Repassage et rangement    Repassage                      25");
+  EXPECT_EQ(
+      edited["Lst_Selectionne"][4],
+      "Entretien du logement     Ménage courant            Aspirateur                X    20");
+  EXPECT_EQ(edited["R_Obs"][4], "Sonner deux fois\nCode 1234");
+  EXPECT_EQ(edited["Txt_Duree"], "1h55");
+  EXPECT_EQ(edited["W_Total"], 115);
+  EXPECT_EQ(edited["W_DoubleClic"], false);
+  EXPECT_EQ(j["messages"],
+            (Json{{{"line", 31},
+                   {"text",
+                    "error 13: type mismatch: the duration '1h' is not a number of minutes; the "
+                    "row is unchanged"}}}));
+
+  // The made bed removed after a No and a Yes.
+  const Json& removed = shows[3]["state"];
+  EXPECT_EQ(removed["Lst_CodeSelect"].size(), 5u);
+  EXPECT_EQ(removed["Lst_CodeSelect"][4], "Aspirateur");
+  EXPECT_EQ(removed["W_Total"], 105);
+
+  // MAJ_Enr then Vider_Tache: the record holds the selection, the lists are empty.
+  const Json& stored = shows[4]["state"];
+  const Json enr =
+      Json{{"Aide au lever", "15", ""},
+           {"Aide à la toilette", "30", "Savon doux uniquement\nVérifier l'état de la peau du dos"},
+           {"Préparation du petit-déjeuner", "15", ""},
+           {"Repassage", "25", ""},
+           {"Aspirateur", "20", "Sonner deux fois\nCode 1234"}};
+  EXPECT_EQ(stored["W_Enr"], enr);
+  EXPECT_EQ(stored["Lst_Selectionne"], Json::array());
+  EXPECT_EQ(stored["Txt_Duree"], "");
+  EXPECT_EQ(stored["W_Total"], 105);
+
+  // Affiche of the stored record brings the same rows back.
+  const Json& back = shows[5]["state"];
+  EXPECT_EQ(back["Lst_Selectionne"], removed["Lst_Selectionne"]);
+  EXPECT_EQ(back["R_Obs"], removed["R_Obs"]);
+  EXPECT_EQ(back["Txt_Duree"], "1h45");
+  EXPECT_EQ(back["W_Total"], 105);
+  EXPECT_EQ(back["Etq_Imperativite"], true);
+}
+
+TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
+  const Outcome run = velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play");
+  ASSERT_EQ(run.status, 0) << run.err;
+  for (const char* expected :
+       {"== line 9 ==\n", "== line 15 ==\n", "== line 48 ==\n",
+        "line 31: error 13: type mismatch: the duration '1h' is not a number of minutes",
+        "W_Enr (5 items)\n  1 \"Aide au lever\" \"15\" \"\"\n",
+        "enabled: Cmd_Select Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
+        "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n"}) {
+    EXPECT_NE(run.out.find(expected), std::string::npos) << expected;
+  }
+}
+
+TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
+  const Outcome run = playOn(sample,
+                             "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
+                             "click selected 0\n"
+                             "observation \"Par la porte de derrière\" close ok\n"
+                             "press obs\n"
+                             "press remove\n"
+                             "show\n",
+                             "--json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const Json j = Json::parse(run.out);
+  const Json& state = j["shows"][0]["state"];
+  EXPECT_EQ(state["R_Obs"][0], "Par la porte de derrière");
+  EXPECT_EQ(
+      state["Lst_Selectionne"][0],
+      "Aide à la personne        Lever et coucher          Aide au lever             X    15");
+  ASSERT_EQ(j["messages"].size(), 1u);
+  EXPECT_EQ(j["messages"][0]["line"], 5);
+  EXPECT_NE(j["messages"][0]["text"].get<std::string>().find("no answer was scripted"),
+            std::string::npos);
+  // The removal did not happen.
+  EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);
+}
+
+}  // namespace
+}  // namespace velmora::testing
