@@ -2,6 +2,7 @@
 #include <iostream>
 
 #include "command.h"
+#include "store/query/syntax.h"
 #include "store/record.h"
 #include "store/sqlite_database.h"
 
@@ -16,14 +17,6 @@ Text joinWords(const std::vector<std::string>& words) {
     joined += word;
   }
   return fromUtf8(joined);
-}
-
-// The file is the word after SSELECT or SELECT; the store checks the rest.
-Text fileOf(const Text& query) {
-  const auto start = query.find_first_not_of(u' ', query.find(u' '));
-  if (start == Text::npos) return {};
-  const auto end = query.find(u' ', start);
-  return query.substr(start, end == Text::npos ? Text::npos : end - start);
 }
 
 Text cellText(const Text& cell) {
@@ -70,7 +63,8 @@ int run(Arguments& args) {
   const std::string columns = args.option("columns").value_or("0");
   const Text query = joinWords(args.positionals(1, 1000));
   const auto db = openDatabase(database);
-  const Text request = query + kAttributeMark + fileOf(query) + kAttributeMark + fromUtf8(columns);
+  const Text request =
+      query + kAttributeMark + store::parseQuery(query).file + kAttributeMark + fromUtf8(columns);
   long count = 0;
   const auto answer = db->RunQuery(request, u"", count);
   const auto columnCount =

@@ -148,6 +148,7 @@ Batch readExchange(std::istream& in, const std::string& sourceName) {
   long number = 0;
   while (std::getline(in, line)) {
     ++number;
+    if (number == 1 && line.rfind("\xEF\xBB\xBF", 0) == 0) line.erase(0, 3);  // a BOM
     if (isBlankOrComment(line)) continue;
     const LineError fail(sourceName, number);
     Json object;

@@ -134,13 +134,24 @@ TEST(Exchange, BadLinesNameTheSourceAndLine) {
   }
 }
 
-TEST(Exchange, ATruncatedFileAppliesNothing) {
-  TempAccount account;
-  account.put("TACHE", "Kept", {{"1"}});
-  const std::string before = exported(account.path());
-  const std::string truncated = std::string(kExample).substr(0, std::string(kExample).size() - 30);
-  EXPECT_NE(parseFailure(truncated).find("t.jsonl:8:"), std::string::npos);
-  EXPECT_EQ(exported(account.path()), before);
+TEST(Exchange, AByteOrderMarkAndWindowsLineEndsAreRead) {
+  const Batch batch = parse(
+      "\xEF\xBB\xBF{\"file\":\"TACHE\"}\r\n{\"file\":\"TACHE\",\"key\":\"a\","
+      "\"record\":[\"1\"]}\r\n");
+  ASSERT_EQ(batch.size(), 2u);
+  const auto& put = std::get<Batch::PutRecord>(batch.changes()[1]);
+  EXPECT_EQ(put.key, u"a");
+  EXPECT_EQ(put.body, u"1");
+}
+
+TEST(Exchange, ATruncatedFileFailsAtItsLastLine) {
+  const std::string whole(kExample);
+  const std::string truncated = whole.substr(0, whole.size() - 30);
+  const std::string message = parseFailure(truncated);
+  EXPECT_EQ(message.rfind("t.jsonl:8: not a JSON object", 0), 0u) << message;
+  // Cut just after a line end, the same text reads whole.
+  const std::string shorter = whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1);
+  EXPECT_EQ(parse(shorter).size(), 4u);
 }
 
 TEST(Exchange, ExportOfSomethingThatIsNotAStoreFails) {
