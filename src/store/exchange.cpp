@@ -166,6 +166,7 @@ Batch readExchange(std::istream& in, const std::string& sourceName) {
 void writeExchange(const std::string& databasePath, std::ostream& out) {
   store::ReadConnection connection(databasePath);
   sqlite3* db = connection.handle();
+  const store::ReadConnection::Snapshot snapshot(connection);
 
   std::vector<std::string> files;
   store::Statement fileList(db, "SELECT name FROM files", databasePath);

@@ -14,66 +14,76 @@ Connection openReadOnly(const std::string& path) {
 
 }  // namespace
 
-ReadConnection::ReadConnection(const std::string& path)
-    : path_(path),
-      db_(openReadOnly(path)),
-      fileExists_(db_.get(), "SELECT 1 FROM files WHERE name = ?1", path_),
-      readRecord_(db_.get(), "SELECT body FROM records WHERE file = ?1 AND key = ?2", path_),
-      readItem_(db_.get(),
-                "SELECT attribute, key_start, key_length FROM dictionary "
-                "WHERE file = ?1 AND name = ?2",
-                path_),
-      scanKeys_(db_.get(), "SELECT key FROM records WHERE file = ?1 AND key >= ?2 ORDER BY key",
-                path_),
-      scanKeysTo_(db_.get(),
-                  "SELECT key FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 "
-                  "ORDER BY key",
-                  path_),
-      scanRecords_(db_.get(),
-                   "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 ORDER BY key",
-                   path_),
-      scanRecordsTo_(db_.get(),
-                     "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 "
-                     "ORDER BY key",
-                     path_) {}
+constexpr std::array<const char*, 9> kSql = {
+    "SELECT 1 FROM files WHERE name = ?1",
+    "SELECT body FROM records WHERE file = ?1 AND key = ?2",
+    "SELECT attribute, key_start, key_length FROM dictionary WHERE file = ?1 AND name = ?2",
+    "SELECT key FROM records WHERE file = ?1 AND key >= ?2 ORDER BY key",
+    "SELECT key FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 ORDER BY key",
+    "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 ORDER BY key",
+    "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 ORDER BY key",
+    "BEGIN",
+    "COMMIT",
+};
+
+ReadConnection::ReadConnection(const std::string& path) : path_(path), db_(openReadOnly(path)) {}
+
+Statement& ReadConnection::statement(Kind kind) {
+  auto& slot = statements_[kind];
+  if (!slot) slot.emplace(db_.get(), kSql[kind], path_);
+  return *slot;
+}
+
+ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {
+  connection_.statement(kBegin).reset().run();
+}
+
+ReadConnection::Snapshot::~Snapshot() {
+  // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
+  try {
+    connection_.statement(kCommit).reset().run();
+  } catch (const std::exception&) {
+    sqlite3_exec(connection_.db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
 
 bool ReadConnection::hasFile(const Text& name) {
-  fileExists_.reset().bind(1, toUtf8(name));
-  const bool found = fileExists_.step();
-  fileExists_.reset();
+  statement(kFileExists).reset().bind(1, toUtf8(name));
+  const bool found = statement(kFileExists).step();
+  statement(kFileExists).reset();
   return found;
 }
 
 std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) {
-  readRecord_.reset().bind(1, toUtf8(file)).bindBlob(2, encodeText(key));
-  if (!readRecord_.step()) {
-    readRecord_.reset();
+  statement(kReadRecord).reset().bind(1, toUtf8(file)).bindBlob(2, encodeText(key));
+  if (!statement(kReadRecord).step()) {
+    statement(kReadRecord).reset();
     return std::nullopt;
   }
-  Text body = decodeText(readRecord_.blobColumn(0));
-  readRecord_.reset();
+  Text body = decodeText(statement(kReadRecord).blobColumn(0));
+  statement(kReadRecord).reset();
   ++statistics_.decodedRecords;
   return body;
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {
-  readItem_.reset().bind(1, toUtf8(file)).bind(2, toUtf8(name));
-  if (!readItem_.step()) {
-    readItem_.reset();
+  statement(kReadItem).reset().bind(1, toUtf8(file)).bind(2, toUtf8(name));
+  if (!statement(kReadItem).step()) {
+    statement(kReadItem).reset();
     return std::nullopt;
   }
-  DictionaryItem item{file, name, static_cast<int>(readItem_.intColumn(0)),
-                      static_cast<int>(readItem_.intColumn(1)),
-                      static_cast<int>(readItem_.intColumn(2))};
-  readItem_.reset();
+  DictionaryItem item{file, name, static_cast<int>(statement(kReadItem).intColumn(0)),
+                      static_cast<int>(statement(kReadItem).intColumn(1)),
+                      static_cast<int>(statement(kReadItem).intColumn(2))};
+  statement(kReadItem).reset();
   return item;
 }
 
 void ReadConnection::scan(const Text& file, const std::vector<std::uint8_t>& lower,
                           const std::vector<std::uint8_t>& upper, bool withBody,
                           const Visitor& visit) {
-  Statement& statement = withBody ? (upper.empty() ? scanRecords_ : scanRecordsTo_)
-                                  : (upper.empty() ? scanKeys_ : scanKeysTo_);
+  Statement& statement = this->statement(withBody ? (upper.empty() ? kScanRecords : kScanRecordsTo)
+                                                  : (upper.empty() ? kScanKeys : kScanKeysTo));
   statement.reset().bind(1, toUtf8(file)).bindBlob(2, lower);
   if (!upper.empty()) statement.bindBlob(3, upper);
   try {

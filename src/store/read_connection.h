@@ -2,6 +2,7 @@
 // object and the files opened from it, so that a file stays usable as long as it is held.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -42,16 +43,39 @@ class ReadConnection {
 
   StoreStatistics& statistics() { return statistics_; }
 
+  // Holds one read transaction over several statements, so that they see one state of
+  // the file and take its lock once: each statement on its own would lock, check and
+  // unlock the file again.
+  class Snapshot {
+   public:
+    explicit Snapshot(ReadConnection& connection);
+    ~Snapshot();
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+
+   private:
+    ReadConnection& connection_;
+  };
+
  private:
+  enum Kind {
+    kFileExists,
+    kReadRecord,
+    kReadItem,
+    kScanKeys,
+    kScanKeysTo,
+    kScanRecords,
+    kScanRecordsTo,
+    kBegin,
+    kCommit,
+    kKinds
+  };
+  // Prepared at first use and kept: opening stays cheap, and the hot paths reuse them.
+  Statement& statement(Kind kind);
+
   std::string path_;
   Connection db_;
-  Statement fileExists_;
-  Statement readRecord_;
-  Statement readItem_;
-  Statement scanKeys_;
-  Statement scanKeysTo_;
-  Statement scanRecords_;
-  Statement scanRecordsTo_;
+  std::array<std::optional<Statement>, kKinds> statements_;
   StoreStatistics statistics_;
 };
 

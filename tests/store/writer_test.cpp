@@ -194,23 +194,42 @@ TEST(Store, OpenFailsClearlyOnGarbage) {
   EXPECT_NE(message.find(garbage), std::string::npos) << message;
 }
 
-TEST(Store, OpenFailsClearlyOnADamagedStore) {
-  TempAccount account;
+// A store of many pages, so that damage can hit the first page or one deep inside.
+void fillPages(TempAccount& account) {
   Batch batch;
   for (int i = 0; i < 200; ++i) {
-    batch.putRecord(u"TACHE", fromUtf8("key" + std::to_string(i)),
+    batch.putRecord(u"TACHE", fromUtf8("key" + std::to_string(1000 + i)),
                     testing::makeRecord({{std::string(200, 'x')}}));
   }
   account.apply(batch);
-  // Overwrite the middle of the file, past the header, with garbage.
-  const auto size = std::filesystem::file_size(account.path());
-  {
-    std::fstream io(account.path(), std::ios::in | std::ios::out | std::ios::binary);
-    io.seekp(static_cast<std::streamoff>(size / 2));
-    for (int i = 0; i < 8192; ++i) io.put(static_cast<char>(0xA5 ^ i));
-  }
+}
+
+void damage(const std::string& path, std::streamoff at, int bytes) {
+  std::fstream io(path, std::ios::in | std::ios::out | std::ios::binary);
+  io.seekp(at);
+  for (int i = 0; i < bytes; ++i) io.put(static_cast<char>(0xA5 ^ i));
+}
+
+TEST(Store, OpenFailsClearlyWhenTheSchemaPageIsDamaged) {
+  TempAccount account;
+  fillPages(account);
+  damage(account.path(), 100, 3000);  // past the file header, into the schema's page
   std::string message;
   EXPECT_EQ(failureOf([&] { openDatabase(account.path()); }, &message), errors::kDatabase);
+  EXPECT_NE(message.find(account.path()), std::string::npos) << message;
+}
+
+TEST(Store, ADamagedPageDeeperInFailsAtOpenOrAtTheReadThatReachesIt) {
+  TempAccount account;
+  fillPages(account);
+  const auto size = std::filesystem::file_size(account.path());
+  damage(account.path(), static_cast<std::streamoff>(size / 2), 8192);  // two whole pages
+  std::string message;
+  const auto openAndReadAll = [&] {
+    long count = 0;
+    account.open()->RunQuery(u"SSELECT TACHE\uF8FETACHE\uF8FE0 1", u"", count);
+  };
+  EXPECT_EQ(failureOf(openAndReadAll, &message), errors::kDatabase);
   EXPECT_NE(message.find(account.path()), std::string::npos) << message;
 }
 

@@ -350,6 +350,7 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const Text query = parts.r(1);
   const Text file = parts.r(2);
   const QuerySyntax syntax = parseQuery(query);
+  const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
     badRequest("the request names file \"" + toUtf8(file) + "\" but the query reads \"" +
                toUtf8(syntax.file) + "\"");
