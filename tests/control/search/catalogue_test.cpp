@@ -137,5 +137,31 @@ TEST_F(ShowAll, UntickingAFloatingSearchRunsTheFloatingSearchAgain) {
   EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
 }
 
+TEST_F(ShowAll, WithoutAnyDurationTableTheCatalogueKeepsItsOwnDurations) {
+  // The guard stops the search before it makes R_TableDurees.
+  init("AUTRE", kClient, "09:00", "", "0010000");
+  ASSERT_TRUE(Variable::R_TableDurees.empty());
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{catalogueRow("MENAGE", "ENTRETIEN", "A", "20"),
+                                           catalogueRow("MENAGE", "ENTRETIEN", "B", "25"),
+                                           catalogueRow("SOINS", "TOILETTE", "C", "35"),
+                                           catalogueRow("SOINS", "TOILETTE", "D", "40")}));
+}
+
+TEST_F(SearchJourney, FloatingCareSearchMarksEveryRow) {
+  putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
+  putFloating("1500", {"1600", "S", {"010102"}, {"10"}, {""}, "1"});
+  init("SSIAD", kClient + "FLOT", "09:00", "10:00", "010000");
+  EXPECT_EQ(items(ctl.Lst_Possible),
+            (Rows{floatingRow("Relationnel", "Écoute", "Accompagnement", "15"),
+                  floatingRow("Soins de base", "Hygiène", "Change", "10"),
+                  floatingRow("Soins de base", "Hygiène", "Toilette complète", "30")}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne),
+            (Rows{selectedRow("Relationnel", "Écoute", "Accompagnement", false, "15"),
+                  selectedRow("Soins de base", "Hygiène", "Toilette complète", true, "30")}));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs"}));
+  EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h45");
+}
+
 }  // namespace
 }  // namespace velmora::testing
