@@ -146,6 +146,16 @@ void CheckBoxView::nextCheckState() {
   setChecked(box_.Value() == 1);
 }
 
+namespace {
+// A disabled box keeps its text legible, in the grey of the host platform's disabled
+// text, also on a coloured background such as the total's.
+void greyWhenDisabled(QWidget& widget) {
+  QPalette palette = widget.palette();
+  palette.setColor(QPalette::Disabled, QPalette::Text, QColor(109, 109, 109));
+  widget.setPalette(palette);
+}
+}  // namespace
+
 TextLineView::TextLineView(toolkit::TextBox& box, QWidget* parent) : QLineEdit(parent), box_(box) {
   setAlignment(horizontal(box.alignment) | Qt::AlignVCenter);
   setMaxLength(box.maxLength > 0 ? box.maxLength : 32767);
@@ -154,6 +164,7 @@ TextLineView::TextLineView(toolkit::TextBox& box, QWidget* parent) : QLineEdit(p
   setContextMenuPolicy(Qt::NoContextMenu);
   setAcceptDrops(false);
   applyLook(*this, box);
+  greyWhenDisabled(*this);
   showText();
   subscription_ = follow(*this, box, [this](Change change, int) {
     if (change == Change::Text) showText();
@@ -304,14 +315,16 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
   if (model_->isDirty()) model_->refreshNow();
   const int count = model_->rowCount();
   const int caret = caretRow();
+  // With no row under the caret yet, the first arrow lands on the first row.
+  const bool placed = currentIndex().isValid() || list_.ListIndex() >= 0;
   const int page = std::max(1, viewport()->height() / std::max(1, sizeHintForRow(0)));
   int target = -1;
   switch (event->key()) {
     case Qt::Key_Up:
-      target = caret - 1;
+      target = placed ? caret - 1 : 0;
       break;
     case Qt::Key_Down:
-      target = caret + 1;
+      target = placed ? caret + 1 : 0;
       break;
     case Qt::Key_PageUp:
       target = caret - page;

@@ -212,8 +212,103 @@ class WidgetJourney : public ::testing::Test {
     return j;
   }
 
+  // The same journey without a mouse: arrows, space, Enter, Tab and Escape.
+  Journey onKeyboard() {
+    Variable::resetAll();
+    Journey j;
+    Ctr_VelmoraNew c;
+    VelmoraWidget w(c);
+    w.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&w));
+    w.activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&w));
+    QWidget* possible = w.listView(c.Lst_Possible);
+    QWidget* selected = w.listView(c.Lst_Selectionne);
+    QWidget* dureeSoin = w.view(c.Txt_DureeSoin);
+    const auto record = [&] {
+      j.steps.push_back(snapshot(c));
+      expectWidgetsFollow(w, c, static_cast<int>(j.steps.size()) - 1);
+    };
+    const auto key = [](QWidget* widget, Qt::Key k) { QTest::keyClick(widget, k); };
+
+    initClient(c, account);
+    record();
+    key(w.view(c.Cac_TouteTache), Qt::Key_Space);
+    record();
+    key(possible, Qt::Key_Space);  // the caret starts on the first row
+    key(possible, Qt::Key_Down);
+    key(possible, Qt::Key_Down);
+    key(possible, Qt::Key_Space);
+    record();
+    // Tab order: Cmd_Select comes just before Lst_Possible.
+    possible->setFocus(Qt::TabFocusReason);
+    key(possible, Qt::Key_Backtab);
+    EXPECT_EQ(QApplication::focusWidget(), w.view(c.Cmd_Select));
+    key(QApplication::focusWidget(), Qt::Key_Space);
+    record();
+    key(possible, Qt::Key_End);
+    key(possible, Qt::Key_Return);
+    record();
+    possible->setFocus(Qt::TabFocusReason);
+    key(possible, Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), selected);
+    key(selected, Qt::Key_Down);
+    key(selected, Qt::Key_Return);
+    record();
+    key(dureeSoin, Qt::Key_Backspace);
+    key(dureeSoin, Qt::Key_Backspace);
+    QTest::keyClicks(dureeSoin, QStringLiteral("x25"));
+    record();
+    key(w.view(c.Cmd_OKVelmora), Qt::Key_Space);
+    record();
+
+    key(selected, Qt::Key_Down);
+    key(selected, Qt::Key_Down);
+    whenModal([&](QWidget& dialog) {
+      ++j.dialogs;
+      QWidget* obs = dialog.focusWidget();
+      ASSERT_NE(obs, nullptr);
+      EXPECT_EQ(obs->objectName(), QStringLiteral("Txt_Obs"));
+      QTest::keyClicks(obs, QStringLiteral("Linge fragile"));
+      QTest::keyClick(obs, Qt::Key_Tab);
+      QWidget* ok = dialog.focusWidget();
+      EXPECT_EQ(ok->objectName(), QStringLiteral("Cmd_OkObs"));
+      QTest::keyClick(ok, Qt::Key_Space);
+    });
+    key(w.view(c.Cmd_Obs), Qt::Key_Space);
+    record();
+
+    const auto answer = [&](Qt::Key k) {
+      whenModal([&j, k](QWidget& modal) {
+        ++j.questions;
+        QTest::keyClick(&modal, k);
+      });
+    };
+    answer(Qt::Key_Escape);  // Escape answers No
+    key(w.view(c.Cmd_SupprVelmora), Qt::Key_Space);
+    record();
+    answer(Qt::Key_Return);  // Enter takes the default, Yes
+    key(w.view(c.Cmd_SupprVelmora), Qt::Key_Space);
+    record();
+    c.MAJ_Enr();
+    j.record = itemsOf(c.W_Enr);
+    return j;
+  }
+
   TempAccount account;
 };
+
+TEST_F(WidgetJourney, TheKeyboardAloneLeavesTheSameListsTotalsAndRecordAsTheGestures) {
+  const Journey expected = headless();
+  const Journey actual = onKeyboard();
+  ASSERT_EQ(actual.steps.size(), expected.steps.size());
+  for (std::size_t i = 0; i < expected.steps.size(); ++i) {
+    EXPECT_EQ(actual.steps[i], expected.steps[i]) << "step " << i;
+  }
+  EXPECT_EQ(actual.record, expected.record);
+  EXPECT_EQ(actual.questions, 2);
+  EXPECT_EQ(actual.dialogs, 1);
+}
 
 TEST_F(WidgetJourney, MouseAndKeysLeaveTheSameListsTotalsAndRecordAsTheGestures) {
   const Journey expected = headless();

@@ -1,0 +1,181 @@
+#include "demo_window.h"
+
+#include <memory>
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "qt/failure_display.h"
+#include "qt/host_store.h"
+#include "qt/twips.h"
+#include "store/sqlite_database.h"
+
+namespace velmora::demo {
+
+using qt::fromQString;
+using qt::toQString;
+
+namespace {
+const std::array<const char*, 7> kDayNames{"lun", "mar", "mer", "jeu", "ven", "sam", "dim"};
+}
+
+DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
+    : QWidget(parent), database_(options.database) {
+  setWindowTitle(QStringLiteral("Velmora — démonstration"));
+  view_ = std::make_unique<qt::VelmoraWidget>(control_);
+  auto* layout = qt::makeChild<QHBoxLayout>(this);
+  layout->addWidget(makeCriteria(options));
+  layout->addWidget(view_.get(), 0, Qt::AlignTop);
+  layout->addWidget(makeHostPanel());
+}
+
+QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
+  auto* box = qt::makeChild<QGroupBox>(this, QStringLiteral("Intervention"));
+  auto* form = qt::makeChild<QFormLayout>(box);
+  kind_ = qt::makeChild<QComboBox>(box);
+  kind_->addItems({QStringLiteral("AUTRE"), QStringLiteral("SSIAD")});
+  kind_->setCurrentText(options.kind);
+  form->addRow(QStringLiteral("Nature"), kind_);
+  const auto line = [&](const QString& label, const QString& text) {
+    auto* edit = qt::makeChild<QLineEdit>(box, text);
+    form->addRow(label, edit);
+    return edit;
+  };
+  client_ = line(QStringLiteral("Client"), options.client);
+  dateDeb_ = line(QStringLiteral("Du"), options.dateDeb);
+  dateFin_ = line(QStringLiteral("Au"), options.dateFin);
+  heureDe_ = line(QStringLiteral("De"), options.heureDe);
+  heureA_ = line(QStringLiteral("À"), options.heureA);
+  auto* days = qt::makeChild<QWidget>(box);
+  auto* daysLayout = qt::makeChild<QHBoxLayout>(days);
+  daysLayout->setContentsMargins(0, 0, 0, 0);
+  for (std::size_t d = 0; d < days_.size(); ++d) {
+    days_[d] = qt::makeChild<QCheckBox>(days, QString::fromLatin1(kDayNames[d]));
+    days_[d]->setChecked(static_cast<qsizetype>(d) < options.days.size() &&
+                         options.days[static_cast<qsizetype>(d)] == QLatin1Char('1'));
+    daysLayout->addWidget(days_[d]);
+  }
+  form->addRow(QStringLiteral("Jours"), days);
+  floating_ = qt::makeChild<QCheckBox>(box, QStringLiteral("Semaines flottantes"));
+  floating_->setChecked(options.floating);
+  form->addRow(QString(), floating_);
+  key_ = line(QStringLiteral("Clé complète"), options.key);
+  key_->setPlaceholderText(QStringLiteral("intervention ou semaine type"));
+  auto* init = qt::makeChild<QPushButton>(box, QStringLiteral("Init"));
+  connect(init, &QPushButton::clicked, this, [this] { runInit(); });
+  form->addRow(QString(), init);
+  return box;
+}
+
+QWidget* DemoWindow::makeHostPanel() {
+  auto* box = qt::makeChild<QGroupBox>(this, QStringLiteral("Hôte"));
+  auto* layout = qt::makeChild<QVBoxLayout>(box);
+  const auto button = [&](const QString& caption, void (DemoWindow::*call)()) {
+    auto* b = qt::makeChild<QPushButton>(box, caption);
+    connect(b, &QPushButton::clicked, this,
+            [this, call] { qt::guarded(this, [this, call] { (this->*call)(); }); });
+    layout->addWidget(b);
+  };
+  button(QStringLiteral("MAJ_Enr"), &DemoWindow::majEnr);
+  button(QStringLiteral("Vider_Tache"), &DemoWindow::viderTache);
+  button(QStringLiteral("Affiche de la dernière sélection"), &DemoWindow::afficheLast);
+  button(QStringLiteral("Enregistrer la sélection"), &DemoWindow::store);
+  total_ = qt::makeChild<QLabel>(box, QStringLiteral("W_Total : 0"));
+  layout->addWidget(total_);
+  record_ = qt::makeChild<QTableWidget>(box, 0, 3);
+  record_->setHorizontalHeaderLabels(
+      {QStringLiteral("Code"), QStringLiteral("Durée"), QStringLiteral("Observation")});
+  record_->horizontalHeader()->setStretchLastSection(true);
+  record_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  record_->setMinimumWidth(260);
+  layout->addWidget(record_);
+  status_ = qt::makeChild<QLabel>(box);
+  status_->setWordWrap(true);
+  layout->addWidget(status_);
+  return box;
+}
+
+void DemoWindow::runInit() {
+  qt::guarded(this, [this] {
+    Text days;
+    const std::size_t count = floating_->isChecked() ? 6 : 7;
+    for (std::size_t d = 0; d < count; ++d) days.push_back(days_[d]->isChecked() ? u'1' : u'0');
+    Text code = fromQString(key_->text().trimmed());
+    if (code.empty()) {
+      code = fromQString(client_->text().trimmed());
+      if (floating_->isChecked()) code += u"FLOT";
+    }
+    InitArguments a{fromQString(kind_->currentText()),
+                    code,
+                    fromQString(dateDeb_->text()),
+                    fromQString(dateFin_->text()),
+                    fromQString(heureDe_->text()),
+                    fromQString(heureA_->text()),
+                    days};
+    control_.TheDatabase(openDatabase(database_));
+    control_.Init(a);
+    view_->refreshLists();
+    setStatus(QStringLiteral("Init sur %1 : %2 proposition(s), %3 choisie(s).")
+                  .arg(toQString(code))
+                  .arg(control_.Lst_Possible.ListCount())
+                  .arg(control_.Lst_Selectionne.ListCount()));
+  });
+}
+
+void DemoWindow::majEnr() {
+  control_.MAJ_Enr();
+  lastSelection_ = control_.W_Enr;
+  showRecord(control_.W_Enr);
+}
+
+void DemoWindow::viderTache() {
+  control_.Vider_Tache();
+  setStatus(QStringLiteral("Sélection vidée."));
+}
+
+void DemoWindow::afficheLast() {
+  if (!lastSelection_) {
+    setStatus(QStringLiteral("Aucune sélection gardée : MAJ_Enr d'abord."));
+    return;
+  }
+  control_.W_Aff = lastSelection_;
+  control_.Affiche();
+  setStatus(QStringLiteral("Dernière sélection affichée."));
+}
+
+void DemoWindow::store() {
+  majEnr();
+  qt::Intervention intervention;
+  intervention.client = fromQString(client_->text().trimmed());
+  intervention.dateDeb = fromQString(dateDeb_->text());
+  intervention.dateFin = fromQString(dateFin_->text());
+  intervention.heureDe = fromQString(heureDe_->text());
+  intervention.heureA = fromQString(heureA_->text());
+  intervention.kind = fromQString(kind_->currentText());
+  const Text key = qt::storeSelection(database_, intervention, *control_.W_Enr);
+  key_->setText(toQString(key));
+  setStatus(QStringLiteral("Enregistrée sous %1 ; Init consulte cette clé.").arg(toQString(key)));
+}
+
+void DemoWindow::showRecord(const RecordRef& record) {
+  const int items = record ? record->DCount() : 0;
+  record_->setRowCount(items);
+  for (int i = 1; i <= items; ++i) {
+    for (int v = 1; v <= 3; ++v) {
+      // The table takes the item.
+      record_->setItem(i - 1, v - 1,
+                       std::make_unique<QTableWidgetItem>(toQString(record->r(i, v))).release());
+    }
+  }
+  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
+}
+
+void DemoWindow::setStatus(const QString& text) {
+  status_->setText(text);
+}
+
+}  // namespace velmora::demo

@@ -1,0 +1,98 @@
+// The demo host's way of keeping a selection: written as a planned intervention through
+// the host's own connection, and shown back when the control consults its key.
+#include <QTemporaryDir>
+
+#include "qt/host_store.h"
+#include "qt/sample_database.h"
+#include "qt_support.h"
+#include "store/sqlite_database.h"
+
+namespace velmora::testing {
+namespace {
+
+TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
+  EXPECT_EQ(qt::fourDigitTime(u"08:30"), u"0850");
+  EXPECT_EQ(qt::fourDigitTime(u"08:45"), u"0875");
+  EXPECT_EQ(qt::fourDigitTime(u"10:00"), u"1000");
+  EXPECT_EQ(qt::fourDigitTime(u"23:59"), u"2398");
+  EXPECT_THROW(qt::fourDigitTime(u"8:30"), Failure);
+  EXPECT_THROW(qt::fourDigitTime(u"24:00"), Failure);
+
+  qt::Intervention i;
+  i.client = u"00001";
+  i.dateDeb = u"23/11/2026";  // day 21512, a Monday
+  i.dateFin = u"23/11/2026";
+  i.heureDe = u"08:30";
+  i.heureA = u"10:00";
+  i.kind = u"AUTRE";
+  EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151200000100850");
+  i.dateDeb = u"29/11/2026";  // a Sunday
+  EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151800000160850");
+  i.client = u"001";
+  EXPECT_THROW(qt::detailKey(i), Failure);
+}
+
+TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
+  Variable::resetAll();
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  const std::string path = dir.filePath(QStringLiteral("sample.db")).toStdString();
+  qt::ensureSampleDatabase(path, VELMORA_SAMPLE_DIR);
+
+  Ctr_VelmoraNew ctl;
+  qt::VelmoraWidget w(ctl);
+  w.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
+  ctl.TheDatabase(openDatabase(path));
+  InitArguments a{u"AUTRE", u"00001", u"23/11/2026", u"23/11/2026", u"08:30", u"10:00", u"1000000"};
+  ctl.Init(a);
+  ASSERT_GE(ctl.Lst_Selectionne.ListCount(), 2);
+  // The planner edits the first row to 5 minutes before the host stores the selection.
+  qt::ListBoxView& selected = *w.listView(ctl.Lst_Selectionne);
+  doubleClickRow(selected, 0);
+  QWidget* dureeSoin = w.view(ctl.Txt_DureeSoin);
+  while (!ctl.Txt_DureeSoin.getText().empty()) QTest::keyClick(dureeSoin, Qt::Key_Backspace);
+  QTest::keyClicks(dureeSoin, QStringLiteral("5"));
+  click(w.view(ctl.Cmd_OKVelmora));
+  const Snapshot before = snapshot(ctl);
+  ctl.MAJ_Enr();
+  const RecordRef items = ctl.W_Enr;
+  ASSERT_EQ(items->DCount(), ctl.Lst_Selectionne.ListCount());
+  EXPECT_EQ(items->r(1, 2), u"5");
+
+  qt::Intervention i;
+  i.client = u"00001";
+  i.dateDeb = u"23/11/2026";
+  i.dateFin = u"23/11/2026";
+  i.heureDe = u"08:30";
+  i.heureA = u"10:00";
+  i.kind = u"AUTRE";
+  const Text key = qt::storeSelection(path, i, *items);
+  ASSERT_EQ(key, u"DEMO0000012151200000100850");
+  // What the host wrote, read back through a connection of its own.
+  const RecordRef stored = openDatabase(path)->OpenFile(u"TPSDETAILSINTERV")->ReadRecord(key);
+  EXPECT_EQ(stored->r(1), u"21512");
+  EXPECT_EQ(stored->r(2), u"1000");
+  EXPECT_EQ(stored->r(3), u"A");
+  for (int n = 1; n <= items->DCount(); ++n) {
+    EXPECT_EQ(stored->r(7, n), items->r(n, 1)) << n;
+    EXPECT_EQ(stored->r(8, n), items->r(n, 2)) << n;
+    EXPECT_EQ(stored->r(9, n), items->r(n, 3)) << n;
+  }
+
+  // Consulting the key shows the same selection, rows, codes, observations and total.
+  Text code = key;
+  InitArguments consult{u"AUTRE", code, u"", u"", u"", u"", u""};
+  ctl.TheDatabase(openDatabase(path));
+  ctl.Init(consult);
+  const Snapshot after = snapshot(ctl);
+  EXPECT_EQ(after.rows, before.rows);
+  EXPECT_EQ(after.codes, before.codes);
+  EXPECT_EQ(after.obs, before.obs);
+  EXPECT_EQ(after.duree, before.duree);
+  EXPECT_EQ(after.total, before.total);
+  Variable::resetAll();
+}
+
+}  // namespace
+}  // namespace velmora::testing
