@@ -14,7 +14,7 @@ Connection openReadOnly(const std::string& path) {
 
 }  // namespace
 
-constexpr std::array<const char*, 9> kSql = {
+constexpr std::array<const char*, 10> kSql = {
     "SELECT 1 FROM files WHERE name = ?1",
     "SELECT body FROM records WHERE file = ?1 AND key = ?2",
     "SELECT attribute, key_start, key_length FROM dictionary WHERE file = ?1 AND name = ?2",
@@ -24,6 +24,7 @@ constexpr std::array<const char*, 9> kSql = {
     "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 ORDER BY key",
     "BEGIN",
     "COMMIT",
+    "PRAGMA data_version",
 };
 
 ReadConnection::ReadConnection(const std::string& path) : path_(path), db_(openReadOnly(path)) {}
@@ -36,9 +37,27 @@ Statement& ReadConnection::statement(Kind kind) {
 
 ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {
   connection_.statement(kBegin).reset().run();
+  try {
+    connection_.refreshCaches();
+  } catch (...) {
+    sqlite3_exec(connection_.db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+  connection_.inSnapshot_ = true;
+}
+
+void ReadConnection::refreshCaches() {
+  Statement& version = statement(kDataVersion).reset();
+  const long long now = version.step() ? version.intColumn(0) : -1;
+  version.reset();
+  if (now == dataVersion_) return;
+  knownFiles_.clear();
+  knownItems_.clear();
+  dataVersion_ = now;
 }
 
 ReadConnection::Snapshot::~Snapshot() {
+  connection_.inSnapshot_ = false;
   // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
   try {
     connection_.statement(kCommit).reset().run();
@@ -48,9 +67,14 @@ ReadConnection::Snapshot::~Snapshot() {
 }
 
 bool ReadConnection::hasFile(const Text& name) {
+  if (inSnapshot_) {
+    const auto known = knownFiles_.find(name);
+    if (known != knownFiles_.end()) return known->second;
+  }
   statement(kFileExists).reset().bind(1, toUtf8(name));
   const bool found = statement(kFileExists).step();
   statement(kFileExists).reset();
+  if (inSnapshot_) knownFiles_.emplace(name, found);
   return found;
 }
 
@@ -67,15 +91,19 @@ std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) 
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {
-  statement(kReadItem).reset().bind(1, toUtf8(file)).bind(2, toUtf8(name));
-  if (!statement(kReadItem).step()) {
-    statement(kReadItem).reset();
-    return std::nullopt;
+  if (inSnapshot_) {
+    const auto known = knownItems_.find({file, name});
+    if (known != knownItems_.end()) return known->second;
   }
-  DictionaryItem item{file, name, static_cast<int>(statement(kReadItem).intColumn(0)),
-                      static_cast<int>(statement(kReadItem).intColumn(1)),
-                      static_cast<int>(statement(kReadItem).intColumn(2))};
-  statement(kReadItem).reset();
+  Statement& read = statement(kReadItem);
+  read.reset().bind(1, toUtf8(file)).bind(2, toUtf8(name));
+  std::optional<DictionaryItem> item;
+  if (read.step()) {
+    item = DictionaryItem{file, name, static_cast<int>(read.intColumn(0)),
+                          static_cast<int>(read.intColumn(1)), static_cast<int>(read.intColumn(2))};
+  }
+  read.reset();
+  if (inSnapshot_) knownItems_.emplace(std::make_pair(file, name), item);
   return item;
 }
 

@@ -5,9 +5,11 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "store/sqlite_support.h"
 #include "store/writer.h"
@@ -68,8 +70,12 @@ class ReadConnection {
     kScanRecordsTo,
     kBegin,
     kCommit,
+    kDataVersion,
     kKinds
   };
+  // Files and dictionary items change rarely: within a snapshot they are taken from
+  // caches that are emptied whenever another connection has changed the file since.
+  void refreshCaches();
   // Prepared at first use and kept: opening stays cheap, and the hot paths reuse them.
   Statement& statement(Kind kind);
 
@@ -77,6 +83,10 @@ class ReadConnection {
   Connection db_;
   std::array<std::optional<Statement>, kKinds> statements_;
   StoreStatistics statistics_;
+  bool inSnapshot_ = false;
+  long long dataVersion_ = -1;
+  std::map<Text, bool> knownFiles_;
+  std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
 };
 
 }  // namespace store

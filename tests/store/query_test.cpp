@@ -98,6 +98,11 @@ TEST(QueryOrder, EmptyThenNumbersByValueThenTextByCodeUnit) {
       const int c = compareOrdered(fromUtf8(ascending[i]), fromUtf8(ascending[j]));
       EXPECT_EQ(c < 0, i < j) << ascending[i] << " vs " << ascending[j];
       EXPECT_EQ(c == 0, i == j) << ascending[i] << " vs " << ascending[j];
+      // The prepared form that the sorts use agrees.
+      const int p = compareOrdered(store::OrderedText(fromUtf8(ascending[i])),
+                                   store::OrderedText(fromUtf8(ascending[j])));
+      EXPECT_EQ(p < 0, i < j) << ascending[i] << " vs " << ascending[j];
+      EXPECT_EQ(p == 0, i == j) << ascending[i] << " vs " << ascending[j];
     }
   }
 }
@@ -112,6 +117,15 @@ TEST(QueryOrder, EqualValuesAreBrokenByTextAndHugeNumbersCompareExactly) {
   EXPECT_LT(compareOrdered(u"1234567890123456789012345", u"1234567890123456789012346"), 0);
   EXPECT_LT(compareOrdered(u"0.1000000000000000000001", u"0.1000000000000000000002"), 0);
   EXPECT_LT(compareOrdered(u"-2", u"-1.99999999999999999999"), 0);
+  using store::OrderedText;
+  EXPECT_LT(compareOrdered(OrderedText(u"010"), OrderedText(u"10")), 0);
+  EXPECT_LT(compareOrdered(OrderedText(u"-0"), OrderedText(u"0")), 0);
+  EXPECT_GT(compareOrdered(OrderedText(u"-1.5"), OrderedText(u"-1.51")), 0);
+  EXPECT_LT(compareOrdered(OrderedText(u"0.1000000000000000000001"),
+                           OrderedText(u"0.1000000000000000000002")),
+            0);
+  EXPECT_GT(compareOrdered(OrderedText(u"\u00E9"), OrderedText(u"z")), 0);
+  EXPECT_LT(compareOrdered(OrderedText(u"z"), OrderedText(u"\uF8FD")), 0);
   EXPECT_TRUE(store::isQueryNumber(u"+0.50"));
   EXPECT_FALSE(store::isQueryNumber(u".5"));
   EXPECT_FALSE(store::isQueryNumber(u"5."));
@@ -494,6 +508,23 @@ TEST_F(QueryWords, UnknownFileAndNamesFailNamingThem) {
 
   const auto sortName = failureOf(db_, std::string("SSELECT TACHE PAR CodeAideSemType"));
   EXPECT_EQ(sortName.number, errors::kUnknownName);
+}
+
+TEST_F(QueryWords, AnOpenConnectionSeesFilesAndNamesAddedByTheWriter) {
+  EXPECT_EQ(failureOf(db_, std::string("SSELECT TACHE AVEC Groupe = \"G1\"")).number,
+            errors::kUnknownName);
+  EXPECT_EQ(failureOf(db_, std::string("SSELECT NOUVEAU")).number, errors::kUnknownFile);
+  Batch batch;
+  batch.defineItem(DictionaryItem{u"TACHE", u"Groupe", 2, 0, 0});
+  batch.putRecord(u"NOUVEAU", u"k", testing::makeRecord({{"v"}}));
+  account_.apply(batch);
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"G1\""), (Keys{"A1", "A2"}));
+  EXPECT_EQ(keys(db_, "SSELECT NOUVEAU"), Keys{"k"});
+  // A record the writer removes is gone for the same connection too.
+  Batch removal;
+  removal.deleteRecord(u"TACHE", u"A1");
+  account_.apply(removal);
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"G1\""), Keys{"A2"});
 }
 
 TEST_F(QueryWords, BadRequestRecordsFailClearly) {

@@ -70,14 +70,40 @@ bool isQueryNumber(TextView text) {
   return i > fractionStart && i == text.size();
 }
 
-int compareOrdered(TextView a, TextView b) {
-  const int ra = rank(a);
-  const int rb = rank(b);
+static int compareRanked(TextView a, int ra, TextView b, int rb) {
   if (ra != rb) return ra < rb ? -1 : 1;
   if (ra == 1) {
     if (const int c = compareNumbers(a, b); c != 0) return c;
   }
   return sign(a.compare(b));
+}
+
+int compareOrdered(TextView a, TextView b) {
+  return compareRanked(a, rank(a), b, rank(b));
+}
+
+OrderedText::OrderedText(TextView text) : text_(text), rank_(rank(text)) {
+  if (rank_ != 1) return;
+  const Decimal d = decimalOf(text_);
+  negative_ = d.negative;
+  wholeAt_ = static_cast<std::size_t>(d.whole.data() - text_.data());
+  wholeLength_ = d.whole.size();
+  fractionAt_ = d.fraction.empty() ? 0 : static_cast<std::size_t>(d.fraction.data() - text_.data());
+  fractionLength_ = d.fraction.size();
+}
+
+int compareOrdered(const OrderedText& a, const OrderedText& b) {
+  if (a.rank_ != b.rank_) return a.rank_ < b.rank_ ? -1 : 1;
+  if (a.rank_ == 1) {
+    const Decimal x{a.negative_, a.text_.substr(a.wholeAt_, a.wholeLength_),
+                    a.text_.substr(a.fractionAt_, a.fractionLength_)};
+    const Decimal y{b.negative_, b.text_.substr(b.wholeAt_, b.wholeLength_),
+                    b.text_.substr(b.fractionAt_, b.fractionLength_)};
+    if (x.negative != y.negative) return x.negative ? -1 : 1;
+    const int magnitude = compareMagnitude(x, y);
+    if (magnitude != 0) return x.negative ? -magnitude : magnitude;
+  }
+  return sign(a.text_.compare(b.text_));
 }
 
 }  // namespace velmora::store

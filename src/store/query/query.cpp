@@ -1,6 +1,7 @@
 #include "store/query/query.h"
 
 #include <algorithm>
+#include <deque>
 #include <optional>
 #include <string>
 
@@ -278,37 +279,42 @@ Text joined(const std::vector<Text>& values, char16_t mark) {
   return out;
 }
 
-Text sortText(const Plan& plan, const Row& row, const Field& field) {
+// The text a sort compares for a row: a view of what the row holds when it can be, else
+// a text made once and kept in made, which never moves its elements.
+TextView sortText(const Plan& plan, const Row& row, const Field& field, std::deque<Text>& made) {
   switch (field.kind) {
     case Field::Kind::Key:
       return row.key;
     case Field::Kind::KeyPart:
-      return keyPart(row.key, field);
-    case Field::Kind::Attribute:
-      return joined(valuesOf(plan, row, field.attribute), kValueMark);
+      return made.emplace_back(keyPart(row.key, field));
+    case Field::Kind::Attribute: {
+      const auto& values = valuesOf(plan, row, field.attribute);
+      if (values.size() == 1) return values.front();
+      return made.emplace_back(joined(values, kValueMark));
+    }
   }
   return {};
 }
 
-void sortRows(const Plan& plan, std::vector<Row>& rows) {
-  // Sort texts are worked out once per row, not once per comparison.
-  std::vector<std::vector<Text>> keys(rows.size());
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (const auto& sort : plan.sorts) keys[i].push_back(sortText(plan, rows[i], sort.field));
+// The order of the rows: indices into rows, which stay where they are.
+std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& rows) {
+  std::deque<Text> made;
+  const std::size_t width = plan.sorts.size();
+  std::vector<OrderedText> keys;  // width per row, worked out once, not once per comparison
+  keys.reserve(rows.size() * width);
+  for (const auto& row : rows) {
+    for (const auto& sort : plan.sorts) keys.emplace_back(sortText(plan, row, sort.field, made));
   }
   std::vector<std::size_t> order(rows.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    for (std::size_t s = 0; s < plan.sorts.size(); ++s) {
-      const int c = compareOrdered(keys[a][s], keys[b][s]);
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    for (std::size_t s = 0; s < width; ++s) {
+      const int c = compareOrdered(keys[a * width + s], keys[b * width + s]);
       if (c != 0) return plan.sorts[s].descending ? c > 0 : c < 0;
     }
-    return false;
+    return a < b;  // equal in every criterion: only when the key is not among them twice
   });
-  std::vector<Row> sorted;
-  sorted.reserve(rows.size());
-  for (const std::size_t i : order) sorted.push_back(std::move(rows[i]));
-  rows = std::move(sorted);
+  return order;
 }
 
 std::vector<Row> select(ReadConnection& connection, const Plan& plan) {
@@ -328,15 +334,24 @@ std::vector<Row> select(ReadConnection& connection, const Plan& plan) {
   return rows;
 }
 
-NorvikRecord answerOf(const Plan& plan, const std::vector<Row>& rows) {
+NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
+                      const std::vector<std::size_t>& order) {
   NorvikRecord answer;
-  for (const auto& row : rows) {
+  for (const std::size_t i : order) {
+    Row& row = rows[i];
     std::vector<Text> cells;
     cells.reserve(plan.columns.size());
     for (const int column : plan.columns) {
+      if (column == 0) {
+        cells.push_back(row.key);
+        continue;
+      }
       // Values of a multi-valued column become subvalues, so that one hit stays one
       // attribute and one column one value.
-      cells.push_back(column == 0 ? row.key : joined(valuesOf(plan, row, column), kSubvalueMark));
+      auto& values = row.attributes[static_cast<std::size_t>(
+          std::lower_bound(plan.attributes.begin(), plan.attributes.end(), column) -
+          plan.attributes.begin())];
+      cells.push_back(values.size() == 1 ? values.front() : joined(values, kSubvalueMark));
     }
     answer.appendAttribute(std::move(cells));
   }
@@ -358,8 +373,8 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const Plan plan = makePlan(connection, syntax, parts.r(3));
   ++connection.statistics().queries;
   std::vector<Row> rows = select(connection, plan);
-  sortRows(plan, rows);
-  return answerOf(plan, rows);
+  const auto order = sortedOrder(plan, rows);
+  return answerOf(plan, rows, order);
 }
 
 }  // namespace velmora::store
