@@ -50,8 +50,19 @@ class Init : public ::testing::Test {
   CtrInspector in{c};
 };
 
-TEST_F(Init, BareCodeTakesTheCriteriaAsPassed) {
-  InitArguments a{u"AUTRE", u"00001", u"23/11/2026", u"31/12/2026", u"08:30", u"10:00", u"0100000"};
+// The forms of Code decode alike in both vocabularies.
+class InitForms : public Init, public ::testing::WithParamInterface<const char16_t*> {
+ protected:
+  Text kind() const { return GetParam(); }
+  InitArguments args(std::string_view code) {
+    return InitArguments{kind(), fromUtf8(code), u"23/11/2026", u"", u"", u"", u""};
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(BothVocabularies, InitForms, ::testing::Values(u"AUTRE", u"SSIAD"));
+
+TEST_P(InitForms, BareCodeTakesTheCriteriaAsPassed) {
+  InitArguments a{kind(), u"00001", u"23/11/2026", u"31/12/2026", u"08:30", u"10:00", u"0100000"};
   c.Init(a);
   EXPECT_EQ(a.Code, u"00001");
   EXPECT_EQ(a.DateDeb, u"23/11/2026");
@@ -64,7 +75,7 @@ TEST_F(Init, BareCodeTakesTheCriteriaAsPassed) {
   EXPECT_EQ(in.W_CleLue(), kFalse);
   EXPECT_EQ(in.W_SemType(), kFalse);
   EXPECT_EQ(in.W_Flot(), kFalse);
-  EXPECT_EQ(in.W_TypeAct(), u"AUTRE");
+  EXPECT_EQ(in.W_TypeAct(), kind());
   // The bare forms leave the key's date alone.
   EXPECT_EQ(in.W_DateCle(), u"");
   // The parameter record stays read for the search.
@@ -72,8 +83,8 @@ TEST_F(Init, BareCodeTakesTheCriteriaAsPassed) {
   EXPECT_EQ(Variable::R_Param->r(20), u"0");
 }
 
-TEST_F(Init, BareFloatingCodeLosesItsFlagForTheCaller) {
-  InitArguments a{u"AUTRE", u"00001FLOT", u"23/11/2026", u"", u"8.5", u"10", u"101000"};
+TEST_P(InitForms, BareFloatingCodeLosesItsFlagForTheCaller) {
+  InitArguments a{kind(), u"00001FLOT", u"23/11/2026", u"", u"8.5", u"10", u"101000"};
   c.Init(a);
   EXPECT_EQ(a.Code, u"00001");
   EXPECT_EQ(in.W_Code(), u"00001");
@@ -84,15 +95,15 @@ TEST_F(Init, BareFloatingCodeLosesItsFlagForTheCaller) {
   EXPECT_EQ(in.W_HeureA(), u"10");
   EXPECT_EQ(in.W_Jour(), u"101000");
   // The flag goes wherever it stood: the last four characters are cut.
-  InitArguments b{u"AUTRE", u"FLOT00001", u"", u"", u"", u"", u""};
+  InitArguments b{kind(), u"FLOT00001", u"", u"", u"", u"", u""};
   c.Init(b);
   EXPECT_EQ(b.Code, u"FLOT0");
   EXPECT_EQ(in.W_Code(), u"FLOT0");
   EXPECT_EQ(in.W_Flot(), kTrue);
 }
 
-TEST_F(Init, DetailKeyGivesOneDayOfSeven) {
-  InitArguments a = args("AUTRE", kDetailKey);
+TEST_P(InitForms, DetailKeyGivesOneDayOfSeven) {
+  InitArguments a = args(kDetailKey);
   c.Init(a);
   EXPECT_EQ(a.Code, fromUtf8(kDetailKey));
   EXPECT_EQ(a.DateDeb, u"");
@@ -110,8 +121,8 @@ TEST_F(Init, DetailKeyGivesOneDayOfSeven) {
   EXPECT_EQ(Variable::R_DetailsInterv->r(2), u"1000");
 }
 
-TEST_F(Init, DetailKeyWithTheFloatingFlagGivesOneDayOfSix) {
-  InitArguments a = args("AUTRE", kDetailKey + "FLOT");
+TEST_P(InitForms, DetailKeyWithTheFloatingFlagGivesOneDayOfSix) {
+  InitArguments a = args(kDetailKey + "FLOT");
   c.Init(a);
   EXPECT_EQ(a.Code, fromUtf8(kDetailKey));
   EXPECT_EQ(in.W_Flot(), kTrue);
@@ -122,8 +133,8 @@ TEST_F(Init, DetailKeyWithTheFloatingFlagGivesOneDayOfSix) {
   EXPECT_EQ(in.W_Jour(), u"000100");
 }
 
-TEST_F(Init, TemplateKeyReadsSeventeenCharacters) {
-  InitArguments a = args("SSIAD", kTemplateKey + "SEMTYPE");
+TEST_P(InitForms, TemplateKeyReadsSeventeenCharacters) {
+  InitArguments a = args(kTemplateKey + "SEMTYPE");
   c.Init(a);
   // Nothing is cut when the key names a template.
   EXPECT_EQ(a.Code, fromUtf8(kTemplateKey + "SEMTYPE"));
@@ -141,8 +152,8 @@ TEST_F(Init, TemplateKeyReadsSeventeenCharacters) {
   EXPECT_EQ(Variable::R_SemType->r(2), u"0930");
 }
 
-TEST_F(Init, FloatingTemplateKeyReadsSixteenCharactersAndItsDays) {
-  InitArguments a = args("AUTRE", kFloatingKey + "SEMTYPEFLOT");
+TEST_P(InitForms, FloatingTemplateKeyReadsSixteenCharactersAndItsDays) {
+  InitArguments a = args(kFloatingKey + "SEMTYPEFLOT");
   c.Init(a);
   EXPECT_EQ(a.Code, fromUtf8(kFloatingKey + "SEMTYPEFLOT"));
   EXPECT_EQ(in.W_SemType(), kTrue);
@@ -157,16 +168,16 @@ TEST_F(Init, FloatingTemplateKeyReadsSixteenCharactersAndItsDays) {
   EXPECT_EQ(in.W_Jour(), u"101010");
 }
 
-TEST_F(Init, FloatingDaysLookAtDigitsZeroToFiveOnly) {
+TEST_P(InitForms, FloatingDaysLookAtDigitsZeroToFiveOnly) {
   account.put("TPSSEMAINETYPEFLOT", kFloatingKey,
               {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"6 5 1"}});
-  InitArguments a = args("AUTRE", kFloatingKey + "SEMTYPEFLOT");
+  InitArguments a = args(kFloatingKey + "SEMTYPEFLOT");
   c.Init(a);
   EXPECT_EQ(in.W_Jour(), u"010001");
 }
 
-TEST_F(Init, EmptyCodeIsADetailKeyThatFindsNothing) {
-  InitArguments a = args("AUTRE", "");
+TEST_P(InitForms, EmptyCodeIsADetailKeyThatFindsNothing) {
+  InitArguments a = args("");
   c.Init(a);
   EXPECT_EQ(in.W_Code(), u"");
   EXPECT_EQ(in.W_HeureDe(), u"");
@@ -175,22 +186,22 @@ TEST_F(Init, EmptyCodeIsADetailKeyThatFindsNothing) {
   EXPECT_EQ(a.DateDeb, u"");
 }
 
-TEST_F(Init, DayThatIsNotANumberSetsEveryDay) {
+TEST_P(InitForms, DayThatIsNotANumberSetsEveryDay) {
   const std::string key = std::string("I0042") + "00001" + k23Nov2026 + "XXXXXX" + "x" + "0850";
   account.put("TPSDETAILSINTERV", key, {{k31Dec2026}, {"1000"}});
-  InitArguments a = args("AUTRE", key);
+  InitArguments a = args(key);
   c.Init(a);
   EXPECT_EQ(in.W_Jour(), u"1111111");
   EXPECT_EQ(in.W_HeureA(), u"1000");
 }
 
-TEST_F(Init, AbsentKeyRecordLeavesFieldsFromTheLastRecordRead) {
-  InitArguments first = args("AUTRE", kDetailKey);
+TEST_P(InitForms, AbsentKeyRecordLeavesFieldsFromTheLastRecordRead) {
+  InitArguments first = args(kDetailKey);
   c.Init(first);
   ASSERT_EQ(in.W_HeureA(), u"1000");
   // Another intervention of another client, at another time, without a record.
   const std::string absent = std::string("I0099") + "00002" + k31Dec2026 + "XXXXXX" + "5" + "1400";
-  InitArguments second = args("AUTRE", absent);
+  InitArguments second = args(absent);
   c.Init(second);
   // Taken from the key: the new values.
   EXPECT_EQ(in.W_Code(), u"00002");
@@ -202,11 +213,11 @@ TEST_F(Init, AbsentKeyRecordLeavesFieldsFromTheLastRecordRead) {
   EXPECT_EQ(in.W_HeureA(), u"1000");
 }
 
-TEST_F(Init, AbsentKeyRecordOnAnEmptyCursorKeepsTheFormerValues) {
-  InitArguments bare{u"AUTRE", u"00001", u"23/11/2026", u"30/06/2027", u"08:30", u"11:45", u"1"};
+TEST_P(InitForms, AbsentKeyRecordOnAnEmptyCursorKeepsTheFormerValues) {
+  InitArguments bare{kind(), u"00001", u"23/11/2026", u"30/06/2027", u"08:30", u"11:45", u"1"};
   c.Init(bare);
   const std::string absent = std::string("I0099") + "00002" + k31Dec2026 + "XXXXXX" + "0" + "1400";
-  InitArguments key = args("AUTRE", absent);
+  InitArguments key = args(absent);
   c.Init(key);
   EXPECT_EQ(in.W_Code(), u"00002");
   EXPECT_EQ(in.W_DateFin(), u"30/06/2027");
@@ -214,18 +225,18 @@ TEST_F(Init, AbsentKeyRecordOnAnEmptyCursorKeepsTheFormerValues) {
   EXPECT_EQ(in.W_Jour(), u"1000000");
 }
 
-TEST_F(Init, DateThatIsNotADateKeepsTheKeyDate) {
-  InitArguments first = args("AUTRE", kDetailKey);
+TEST_P(InitForms, DateThatIsNotADateKeepsTheKeyDate) {
+  InitArguments first = args(kDetailKey);
   c.Init(first);
   ASSERT_EQ(in.W_DateCle(), u"21512");
-  InitArguments second = args("AUTRE", kDetailKey);
+  InitArguments second = args(kDetailKey);
   second.DateDeb = u"32/13/2026";
   c.Init(second);
   EXPECT_EQ(in.W_DateCle(), u"21512");
   EXPECT_EQ(second.DateDeb, u"");
   EXPECT_EQ(in.W_Jour(), u"0001000");
   // A bare code after it leaves the key's date as it was.
-  InitArguments bare{u"AUTRE", u"00001", u"01/01/2026", u"", u"", u"", u""};
+  InitArguments bare{kind(), u"00001", u"01/01/2026", u"", u"", u"", u""};
   c.Init(bare);
   EXPECT_EQ(in.W_DateCle(), u"21512");
 }
