@@ -39,26 +39,28 @@ void init(Ctr_VelmoraNew& control, const DatabaseRef& database, InitArguments ar
   control.Init(arguments);
 }
 
-// The store calls of each operation, recorded once before the timings.
-std::map<std::string, StoreCalls>& floors() {
+const InitArguments kCareWithoutTemplates = intervention(u"SSIAD", kClientWithoutAnything);
+const InitArguments kCareWithTemplates = intervention(u"SSIAD", clientCode(5002));
+const InitArguments kHomeHelpWithTemplates = intervention(u"AUTRE", clientCode(5001));
+
+// The store calls of an operation, recorded at the first use of its name, outside the
+// timings: an Init, or an Init followed by ticking the show-all box (only the tick counts).
+const StoreCalls& callsOf(const std::string& name) {
   static std::map<std::string, StoreCalls> recorded;
-  return recorded;
-}
-
-void recordInit(const std::string& name, const InitArguments& arguments) {
+  const auto found = recorded.find(name);
+  if (found != recorded.end()) return found->second;
+  const bool tick = name == "TickAllTasks";
+  const InitArguments& arguments = name == "InitCareCatalogue"   ? kCareWithoutTemplates
+                                   : name == "InitCareTemplates" ? kCareWithTemplates
+                                                                 : kHomeHelpWithTemplates;
   auto calls = std::make_shared<StoreCalls>();
   Ctr_VelmoraNew control;
   init(control, recordingDatabase(account().database, calls), arguments);
-  floors()[name] = *calls;
-}
-
-void recordTick(const std::string& name, const InitArguments& arguments) {
-  auto calls = std::make_shared<StoreCalls>();
-  Ctr_VelmoraNew control;
-  init(control, recordingDatabase(account().database, calls), arguments);
-  calls->clear();
-  control.Cac_TouteTache.toggle();
-  floors()[name] = *calls;
+  if (tick) {
+    calls->clear();
+    control.Cac_TouteTache.toggle();
+  }
+  return recorded[name] = *calls;
 }
 
 void countersOf(benchmark::State& state, const Ctr_VelmoraNew& control, const StoreCalls& calls) {
@@ -70,19 +72,16 @@ void countersOf(benchmark::State& state, const Ctr_VelmoraNew& control, const St
 }
 
 void runInit(benchmark::State& state, const std::string& name, const InitArguments& arguments) {
+  const StoreCalls& calls = callsOf(name);
   Ctr_VelmoraNew control;
   for (auto _ : state) init(control, account().database, arguments);
-  countersOf(state, control, floors()[name]);
+  countersOf(state, control, calls);
 }
 
 void runFloor(benchmark::State& state, const std::string& name) {
-  const StoreCalls& calls = floors()[name];
+  const StoreCalls& calls = callsOf(name);
   for (auto _ : state) replay(calls, account().database);
 }
-
-const InitArguments kCareWithoutTemplates = intervention(u"SSIAD", kClientWithoutAnything);
-const InitArguments kCareWithTemplates = intervention(u"SSIAD", clientCode(5002));
-const InitArguments kHomeHelpWithTemplates = intervention(u"AUTRE", clientCode(5001));
 
 void InitCareCatalogue(benchmark::State& state) {
   runInit(state, "InitCareCatalogue", kCareWithoutTemplates);
@@ -108,12 +107,13 @@ void InitHomeHelpTemplatesFloor(benchmark::State& state) {
 // The planner ticks "Afficher toutes les tâches"; unticking (which searches again) is
 // left out of the timing.
 void TickAllTasks(benchmark::State& state) {
+  const StoreCalls& calls = callsOf("TickAllTasks");
   Ctr_VelmoraNew control;
   init(control, account().database, kHomeHelpWithTemplates);
   for (auto _ : state) {
     control.Cac_TouteTache.toggle();
     state.PauseTiming();
-    countersOf(state, control, floors()["TickAllTasks"]);
+    countersOf(state, control, calls);
     control.Cac_TouteTache.toggle();
     state.ResumeTiming();
   }
@@ -139,10 +139,6 @@ BENCHMARK(InitHomeHelpTemplatesFloor)->Unit(benchmark::kMicrosecond)->MinTime(2)
 int main(int argc, char** argv) {
   using namespace velmora::bench;
   account();  // builds the large account before any timing
-  recordInit("InitCareCatalogue", kCareWithoutTemplates);
-  recordInit("InitCareTemplates", kCareWithTemplates);
-  recordInit("InitHomeHelpTemplates", kHomeHelpWithTemplates);
-  recordTick("TickAllTasks", kHomeHelpWithTemplates);
   return runWithSummary(argc, argv,
                         {RatioGoal{"InitCareCatalogue", "InitCareCatalogueFloor", 2.0},
                          RatioGoal{"TickAllTasks", "TickAllTasksFloor", 2.0},
