@@ -228,6 +228,16 @@ TEST_F(QueryWords, ParDecrSortsDescendingAndTiesStayInAscendingKeyOrder) {
   EXPECT_EQ(keys(db_, "SSELECT TACHE PAR-DECR 0"), keys(db_, "SSELECT TACHE PAR-DECR @ID"));
 }
 
+TEST_F(QueryWords, TheKeyIsTheLastCriterionInTheSameOrder) {
+  // Stored order is by code unit ("10" < "100" < "9"); the answer's order is by value.
+  for (const char* key : {"10", "100", "9", "-1", "x"}) account_.put("NOMBRES", key, {{"same"}});
+  const auto db = account_.open();
+  EXPECT_EQ(keys(db, "SSELECT NOMBRES"), (Keys{"-1", "9", "10", "100", "x"}));
+  EXPECT_EQ(keys(db, "SSELECT NOMBRES PAR 1"), (Keys{"-1", "9", "10", "100", "x"}));
+  EXPECT_EQ(keys(db, "SSELECT NOMBRES PAR-DECR 1"), (Keys{"-1", "9", "10", "100", "x"}));
+  EXPECT_EQ(keys(db, "SELECT NOMBRES PAR-DECR 0"), (Keys{"x", "100", "10", "9", "-1"}));
+}
+
 TEST_F(QueryWords, SeveralParSortOnTheFirstThenTheNext) {
   // Attribute 4: "" (C) < "N" (A1 B1 B2 Ménage) < "O" (A2); then attribute 5 by value.
   EXPECT_EQ(keys(db_, "SSELECT TACHE PAR 4 PAR 5"), (Keys{"C", "B2", "Ménage", "A1", "B1", "A2"}));
