@@ -42,13 +42,9 @@ TaskAnswers runCatalogueQueries() {
   return answers;
 }
 
-// The durations of R_TableDurees, or nothing when the table does not exist.
+// The durations of R_TableDurees, or nothing when the table does not exist yet.
 std::optional<search::DurationOverrides> knownDurations() {
-  Err.Clear();
-  int count = 0;
-  resumeNext([&] { count = R_TableDurees->DCount(); });
-  if (Err.Number != 0) return std::nullopt;
-  (void)count;
+  if (R_TableDurees.empty()) return std::nullopt;
   return search::DurationOverrides(*R_TableDurees);
 }
 
