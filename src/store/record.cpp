@@ -10,13 +10,14 @@ namespace {
 
 const Text kEmpty;
 
-bool isEmptyAttribute(const std::vector<Text>& a) { return a.size() == 1 && a.front().empty(); }
+bool isEmptyAttribute(const std::vector<Text>& a) {
+  return a.size() == 1 && a.front().empty();
+}
 
 void checkNumber(int n, const char* what) {
   if (n < 1) {
-    throw Failure(errors::kInvalidCall,
-                  std::string("invalid call: ") + what + " number " + std::to_string(n) +
-                      " must be 1 or more");
+    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " number " +
+                                            std::to_string(n) + " must be 1 or more");
   }
 }
 
@@ -123,7 +124,8 @@ void NorvikRecord::set(int attribute, int value, TextView text) {
   }
   ensureAttribute(attribute);
   auto& values = attributes_[attribute - 1];
-  if (static_cast<std::size_t>(value) > values.size()) values.resize(static_cast<std::size_t>(value));
+  if (static_cast<std::size_t>(value) > values.size())
+    values.resize(static_cast<std::size_t>(value));
   values[value - 1] = Text(text);
 }
 

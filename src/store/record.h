@@ -58,6 +58,8 @@ class NorvikRecord {
 
 using RecordRef = Ref<NorvikRecord>;
 
-inline RecordRef newRecord() { return RecordRef::make(); }
+inline RecordRef newRecord() {
+  return RecordRef::make();
+}
 
 }  // namespace velmora

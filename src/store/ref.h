@@ -17,7 +17,8 @@ class Ref {
   Ref() = default;
   Ref(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): "Set x = Nothing"
   template <class U>
-  Ref(std::shared_ptr<U> object) : object_(std::move(object)) {}  // NOLINT(google-explicit-constructor)
+  Ref(std::shared_ptr<U> object)
+      : object_(std::move(object)) {}  // NOLINT(google-explicit-constructor)
   template <class U>
   Ref(const Ref<U>& other) : object_(other.shared()) {}  // NOLINT(google-explicit-constructor)
 
