@@ -119,6 +119,8 @@ void DemoWindow::runInit() {
     control_.TheDatabase(openDatabase(database_));
     control_.Init(a);
     view_->refreshLists();
+    // The host reads the total after Init too: the search may have selected items.
+    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
     setStatus(QStringLiteral("Init sur %1 : %2 proposition(s), %3 choisie(s).")
                   .arg(toQString(code))
                   .arg(control_.Lst_Possible.ListCount())

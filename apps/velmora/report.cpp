@@ -10,7 +10,11 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string inQuotes(TextView t) {
-  return "\"" + toUtf8(t) + "\"";
+  // Built by appending: GCC 12 at -O3 warns falsely (-Wrestrict) on "\"" + string.
+  std::string out(1, '"');
+  out += toUtf8(t);
+  out += '"';
+  return out;
 }
 
 std::vector<std::string> rowsOf(const toolkit::ListBox& list) {
