@@ -1,67 +1,16 @@
 #include "qt/sample_database.h"
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
-#include <vector>
 
-#include "base/failure.h"
-#include "store/exchange.h"
-#include "store/writer.h"
+#include "store/sample_account.h"
 
 namespace velmora::qt {
 
-namespace fs = std::filesystem;
-
-namespace {
-
-std::vector<fs::path> exchangeFiles(const fs::path& directory) {
-  std::error_code ec;
-  if (!fs::is_directory(directory, ec)) {
-    throw Failure(errors::kBadImport, directory.string() + ": no such directory");
-  }
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(directory)) {
-    if (entry.is_regular_file() && entry.path().extension() == ".jsonl") {
-      files.push_back(entry.path());
-    }
-  }
-  std::sort(files.begin(), files.end());
-  if (files.empty()) throw Failure(errors::kBadImport, directory.string() + ": no *.jsonl file");
-  return files;
-}
-
-Batch readAll(const std::vector<fs::path>& files) {
-  Batch all;
-  for (const auto& file : files) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw Failure(errors::kBadImport, file.string() + ": cannot be read");
-    all.append(readExchange(in, file.string()));
-  }
-  return all;
-}
-
-}  // namespace
-
 void ensureSampleDatabase(const std::string& path, const std::string& sampleDir) {
   std::error_code ec;
-  if (fs::exists(path, ec)) return;
-  const Batch batch = readAll(exchangeFiles(sampleDir));
-  // Built aside and renamed into place, so that an interrupted build leaves nothing
-  // that the next run would take for a store.
-  const std::string building = path + ".building";
-  fs::remove(building, ec);
-  try {
-    StoreWriter(building, StoreWriter::Sync::Fast).apply(batch);
-    fs::rename(building, path);
-  } catch (const Failure&) {
-    fs::remove(building, ec);
-    throw;
-  } catch (const fs::filesystem_error& e) {
-    fs::remove(building, ec);
-    throw Failure(errors::kDatabase, e.what());
-  }
+  if (std::filesystem::exists(path, ec)) return;
+  buildSampleDatabase(path, sampleDir);
 }
 
 }  // namespace velmora::qt

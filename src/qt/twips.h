@@ -34,10 +34,10 @@ inline QColor toQColor(const toolkit::Rgb& rgb) {
   return {rgb.red, rgb.green, rgb.blue};
 }
 
-inline QFont toQFont(const toolkit::FontSpec& spec) {
-  QFont font(QString::fromStdString(spec.family));
-  font.setPointSizeF(spec.points);
-  font.setBold(spec.bold);
+inline QFont toQFont(const toolkit::FontSpec& wanted) {
+  QFont font(QString::fromStdString(wanted.family));
+  font.setPointSizeF(wanted.points);
+  font.setBold(wanted.bold);
   return font;
 }
 
