@@ -8,37 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "cli/run_velmora.h"
 #include "support/account.h"
 
 namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string quoted(const std::string& word) {
-  std::string q = "'";
-  for (const char c : word) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
-  return q + "'";
-}
-
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using cli_test::Outcome;
+using cli_test::runVelmora;
+using cli_test::shellWord;
+using cli_test::slurp;
 
 void spit(const fs::path& path, const std::string& text) {
   std::ofstream out(path, std::ios::binary);
@@ -47,19 +27,7 @@ void spit(const fs::path& path, const std::string& text) {
 
 class Cli : public ::testing::Test {
  protected:
-  Outcome run(const std::vector<std::string>& args) {
-    std::string command = quoted(VELMORA_CLI);
-    for (const auto& a : args) command += " " + quoted(a);
-    const fs::path out = dir() / "stdout.txt";
-    const fs::path err = dir() / "stderr.txt";
-    command += " >" + quoted(out.string()) + " 2>" + quoted(err.string()) + " </dev/null";
-    const int raw = std::system(command.c_str());
-    Outcome o;
-    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    o.out = slurp(out);
-    o.err = slurp(err);
-    return o;
-  }
+  Outcome run(const std::vector<std::string>& args) { return runVelmora(args, dir()); }
 
   fs::path dir() const { return account_.directory(); }
   std::string db() const { return account_.path(); }

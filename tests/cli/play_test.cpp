@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string>
 
+#include "cli/run_velmora.h"
 #include "support/account.h"
 
 namespace velmora::testing {
@@ -17,19 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
-
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+using cli_test::Outcome;
+using cli_test::slurp;
 
 class Play : public ::testing::Test {
  protected:

@@ -10,37 +10,16 @@
 #include <string>
 #include <vector>
 
+#include "cli/run_velmora.h"
 #include "support/account.h"
 
 namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string shellWord(const std::string& word) {
-  std::string q = "'";
-  for (const char c : word) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
-  return q + "'";
-}
-
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using cli_test::Outcome;
+using cli_test::runVelmora;
+using cli_test::slurp;
 
 // Rows written out by hand: three columns of 26, then the duration.
 std::string col(const std::string& utf8) {
@@ -76,18 +55,8 @@ class Propose : public ::testing::Test {
                  {"Gants", ""}});
   }
 
-  Outcome run(std::vector<std::string> args) {
-    std::string command = shellWord(VELMORA_CLI);
-    for (const auto& a : args) command += " " + shellWord(a);
-    const fs::path out = fs::path(account.directory()) / "stdout.txt";
-    const fs::path err = fs::path(account.directory()) / "stderr.txt";
-    command += " >" + shellWord(out.string()) + " 2>" + shellWord(err.string()) + " </dev/null";
-    const int raw = std::system(command.c_str());
-    Outcome o;
-    o.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    o.out = slurp(out);
-    o.err = slurp(err);
-    return o;
+  Outcome run(const std::vector<std::string>& args) {
+    return runVelmora(args, account.directory());
   }
 
   const std::string linge = col("T-LINGE") + col("G-LINGE") + col("Repassage");
