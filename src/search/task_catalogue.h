@@ -10,9 +10,9 @@
 #pragma once
 
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
+#include "base/text_map.h"
 #include "store/record.h"
 
 namespace velmora::search {
@@ -44,15 +44,7 @@ class DurationOverrides {
   const Override* find(TextView code) const;
 
  private:
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(TextView v) const { return std::hash<TextView>{}(v); }
-  };
-  struct Equal {
-    using is_transparent = void;
-    bool operator()(TextView a, TextView b) const { return a == b; }
-  };
-  std::unordered_map<Text, Override, Hash, Equal> byCode_;
+  TextMap<Override> byCode_;
 };
 
 // The row with positions 1-80 kept and d right-aligned in positions 81-85; a d wider

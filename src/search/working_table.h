@@ -5,9 +5,9 @@
 // merge that owns it.
 #pragma once
 
-#include <unordered_map>
 
 #include "base/text.h"
+#include "base/text_map.h"
 #include "store/record.h"
 
 namespace velmora::search {
@@ -29,20 +29,11 @@ class TableScan {
   void noteWritten(const NorvikRecord& table, int row);
 
  private:
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(TextView v) const { return std::hash<TextView>{}(v); }
-  };
-  struct Equal {
-    using is_transparent = void;
-    bool operator()(TextView a, TextView b) const { return a == b; }
-  };
-
   void advanceFirstEmpty(const NorvikRecord& table);
 
   int firstEmpty_ = 1;
   // First non-empty row for each value 1.
-  std::unordered_map<Text, int, Hash, Equal> firstRow_;
+  TextMap<int> firstRow_;
 };
 
 }  // namespace velmora::search
