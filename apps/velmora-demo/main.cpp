@@ -30,7 +30,7 @@ bool wantsScreenshot(int argc, char** argv) {
 std::string defaultDatabase() {
   const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
   QDir().mkpath(dir);
-  const std::string path = QDir(dir).filePath(QStringLiteral("velmora-sample.db")).toStdString();
+  std::string path = QDir(dir).filePath(QStringLiteral("velmora-sample.db")).toStdString();
   velmora::qt::ensureSampleDatabase(path, VELMORA_SAMPLE_DIR);
   return path;
 }

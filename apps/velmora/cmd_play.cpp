@@ -1,6 +1,7 @@
 // velmora play: plays a script of host calls and planner's gestures on the control, with
 // no screen, and prints the state where the script asks for it. The question box and
 // the observations dialog take their answers from the script.
+#include <array>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -157,8 +158,9 @@ class Player {
     // The host sets the connection before each Init: Vider_liste gives it back.
     control_.TheDatabase(db_);
     InitArguments a;
-    Text* fields[] = {&a.TypeAct, &a.Code, &a.DateDeb, &a.DateFin, &a.HeureDe, &a.HeureA, &a.Jour};
-    for (std::size_t i = 0; i < 7; ++i) *fields[i] = fromUtf8(step.words[i]);
+    const std::array<Text*, 7> fields{&a.TypeAct, &a.Code,   &a.DateDeb, &a.DateFin,
+                                      &a.HeureDe, &a.HeureA, &a.Jour};
+    for (std::size_t i = 0; i < fields.size(); ++i) *fields[i] = fromUtf8(step.words[i]);
     control_.Init(a);
   }
 

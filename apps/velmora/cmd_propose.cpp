@@ -1,6 +1,7 @@
 // velmora propose and velmora consult: the control without a screen. Each creates the
 // control on a read-only connection, calls Init as a host would and prints what the
 // planner would see.
+#include <array>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -30,7 +31,7 @@ Text kindOf(Arguments& args) {
 Text dateOption(Arguments& args, const char* name, const Text& fallback) {
   const auto given = args.option(name);
   if (!given) return fallback;
-  const Text date = fromUtf8(*given);
+  Text date = fromUtf8(*given);
   try {
     NorvikDates().TexteVersDate(date);
   } catch (const Failure& failure) {
@@ -43,7 +44,8 @@ Text today() {
   const auto now = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
   const std::chrono::year_month_day ymd{now};
   return NorvikDates().DateVersTexte(
-      numberText(daysFromCivil(int(ymd.year()), unsigned(ymd.month()), unsigned(ymd.day()))));
+      numberText(daysFromCivil(int(ymd.year()), static_cast<int>(unsigned(ymd.month())),
+                               static_cast<int>(unsigned(ymd.day())))));
 }
 
 // Weekday of a date text: 0 is lundi. Day 0 of the store, 31/12/1967, was a Sunday.
@@ -108,11 +110,11 @@ bool clientKnown(const DatabaseRef& db, const Text& client) {
     }
   }
   const Text q = u"\"";
-  const std::pair<Text, Text> probes[] = {
+  const std::array<std::pair<Text, Text>, 3> probes{{
       {u"SSELECT AIDEDETAILTACHE AVEC @ID = " + q + client + u"]" + q, u"AIDEDETAILTACHE"},
       {u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = " + q + client + q, u"TPSSEMAINETYPE"},
       {u"SSELECT TPSSEMAINETYPEFLOT AVEC CodeAideFlot = " + q + client + q, u"TPSSEMAINETYPEFLOT"},
-  };
+  }};
   for (const auto& [query, file] : probes) {
     NorvikRecord request;
     request.set(1, query);

@@ -27,6 +27,7 @@ std::vector<std::string> rowsOf(const toolkit::ListBox& list) {
 // The observation of each selected row: attribute n + 1 of R_Obs for row n.
 std::vector<std::string> observations(int rows) {
   std::vector<std::string> out;
+  out.reserve(static_cast<std::size_t>(std::max(rows, 0)));
   const RecordRef& obs = Variable::R_Obs;
   for (int i = 0; i < rows; ++i) out.push_back(obs.empty() ? "" : toUtf8(obs->r(i + 1)));
   return out;

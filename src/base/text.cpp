@@ -1,5 +1,6 @@
 #include "base/text.h"
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
@@ -57,7 +58,7 @@ Text fromUtf8(std::string_view utf8) {
       }
       cp = (cp << 6) | (c & 0x3F);
     }
-    static constexpr char32_t kMinimum[] = {0, 0, 0x80, 0x800, 0x10000};
+    static constexpr std::array<char32_t, 5> kMinimum{0, 0, 0x80, 0x800, 0x10000};
     if (!ok || cp < kMinimum[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
       out.push_back(kReplacement);
       ++i;
@@ -128,7 +129,9 @@ std::ptrdiff_t instr(TextView hay, TextView needle, std::ptrdiff_t start) {
   return at == TextView::npos ? 0 : static_cast<std::ptrdiff_t>(at) + 1;
 }
 
-Text spaces(std::ptrdiff_t n) { return n > 0 ? Text(static_cast<std::size_t>(n), u' ') : Text{}; }
+Text spaces(std::ptrdiff_t n) {
+  return n > 0 ? Text(static_cast<std::size_t>(n), u' ') : Text{};
+}
 
 Text padRight(TextView v, std::ptrdiff_t width) {
   Text out(v);
@@ -160,7 +163,9 @@ std::optional<double> parseNumber(TextView v) {
   return std::strtod(narrow.c_str(), nullptr);
 }
 
-Text numberText(long long n) { return fromUtf8(std::to_string(n)); }
+Text numberText(long long n) {
+  return fromUtf8(std::to_string(n));
+}
 
 Text zeroPadded(double value, int digits) {
   const double rounded = std::round(value);  // halves away from zero, as the format does

@@ -74,7 +74,7 @@ NorvikRecord interventionRecord(const Intervention& i, const NorvikRecord& items
 
 Text storeSelection(const std::string& databasePath, const Intervention& intervention,
                     const NorvikRecord& items) {
-  const Text key = detailKey(intervention);
+  Text key = detailKey(intervention);
   Batch batch;
   batch.putRecord(u"TPSDETAILSINTERV", key, interventionRecord(intervention, items));
   StoreWriter(databasePath).apply(batch);

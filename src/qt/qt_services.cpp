@@ -93,6 +93,7 @@ int QtServices::MsgBox(TextView prompt, int style, TextView title) {
                   dialogParent());
   const std::vector<Answer> answers = buttonsOf(style);
   std::vector<std::pair<QAbstractButton*, int>> codes;
+  codes.reserve(answers.size());
   for (const Answer& answer : answers)
     codes.emplace_back(box.addButton(answer.button), answer.code);
   const auto chosenDefault = static_cast<size_t>(defaultButtonOf(style));

@@ -27,7 +27,7 @@ inline QString toQString(TextView text) {
 }
 
 inline Text fromQString(const QString& text) {
-  return Text(reinterpret_cast<const char16_t*>(text.utf16()), static_cast<size_t>(text.size()));
+  return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<size_t>(text.size())};
 }
 
 inline QColor toQColor(const toolkit::Rgb& rgb) {

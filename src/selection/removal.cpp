@@ -6,9 +6,9 @@
 namespace velmora {
 
 namespace {
-constexpr char16_t kQuestionTitle[] = u"Message TALVERANE";
-constexpr char16_t kQuestionAct[] = u"Etes-vous sûr de vouloir supprimer cet acte ?";
-constexpr char16_t kQuestionTask[] = u"Etes-vous sûr de vouloir supprimer cette tâche ?";
+constexpr std::u16string_view kQuestionTitle = u"Message TALVERANE";
+constexpr std::u16string_view kQuestionAct = u"Etes-vous sûr de vouloir supprimer cet acte ?";
+constexpr std::u16string_view kQuestionTask = u"Etes-vous sûr de vouloir supprimer cette tâche ?";
 }  // namespace
 
 void Ctr_VelmoraNew::Cmd_SupprVelmora_Click() {

@@ -26,7 +26,7 @@ bool isLeap(int year) {
 }
 
 int daysInMonth(int year, int month) {
-  static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  static constexpr std::array<int, 12> kDays{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   return month == 2 && isLeap(year) ? 29 : kDays[month - 1];
 }
 

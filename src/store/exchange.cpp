@@ -89,7 +89,7 @@ DictionaryItem itemOf(const Json& object, const LineError& fail) {
   DictionaryItem item{stringMember(object, "dictionary", fail), stringMember(object, "name", fail)};
   const bool hasKey = object.contains("key");
   const bool hasAttribute = object.contains("attribute");
-  if (hasKey == hasAttribute) fail("a dictionary item needs either \"key\" or \"attribute\"");
+  if (hasKey == hasAttribute) fail(R"(a dictionary item needs either "key" or "attribute")");
   if (hasAttribute) {
     item.attribute = positiveInt(object["attribute"], "\"attribute\"", 0, fail);
     return item;
@@ -108,7 +108,7 @@ void addLine(Batch& batch, const Json& object, const LineError& fail) {
       batch.defineItem(itemOf(object, fail));
       return;
     }
-    if (!object.contains("file")) fail("expected \"file\" or \"dictionary\"");
+    if (!object.contains("file")) fail(R"(expected "file" or "dictionary")");
     if (!object.contains("key") && !object.contains("record")) {
       checkMembers(object, {"file"}, fail);
       batch.createFile(stringMember(object, "file", fail));

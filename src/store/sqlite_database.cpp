@@ -48,7 +48,7 @@ FileRef SqliteDatabase::OpenFile(const Text& Nom) {
     throw Failure(errors::kUnknownFile,
                   "unknown file \"" + toUtf8(Nom) + "\" in database " + path());
   }
-  return FileRef(std::make_shared<SqliteFile>(connection_, Nom));
+  return {std::make_shared<SqliteFile>(connection_, Nom)};
 }
 
 RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/, long& Nombre) {
@@ -58,7 +58,7 @@ RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/,
 }
 
 DatabaseRef openDatabase(const std::string& path) {
-  return DatabaseRef(std::make_shared<SqliteDatabase>(path));
+  return {std::make_shared<SqliteDatabase>(path)};
 }
 
 StoreStatistics statistics(const DatabaseRef& database) {
