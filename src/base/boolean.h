@@ -9,6 +9,8 @@ using Boolean = std::int16_t;
 inline constexpr Boolean kTrue = -1;
 inline constexpr Boolean kFalse = 0;
 
-inline constexpr Boolean toBoolean(bool b) { return b ? kTrue : kFalse; }
+inline constexpr Boolean toBoolean(bool b) {
+  return b ? kTrue : kFalse;
+}
 
 }  // namespace velmora

@@ -11,14 +11,16 @@ namespace velmora {
 Currency Currency::fromDouble(double v) {
   const double scaled = std::nearbyint(v * 10000.0);  // default rounding mode: halves to even
   if (!std::isfinite(scaled) || std::fabs(scaled) >= 9.2e18) {
-    throw Failure(errors::kOverflow, "overflow: " + std::to_string(v) + " is out of Currency range");
+    throw Failure(errors::kOverflow,
+                  "overflow: " + std::to_string(v) + " is out of Currency range");
   }
   return fromUnits(static_cast<std::int64_t>(scaled));
 }
 
 Currency Currency::fromText(TextView v) {
   const auto number = parseNumber(v);
-  if (!number) throw Failure(errors::kTypeMismatch, "type mismatch: '" + toUtf8(v) + "' is not a number");
+  if (!number)
+    throw Failure(errors::kTypeMismatch, "type mismatch: '" + toUtf8(v) + "' is not a number");
   return fromDouble(*number);
 }
 

@@ -27,10 +27,20 @@ class Currency {
   // The platform's text of the value: "65", "-5", "12.5".
   Text toText() const;
 
-  friend constexpr Currency operator+(Currency a, Currency b) { return fromUnits(a.units_ + b.units_); }
-  friend constexpr Currency operator-(Currency a, Currency b) { return fromUnits(a.units_ - b.units_); }
-  Currency& operator+=(Currency b) { units_ += b.units_; return *this; }
-  Currency& operator-=(Currency b) { units_ -= b.units_; return *this; }
+  friend constexpr Currency operator+(Currency a, Currency b) {
+    return fromUnits(a.units_ + b.units_);
+  }
+  friend constexpr Currency operator-(Currency a, Currency b) {
+    return fromUnits(a.units_ - b.units_);
+  }
+  Currency& operator+=(Currency b) {
+    units_ += b.units_;
+    return *this;
+  }
+  Currency& operator-=(Currency b) {
+    units_ -= b.units_;
+    return *this;
+  }
   friend constexpr auto operator<=>(Currency, Currency) = default;
 
  private:

@@ -22,8 +22,7 @@ inline constexpr long kBadImport = -2147221488;       // an import file that can
 
 class Failure : public std::runtime_error {
  public:
-  Failure(long number, const std::string& message)
-      : std::runtime_error(message), number_(number) {}
+  Failure(long number, const std::string& message) : std::runtime_error(message), number_(number) {}
   long number() const noexcept { return number_; }
 
  private:

@@ -16,7 +16,9 @@ Text fromUtf8(std::string_view utf8);
 std::string toUtf8(TextView text);
 
 // u"..." literals are UTF-16 already; this is for narrow literals in tests and tools.
-inline Text operator""_t(const char* s, std::size_t n) { return fromUtf8({s, n}); }
+inline Text operator""_t(const char* s, std::size_t n) {
+  return fromUtf8({s, n});
+}
 
 // Leftmost n code units (all of it when shorter).
 Text left(TextView v, std::ptrdiff_t n);

@@ -62,7 +62,9 @@ class Ctr_VelmoraNew {
   // ---- Public procedures ----
   void Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFin, Text& HeureDe, Text& HeureA,
             Text& Jour);
-  void Init(InitArguments& a) { Init(a.TypeAct, a.Code, a.DateDeb, a.DateFin, a.HeureDe, a.HeureA, a.Jour); }
+  void Init(InitArguments& a) {
+    Init(a.TypeAct, a.Code, a.DateDeb, a.DateFin, a.HeureDe, a.HeureA, a.Jour);
+  }
   void Vider_liste();
   void Remplir_Soins();
   void MAJ_Enr();

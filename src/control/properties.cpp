@@ -2,8 +2,12 @@
 
 namespace velmora {
 
-void Ctr_VelmoraNew::TheClient(const ClientRef& vNewValue) { Variable::TheClient = vNewValue; }
+void Ctr_VelmoraNew::TheClient(const ClientRef& vNewValue) {
+  Variable::TheClient = vNewValue;
+}
 
-void Ctr_VelmoraNew::TheDatabase(const DatabaseRef& vNewValue) { Variable::TheDatabase = vNewValue; }
+void Ctr_VelmoraNew::TheDatabase(const DatabaseRef& vNewValue) {
+  Variable::TheDatabase = vNewValue;
+}
 
 }  // namespace velmora

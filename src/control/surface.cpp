@@ -17,7 +17,8 @@ const FontSpec kWarningFont{"MS Sans Serif", 13.5, false};
 }  // namespace
 
 Ctr_VelmoraNew::Ctr_VelmoraNew()
-    : Cac_TouteTache("Cac_TouteTache", Geometry{120, 120, 2415, 255}, 22, u"Afficher toutes les tâches", 1),
+    : Cac_TouteTache("Cac_TouteTache", Geometry{120, 120, 2415, 255}, 22,
+                     u"Afficher toutes les tâches", 1),
       Cdr_Soins("Cdr_Soins", Geometry{0, 480, 9930, 5415}, 0),
       Lst_CodePos("Lst_CodePos", Geometry{7560, 1560, 855, 840}, 24, true),
       Lst_CodeSelect("Lst_CodeSelect", Geometry{7680, 3840, 855, 645}, 23, false),
@@ -71,12 +72,15 @@ Ctr_VelmoraNew::Ctr_VelmoraNew()
 }
 
 std::vector<toolkit::Control*> Ctr_VelmoraNew::controls() {
-  return {&Cac_TouteTache,  &Cdr_Soins,      &Lst_CodePos,        &Lst_CodeSelect,  &Txt_Barre1,
-          &Txt_Duree,       &Cmd_SupprVelmora, &Txt_DureeSoin,    &Cmd_AnnulerVelmora,
-          &Cmd_OKVelmora,   &Lst_Selectionne, &Lst_Possible,      &Cmd_Select,      &Cmd_Obs,
-          &Label1,          &Etq_Imperativite, &Label6,           &Label5,          &Label3,
-          &Etq_Sel3,        &Etq_DureeTotale, &Etq_Duree,         &Etq_Pos1,        &Etq_Pos2,
-          &Etq_Pos3,        &Etq_Sel2,        &Etq_Sel1};
+  return {&Cac_TouteTache,   &Cdr_Soins,       &Lst_CodePos,
+          &Lst_CodeSelect,   &Txt_Barre1,      &Txt_Duree,
+          &Cmd_SupprVelmora, &Txt_DureeSoin,   &Cmd_AnnulerVelmora,
+          &Cmd_OKVelmora,    &Lst_Selectionne, &Lst_Possible,
+          &Cmd_Select,       &Cmd_Obs,         &Label1,
+          &Etq_Imperativite, &Label6,          &Label5,
+          &Label3,           &Etq_Sel3,        &Etq_DureeTotale,
+          &Etq_Duree,        &Etq_Pos1,        &Etq_Pos2,
+          &Etq_Pos3,         &Etq_Sel2,        &Etq_Sel1};
 }
 
 bool Ctr_VelmoraNew::liesInFrame(const toolkit::Control& control) const {
@@ -109,7 +113,8 @@ void Ctr_VelmoraNew::setServices(std::shared_ptr<toolkit::Services> services) {
 
 toolkit::Services& Ctr_VelmoraNew::services() const {
   if (!services_) {
-    throw Failure(errors::kObjectNotSet, "object not set: the host gave the control no screen services");
+    throw Failure(errors::kObjectNotSet,
+                  "object not set: the host gave the control no screen services");
   }
   return *services_;
 }

@@ -19,15 +19,21 @@ Text alignedRight(TextView d, int width) {
 
 }  // namespace
 
-Text textColumn(TextView v) { return padRight(left(v, kColumnWidth), kColumnWidth + 1); }
+Text textColumn(TextView v) {
+  return padRight(left(v, kColumnWidth), kColumnWidth + 1);
+}
 
-Text proposalDuration(TextView d) { return alignedRight(d, 7); }
+Text proposalDuration(TextView d) {
+  return alignedRight(d, 7);
+}
 
 Text selectionMarkerAndDuration(bool hasObservation, TextView d) {
   return Text(hasObservation ? u"X" : u" ") + alignedRight(d, 6);
 }
 
-Text rowDuration(TextView row) { return trimBlanks(mid(row, 81, 5)); }
+Text rowDuration(TextView row) {
+  return trimBlanks(mid(row, 81, 5));
+}
 
 Currency readBack(TextView shown) {
   const auto p = instr(shown, u"h");

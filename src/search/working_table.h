@@ -5,7 +5,6 @@
 // merge that owns it.
 #pragma once
 
-
 #include "base/text.h"
 #include "base/text_map.h"
 #include "store/record.h"
