@@ -7,18 +7,12 @@
 #include "base/currency.h"
 #include "base/failure.h"
 #include "base/text.h"
+#include "support/failure_number.h"
 
 namespace velmora {
 namespace {
 
-long failureNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Failure& failure) {
-    return failure.number();
-  }
-  return 0;
-}
+using testing::failureNumber;
 
 TEST(Utf8, EdgesOfTheEncoding) {
   // Accented letters are one code unit; a character beyond the plane takes two.

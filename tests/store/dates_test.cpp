@@ -2,18 +2,12 @@
 
 #include "base/failure.h"
 #include "store/dates.h"
+#include "support/failure_number.h"
 
 namespace velmora {
 namespace {
 
-long failureNumber(const auto& call) {
-  try {
-    call();
-  } catch (const Failure& f) {
-    return f.number();
-  }
-  return 0;
-}
+using testing::failureNumber;
 
 TEST(Dates, KnownDaysBothWays) {
   const NorvikDates dates;

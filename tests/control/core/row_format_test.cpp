@@ -2,18 +2,12 @@
 
 #include "base/failure.h"
 #include "rows/row_format.h"
+#include "support/failure_number.h"
 
 namespace velmora::rows {
 namespace {
 
-long failureNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Failure& failure) {
-    return failure.number();
-  }
-  return 0;
-}
+using testing::failureNumber;
 
 TEST(RowFormat, TextColumnCutsAt25AndPadsTo26) {
   EXPECT_EQ(textColumn(u""), Text(26, u' '));
