@@ -8,23 +8,12 @@
 
 #include "control/ctr_velmora_new.h"
 #include "control/module_slots.h"
-#include "store/sqlite_database.h"
 #include "support/large_account.h"
 #include "support/store_calls.h"
 #include "support/summary.h"
 
 namespace velmora::bench {
 namespace {
-
-struct Account {
-  std::string path = largeAccount();
-  DatabaseRef database = openDatabase(path);
-};
-
-Account& account() {
-  static Account shared;
-  return shared;
-}
 
 // An intervention on Monday 23/11/2026, 08:00 to 09:30, as a host hands it over.
 InitArguments intervention(const char16_t* typeAct, const std::string& client) {
@@ -55,7 +44,7 @@ const StoreCalls& callsOf(const std::string& name) {
                                                                  : kHomeHelpWithTemplates;
   auto calls = std::make_shared<StoreCalls>();
   Ctr_VelmoraNew control;
-  init(control, recordingDatabase(account().database, calls), arguments);
+  init(control, recordingDatabase(largeAccountDatabase(), calls), arguments);
   if (tick) {
     calls->clear();
     control.Cac_TouteTache.toggle();
@@ -74,13 +63,13 @@ void countersOf(benchmark::State& state, const Ctr_VelmoraNew& control, const St
 void runInit(benchmark::State& state, const std::string& name, const InitArguments& arguments) {
   const StoreCalls& calls = callsOf(name);
   Ctr_VelmoraNew control;
-  for (auto _ : state) init(control, account().database, arguments);
+  for (auto _ : state) init(control, largeAccountDatabase(), arguments);
   countersOf(state, control, calls);
 }
 
 void runFloor(benchmark::State& state, const std::string& name) {
   const StoreCalls& calls = callsOf(name);
-  for (auto _ : state) replay(calls, account().database);
+  for (auto _ : state) replay(calls, largeAccountDatabase());
 }
 
 void InitCareCatalogue(benchmark::State& state) {
@@ -109,7 +98,7 @@ void InitHomeHelpTemplatesFloor(benchmark::State& state) {
 void TickAllTasks(benchmark::State& state) {
   const StoreCalls& calls = callsOf("TickAllTasks");
   Ctr_VelmoraNew control;
-  init(control, account().database, kHomeHelpWithTemplates);
+  init(control, largeAccountDatabase(), kHomeHelpWithTemplates);
   for (auto _ : state) {
     control.Cac_TouteTache.toggle();
     state.PauseTiming();
@@ -138,7 +127,7 @@ BENCHMARK(InitHomeHelpTemplatesFloor)->Unit(benchmark::kMicrosecond)->MinTime(2)
 
 int main(int argc, char** argv) {
   using namespace velmora::bench;
-  account();  // builds the large account before any timing
+  largeAccountDatabase();  // builds the large account before any timing
   return runWithSummary(argc, argv,
                         {RatioGoal{"InitCareCatalogue", "InitCareCatalogueFloor", 2.0},
                          RatioGoal{"TickAllTasks", "TickAllTasksFloor", 2.0},

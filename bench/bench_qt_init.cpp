@@ -11,22 +11,11 @@
 #include "control/ctr_velmora_new.h"
 #include "control/module_slots.h"
 #include "qt/velmora_widget.h"
-#include "store/sqlite_database.h"
 #include "support/large_account.h"
 #include "support/summary.h"
 
 namespace velmora::bench {
 namespace {
-
-struct Account {
-  std::string path = largeAccount();
-  DatabaseRef database = openDatabase(path);
-};
-
-Account& account() {
-  static Account shared;
-  return shared;
-}
 
 InitArguments careCatalogue() {
   return InitArguments{
@@ -36,7 +25,7 @@ InitArguments careCatalogue() {
 
 void init(Ctr_VelmoraNew& control) {
   Variable::resetAll();
-  control.TheDatabase(account().database);
+  control.TheDatabase(largeAccountDatabase());
   InitArguments arguments = careCatalogue();
   control.Init(arguments);
 }
@@ -76,7 +65,7 @@ int main(int argc, char** argv) {
   using namespace velmora::bench;
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
-  account();  // builds the large account before any timing
+  largeAccountDatabase();  // builds the large account before any timing
   const int status = runWithSummary(
       argc, argv, {RatioGoal{"InitCareCatalogueShown", "InitCareCatalogueHeadless", 1.3}}, {});
   velmora::Variable::resetAll();

@@ -12,6 +12,7 @@
 #include "base/text.h"
 #include "store/account_layout.h"
 #include "store/record.h"
+#include "store/sqlite_database.h"
 #include "store/writer.h"
 
 #ifndef VELMORA_LARGE_ACCOUNT
@@ -233,6 +234,11 @@ std::string largeAccount() {
     std::fprintf(stderr, "large account built in %.1f s\n", spent.count());
   }
   return path;
+}
+
+DatabaseRef largeAccountDatabase() {
+  static const DatabaseRef database = openDatabase(largeAccount());
+  return database;
 }
 
 }  // namespace velmora::bench

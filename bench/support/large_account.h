@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "store/database.h"
+
 namespace velmora::bench {
 
 struct LargeAccountShape {
@@ -30,5 +32,8 @@ void writeLargeAccount(const std::string& path, const LargeAccountShape& shape =
 // The path of the shared large account: $VELMORA_LARGE_ACCOUNT, else a file in the build
 // tree. Builds it first when the file is absent.
 std::string largeAccount();
+
+// One read-only connection to the shared large account, opened at first use.
+DatabaseRef largeAccountDatabase();
 
 }  // namespace velmora::bench
