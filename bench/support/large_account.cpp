@@ -59,12 +59,6 @@ constexpr std::array<const char16_t*, 16> kActTails = {
     u"simple",          u"complexe",  u"du soir",     u"du matin",          u"de confort",
     u"à domicile",      u"avec aide", u"en fauteuil", u"sous surveillance", u"de l'aidant",
     u"du patient alité"};
-constexpr std::array<const char16_t*, 12> kTaskHeads = {
-    u"Nettoyage", u"Rangement", u"Préparation", u"Aide", u"Accompagnement", u"Lavage",
-    u"Repassage", u"Courses",   u"Entretien",   u"Tri",  u"Vérification",   u"Écoute"};
-constexpr std::array<const char16_t*, 12> kTaskTails = {
-    u"de la cuisine", u"du salon",  u"des repas", u"à la toilette", u"aux courses",  u"du linge",
-    u"des chemises",  u"au marché", u"du jardin", u"du courrier",   u"des placards", u"musicale"};
 
 Text actCode(int n) {
   // Spread over 90 regroupments and 100 types in each, so that every level is used.
