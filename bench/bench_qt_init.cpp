@@ -10,6 +10,7 @@
 
 #include "control/ctr_velmora_new.h"
 #include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt/velmora_widget.h"
 #include "support/large_account.h"
 #include "support/summary.h"

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "qt/control_views.h"
 #include "qt/failure_display.h"
 #include "qt/host_store.h"
 #include "qt/twips.h"
@@ -26,11 +27,14 @@ const std::array<const char*, 7> kDayNames{"lun", "mar", "mer", "jeu", "ven", "s
 DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
     : QWidget(parent), database_(options.database) {
   setWindowTitle(QStringLiteral("Velmora — démonstration"));
-  view_ = std::make_unique<qt::VelmoraWidget>(control_);
+  view_ = qt::makeChild<qt::VelmoraWidget>(this);
   auto* layout = qt::makeChild<QHBoxLayout>(this);
   layout->addWidget(makeCriteria(options));
-  layout->addWidget(view_.get(), 0, Qt::AlignTop);
+  layout->addWidget(view_, 0, Qt::AlignTop);
   layout->addWidget(makeHostPanel());
+  // The host follows the total as the planner works.
+  connect(view_, &qt::VelmoraWidget::totalChanged, this,
+          [this](double minutes) { total_->setText(QStringLiteral("W_Total : %1").arg(minutes)); });
 }
 
 QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
@@ -116,26 +120,26 @@ void DemoWindow::runInit() {
                     fromQString(heureDe_->text()),
                     fromQString(heureA_->text()),
                     days};
-    control_.TheDatabase(openDatabase(database_));
-    control_.Init(a);
+    control().TheDatabase(openDatabase(database_));
+    control().Init(a);
     view_->refreshLists();
     // The host reads the total after Init too: the search may have selected items.
-    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
+    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
     setStatus(QStringLiteral("Init sur %1 : %2 proposition(s), %3 choisie(s).")
                   .arg(toQString(code))
-                  .arg(control_.Lst_Possible.ListCount())
-                  .arg(control_.Lst_Selectionne.ListCount()));
+                  .arg(control().Lst_Possible.ListCount())
+                  .arg(control().Lst_Selectionne.ListCount()));
   });
 }
 
 void DemoWindow::majEnr() {
-  control_.MAJ_Enr();
-  lastSelection_ = control_.W_Enr;
-  showRecord(control_.W_Enr);
+  control().MAJ_Enr();
+  lastSelection_ = control().W_Enr;
+  showRecord(control().W_Enr);
 }
 
 void DemoWindow::viderTache() {
-  control_.Vider_Tache();
+  control().Vider_Tache();
   setStatus(QStringLiteral("Sélection vidée."));
 }
 
@@ -144,8 +148,8 @@ void DemoWindow::afficheLast() {
     setStatus(QStringLiteral("Aucune sélection gardée : MAJ_Enr d'abord."));
     return;
   }
-  control_.W_Aff = lastSelection_;
-  control_.Affiche();
+  control().W_Aff = lastSelection_;
+  control().Affiche();
   setStatus(QStringLiteral("Dernière sélection affichée."));
 }
 
@@ -158,7 +162,7 @@ void DemoWindow::store() {
   intervention.heureDe = fromQString(heureDe_->text());
   intervention.heureA = fromQString(heureA_->text());
   intervention.kind = fromQString(kind_->currentText());
-  const Text key = qt::storeSelection(database_, intervention, *control_.W_Enr);
+  const Text key = qt::storeSelection(database_, intervention, *control().W_Enr);
   key_->setText(toQString(key));
   setStatus(QStringLiteral("Enregistrée sous %1 ; Init consulte cette clé.").arg(toQString(key)));
 }
@@ -173,7 +177,7 @@ void DemoWindow::showRecord(const RecordRef& record) {
                        std::make_unique<QTableWidgetItem>(toQString(record->r(i, v))).release());
     }
   }
-  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
+  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
 }
 
 void DemoWindow::setStatus(const QString& text) {

@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include "control/ctr_velmora_new.h"
+#include "qt/control_views.h"
 #include "qt/velmora_widget.h"
 #include "support/account.h"
 
