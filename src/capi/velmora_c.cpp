@@ -128,8 +128,11 @@ bool describesThisClass(const fs::path& file) {
 // Writes beside the target under a name of its own, then renames over it.
 void writeAtomically(const fs::path& target, const std::string& text) {
   fs::create_directories(target.parent_path());
-  const fs::path aside = target.parent_path() / ("." + target.filename().string() + "." +
-                                                 std::to_string(::getpid()) + ".tmp");
+  // Built by appends: GCC 12 warns falsely (-Wrestrict) on "." + string.
+  std::string asideName(1, '.');
+  asideName.append(target.filename().string()).append(".").append(std::to_string(::getpid()));
+  asideName.append(".tmp");
+  const fs::path aside = target.parent_path() / asideName;
   {
     std::ofstream out(aside, std::ios::binary | std::ios::trunc);
     out << text;

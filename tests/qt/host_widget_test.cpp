@@ -44,7 +44,7 @@ TEST_F(HostWidget, OwnsItsControlAndSignalsTotalSelectionAndMandatoryOncePerGest
   EXPECT_EQ(w.property("kind").toString(), QStringLiteral("AUTRE"));
   EXPECT_EQ(totals.count(), 0);  // still 0 minutes
   EXPECT_FALSE(w.property("mandatory").toBool());
-  const int selectionsAfterInit = selections.count();
+  const qsizetype selectionsAfterInit = selections.count();
 
   // Repassage (45, mandatory) and Vaisselle (15) in one press.
   c.Lst_Possible.click(rowOf(c, u"Repassage"));
