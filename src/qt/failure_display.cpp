@@ -1,4 +1,4 @@
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
 
 #include <QMessageBox>
 

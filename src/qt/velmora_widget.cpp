@@ -1,9 +1,10 @@
-#include "qt/velmora_widget.h"
+#include <velmora/qt/velmora_widget.h>
 
 #include <vector>
 
-#include "qt/failure_display.h"
-#include "qt/twips.h"
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/twips.h>
+#include "qt/control_views.h"
 
 namespace velmora::qt {
 

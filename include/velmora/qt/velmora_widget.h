@@ -3,18 +3,21 @@
 // planner's gestures to them. The host owns the control, which must outlive the widget.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <map>
 #include <memory>
 
 #include <QWidget>
 
-#include "control/ctr_velmora_new.h"
-#include "qt/control_views.h"
-#include "qt/qt_services.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/qt_services.h>
 
 namespace velmora::qt {
 
-class VelmoraWidget : public QWidget {
+class ListBoxView;
+
+class VELMORA_EXPORT VelmoraWidget : public QWidget {
   Q_OBJECT
 
  public:
@@ -43,6 +46,6 @@ class VelmoraWidget : public QWidget {
 };
 
 // The font of the controls for which the surface names none.
-QFont surfaceFont();
+VELMORA_EXPORT QFont surfaceFont();
 
 }  // namespace velmora::qt
