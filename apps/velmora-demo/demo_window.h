@@ -13,8 +13,8 @@
 #include <QTableWidget>
 #include <QWidget>
 
-#include "control/ctr_velmora_new.h"
-#include "qt/velmora_widget.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/velmora_widget.h>
 
 namespace velmora::demo {
 

@@ -3,10 +3,10 @@
 #include <iostream>
 #include <system_error>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+#include <velmora/store/writer.h>
 #include "command.h"
-#include "store/exchange.h"
-#include "store/writer.h"
 
 namespace velmora::cli {
 

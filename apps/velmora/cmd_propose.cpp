@@ -6,13 +6,14 @@
 #include <iostream>
 #include <memory>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/dates.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/toolkit/services.h>
 #include "command.h"
-#include "control/ctr_velmora_new.h"
+#include "control/module_slots.h"
 #include "report.h"
-#include "store/dates.h"
-#include "store/sqlite_database.h"
-#include "toolkit/services.h"
 
 namespace velmora::cli {
 

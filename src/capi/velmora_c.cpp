@@ -17,8 +17,9 @@
 #include <string>
 #include <system_error>
 
-#include "control/ctr_velmora_new.h"
-#include "store/sqlite_database.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/version.h>
 
 struct velmora_factory {};
 

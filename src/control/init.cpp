@@ -3,7 +3,7 @@
 // starts the fill that suits it.
 #include <cmath>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 
 namespace velmora {

@@ -2,7 +2,7 @@
 // captions and defaults.
 #include <algorithm>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 
 namespace velmora {
 

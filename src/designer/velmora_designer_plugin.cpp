@@ -1,9 +1,10 @@
 #include "velmora_designer_plugin.h"
 
+#include <memory>
+
 #include <QIcon>
 
-#include "qt/control_views.h"
-#include "qt/velmora_widget.h"
+#include <velmora/qt/velmora_widget.h>
 
 namespace velmora::designer {
 
@@ -42,7 +43,7 @@ bool VelmoraDesignerPlugin::isContainer() const {
 
 QWidget* VelmoraDesignerPlugin::createWidget(QWidget* parent) {
   // Designer's form owns the widget through its parent.
-  return qt::makeChild<qt::VelmoraWidget>(parent);
+  return std::make_unique<qt::VelmoraWidget>(parent).release();
 }
 
 bool VelmoraDesignerPlugin::isInitialized() const {

@@ -1,8 +1,8 @@
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
 
 #include <QMessageBox>
 
-#include "qt/velmora_widget.h"
+#include <velmora/qt/velmora_widget.h>
 
 namespace velmora::qt {
 

@@ -1,15 +1,15 @@
-#include "qt/velmora_widget.h"
+#include <velmora/qt/velmora_widget.h>
 
 #include <map>
 #include <vector>
 
 #include <QMetaMethod>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/qt_services.h>
+#include <velmora/qt/twips.h>
 #include "qt/control_views.h"
-#include "qt/failure_display.h"
-#include "qt/qt_services.h"
-#include "qt/twips.h"
 
 namespace velmora::qt {
 

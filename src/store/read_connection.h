@@ -11,16 +11,11 @@
 #include <string>
 #include <utility>
 
+#include <velmora/store/sqlite_database.h>  // StoreStatistics
+#include <velmora/store/writer.h>
 #include "store/sqlite_support.h"
-#include "store/writer.h"
 
 namespace velmora {
-
-struct StoreStatistics {
-  std::uint64_t decodedRecords = 0;  // record bodies turned back into text
-  std::uint64_t scannedKeys = 0;     // keys visited by queries
-  std::uint64_t queries = 0;
-};
 
 namespace store {
 

@@ -1,4 +1,4 @@
-#include "store/sample_account.h"
+#include <velmora/store/sample_account.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -6,9 +6,9 @@
 #include <system_error>
 #include <vector>
 
-#include "base/failure.h"
-#include "store/exchange.h"
-#include "store/writer.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+#include <velmora/store/writer.h>
 
 namespace velmora {
 

@@ -11,14 +11,10 @@
 #include <string_view>
 #include <vector>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
+#include <velmora/store/writer.h>  // store::Connection
 
 namespace velmora::store {
-
-struct ConnectionCloser {
-  void operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
-};
-using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
 
 // Opens the file with the given flags; fails with errors::kDatabase naming the path.
 Connection openConnection(const std::string& path, int flags);

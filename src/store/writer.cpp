@@ -1,9 +1,10 @@
-#include "store/writer.h"
+#include <velmora/store/writer.h>
 
 #include <filesystem>
 #include <system_error>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include "store/sqlite_support.h"
 
 namespace velmora {
 

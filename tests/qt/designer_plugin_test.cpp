@@ -19,7 +19,7 @@ TEST(DesignerPlugin, DescribesAndCreatesTheWidget) {
 
   EXPECT_EQ(plugin->name(), QStringLiteral("velmora::qt::VelmoraWidget"));
   EXPECT_EQ(plugin->group(), QStringLiteral("Velmora"));
-  EXPECT_EQ(plugin->includeFile(), QStringLiteral("qt/velmora_widget.h"));
+  EXPECT_EQ(plugin->includeFile(), QStringLiteral("velmora/qt/velmora_widget.h"));
   EXPECT_FALSE(plugin->isContainer());
   EXPECT_TRUE(plugin->domXml().contains(
       QStringLiteral(R"(<widget class="velmora::qt::VelmoraWidget" name="velmoraWidget"/>)")));

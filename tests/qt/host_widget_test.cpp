@@ -3,7 +3,7 @@
 // instead of a message box.
 #include <QSignalSpy>
 
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
 #include "qt_support.h"
 
 namespace velmora::testing {

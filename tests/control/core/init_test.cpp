@@ -3,8 +3,9 @@
 // the lists is theirs to test.
 #include <gtest/gtest.h>
 
-#include "control/ctr_velmora_new.h"
-#include "store/sqlite_database.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/module_slots.h"
 #include "support/account.h"
 
 namespace velmora {

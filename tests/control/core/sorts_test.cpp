@@ -4,7 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 #include "ctr_driver.h"
 #include "rows/row_format.h"
 

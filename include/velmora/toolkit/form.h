@@ -1,15 +1,17 @@
 // A modal form: loaded, shown modally by the host's services, unloaded by its code.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <cstdint>
 #include <functional>
 #include <vector>
 
-#include "toolkit/control.h"
+#include <velmora/toolkit/control.h>
 
 namespace velmora::toolkit {
 
-class Form : public Control {
+class VELMORA_EXPORT Form : public Control {
  public:
   // width and height are those of the client area, in twips.
   Form(std::string name, int width, int height, Text caption);

@@ -2,11 +2,13 @@
 // five digits for present-day dates; the text form is French, dd/mm/yyyy.
 #pragma once
 
-#include "base/text.h"
+#include <velmora/export.h>
+
+#include <velmora/base/text.h>
 
 namespace velmora {
 
-class NorvikDates {
+class VELMORA_EXPORT NorvikDates {
  public:
   // Internal date (a day count as text) to "dd/mm/yyyy". Text that is not a whole
   // number fails with errors::kTypeMismatch.
@@ -17,7 +19,7 @@ class NorvikDates {
 };
 
 // Day count of a calendar date and back, for tools and tests.
-long daysFromCivil(int year, int month, int day);
-void civilFromDays(long days, int& year, int& month, int& day);
+VELMORA_EXPORT long daysFromCivil(int year, int month, int day);
+VELMORA_EXPORT void civilFromDays(long days, int& year, int& month, int& day);
 
 }  // namespace velmora

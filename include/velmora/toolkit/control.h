@@ -3,6 +3,8 @@
 // knows whether one is watching.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,15 +12,15 @@
 #include <string>
 #include <vector>
 
-#include "base/failure.h"
-#include "base/text.h"
+#include <velmora/base/failure.h>
+#include <velmora/base/text.h>
 
 namespace velmora::toolkit {
 
 enum class Kind { CheckBox, Frame, ListBox, TextBox, CommandButton, Label, Form };
 
 // Place and size in twips (1440 to the inch), relative to the container.
-struct Geometry {
+struct VELMORA_EXPORT Geometry {
   int left = 0;
   int top = 0;
   int width = 0;
@@ -26,14 +28,14 @@ struct Geometry {
   friend bool operator==(const Geometry&, const Geometry&) = default;
 };
 
-struct Rgb {
+struct VELMORA_EXPORT Rgb {
   std::uint8_t red = 0;
   std::uint8_t green = 0;
   std::uint8_t blue = 0;
   friend bool operator==(const Rgb&, const Rgb&) = default;
 };
 
-struct FontSpec {
+struct VELMORA_EXPORT FontSpec {
   std::string family;
   double points = 8.25;
   bool bold = false;
@@ -62,7 +64,7 @@ enum class Change {
 // failure propagates to whoever made the gesture.
 using FailureHandler = std::function<void(const Failure&)>;
 
-class Control {
+class VELMORA_EXPORT Control {
  public:
   using Listener = std::function<void(Change, int row)>;
 

@@ -2,14 +2,16 @@
 // form, and the mouse pointer of the screen.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <QPointer>
 #include <QWidget>
 
-#include "toolkit/services.h"
+#include <velmora/toolkit/services.h>
 
 namespace velmora::qt {
 
-class QtServices : public toolkit::Services {
+class VELMORA_EXPORT QtServices : public toolkit::Services {
  public:
   // Boxes and dialogs open over the window of owner, or over none.
   explicit QtServices(QWidget* owner = nullptr) : owner_(owner) {}

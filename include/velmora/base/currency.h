@@ -1,14 +1,16 @@
 // Currency: a signed 64-bit count of ten-thousandths, as the host platform's type.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <compare>
 #include <cstdint>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora {
 
-class Currency {
+class VELMORA_EXPORT Currency {
  public:
   constexpr Currency() = default;
   static constexpr Currency fromUnits(std::int64_t tenThousandths) {

@@ -2,6 +2,8 @@
 // count code units from 1, as the control's documented algorithms do.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,8 +14,8 @@ using Text = std::u16string;
 using TextView = std::u16string_view;
 
 // UTF-8 at the edges only (files, terminal, command line).
-Text fromUtf8(std::string_view utf8);
-std::string toUtf8(TextView text);
+VELMORA_EXPORT Text fromUtf8(std::string_view utf8);
+VELMORA_EXPORT std::string toUtf8(TextView text);
 
 // u"..." literals are UTF-16 already; this is for narrow literals in tests and tools.
 inline Text operator""_t(const char* s, std::size_t n) {
@@ -21,29 +23,29 @@ inline Text operator""_t(const char* s, std::size_t n) {
 }
 
 // Leftmost n code units (all of it when shorter).
-Text left(TextView v, std::ptrdiff_t n);
+VELMORA_EXPORT Text left(TextView v, std::ptrdiff_t n);
 // n code units from 1-based position start; what is there when too short, "" past the end.
-Text mid(TextView v, std::ptrdiff_t start, std::ptrdiff_t n);
+VELMORA_EXPORT Text mid(TextView v, std::ptrdiff_t start, std::ptrdiff_t n);
 // Everything from 1-based position start.
-Text mid(TextView v, std::ptrdiff_t start);
+VELMORA_EXPORT Text mid(TextView v, std::ptrdiff_t start);
 // Removes blanks (U+0020 only) at both ends, as the control's trims do.
-Text trimBlanks(TextView v);
+VELMORA_EXPORT Text trimBlanks(TextView v);
 // 1-based position of needle in hay from position start, 0 when absent.
-std::ptrdiff_t instr(TextView hay, TextView needle, std::ptrdiff_t start = 1);
-Text spaces(std::ptrdiff_t n);
+VELMORA_EXPORT std::ptrdiff_t instr(TextView hay, TextView needle, std::ptrdiff_t start = 1);
+VELMORA_EXPORT Text spaces(std::ptrdiff_t n);
 // v followed by blanks up to width; v unchanged when it is that long already.
-Text padRight(TextView v, std::ptrdiff_t width);
+VELMORA_EXPORT Text padRight(TextView v, std::ptrdiff_t width);
 // Blanks then v, so that the result is width long; v unchanged when it is that long.
-Text padLeft(TextView v, std::ptrdiff_t width);
+VELMORA_EXPORT Text padLeft(TextView v, std::ptrdiff_t width);
 
 // A decimal number as written by people: optional sign, digits, optional fraction.
-bool isDecimalNumber(TextView v);
+VELMORA_EXPORT bool isDecimalNumber(TextView v);
 // The value of a text that is a number, allowing surrounding blanks; nothing otherwise.
-std::optional<double> parseNumber(TextView v);
+VELMORA_EXPORT std::optional<double> parseNumber(TextView v);
 // The text of a whole number, as the host platform prints it ("-5", "1500").
-Text numberText(long long n);
+VELMORA_EXPORT Text numberText(long long n);
 // A number rounded to whole and written with at least `digits` digits, zeros on the left:
 // the formats "00", "0000" and "000000".
-Text zeroPadded(double value, int digits);
+VELMORA_EXPORT Text zeroPadded(double value, int digits);
 
 }  // namespace velmora

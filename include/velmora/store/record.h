@@ -3,10 +3,12 @@
 // form is built only when asked for.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <vector>
 
-#include "base/text.h"
-#include "store/ref.h"
+#include <velmora/base/text.h>
+#include <velmora/store/ref.h>
 
 namespace velmora {
 
@@ -15,7 +17,7 @@ inline constexpr char16_t kAttributeMark = 0xF8FE;
 inline constexpr char16_t kValueMark = 0xF8FD;
 inline constexpr char16_t kSubvalueMark = 0xF8FC;
 
-class NorvikRecord {
+class VELMORA_EXPORT NorvikRecord {
  public:
   NorvikRecord() = default;
   explicit NorvikRecord(TextView text) { set(text); }

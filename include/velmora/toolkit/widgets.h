@@ -8,14 +8,16 @@
 // can drive the surface with no screen. A gesture on a disabled control does nothing.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <functional>
 #include <vector>
 
-#include "toolkit/control.h"
+#include <velmora/toolkit/control.h>
 
 namespace velmora::toolkit {
 
-class Label : public Control {
+class VELMORA_EXPORT Label : public Control {
  public:
   Label(std::string name, Geometry geometry, int tabIndex, Text caption);
   const Text& Caption() const { return caption_; }
@@ -26,13 +28,13 @@ class Label : public Control {
   Text caption_;
 };
 
-class Frame : public Control {
+class VELMORA_EXPORT Frame : public Control {
  public:
   Frame(std::string name, Geometry geometry, int tabIndex)
       : Control(std::move(name), Kind::Frame, geometry, tabIndex) {}
 };
 
-class CommandButton : public Control {
+class VELMORA_EXPORT CommandButton : public Control {
  public:
   CommandButton(std::string name, Geometry geometry, int tabIndex, Text caption);
   const Text& Caption() const { return caption_; }
@@ -49,7 +51,7 @@ class CommandButton : public Control {
   Text caption_;
 };
 
-class CheckBox : public Control {
+class VELMORA_EXPORT CheckBox : public Control {
  public:
   CheckBox(std::string name, Geometry geometry, int tabIndex, Text caption, int value);
   const Text& Caption() const { return caption_; }
@@ -68,7 +70,7 @@ class CheckBox : public Control {
   int value_;
 };
 
-class TextBox : public Control {
+class VELMORA_EXPORT TextBox : public Control {
  public:
   TextBox(std::string name, Geometry geometry, int tabIndex, Text text = {});
   const Text& getText() const { return text_; }
@@ -94,7 +96,7 @@ class TextBox : public Control {
   Text text_;
 };
 
-class ListBox : public Control {
+class VELMORA_EXPORT ListBox : public Control {
  public:
   // multiSelect: a click toggles the row's mark and several rows can be marked.
   ListBox(std::string name, Geometry geometry, int tabIndex, bool multiSelect);

@@ -3,13 +3,16 @@
 // place, follows their state as it changes, and routes the planner's gestures to them.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <memory>
 
 #include <QWidget>
 
+#include <velmora/qt/failure_display.h>
+
 namespace velmora {
 class Ctr_VelmoraNew;
-class Failure;
 namespace toolkit {
 class Control;
 class ListBox;
@@ -30,7 +33,7 @@ class QtServices;
 // box itself.
 //
 // Threads: like the control, the widget lives on the host's user-interface thread.
-class VelmoraWidget : public QWidget {
+class VELMORA_EXPORT VelmoraWidget : public QWidget {
   Q_OBJECT
   // W_Total, the total duration of the selection, in minutes.
   Q_PROPERTY(double total READ total NOTIFY totalChanged)
@@ -88,6 +91,6 @@ class VelmoraWidget : public QWidget {
 };
 
 // The font of the controls for which the surface names none.
-QFont surfaceFont();
+VELMORA_EXPORT QFont surfaceFont();
 
 }  // namespace velmora::qt

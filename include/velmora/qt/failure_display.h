@@ -2,11 +2,13 @@
 // toolkit runs through guarded(), which shows what escaped and lets the planner go on.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <functional>
 
 #include <QWidget>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::qt {
 
@@ -14,13 +16,13 @@ namespace velmora::qt {
 using FailurePresenter = std::function<void(QWidget* parent, const Failure& failure)>;
 
 // Replaces the presenter for the whole process; an empty one restores the default.
-void setFailurePresenter(FailurePresenter presenter);
-void presentFailure(QWidget* parent, const Failure& failure);
+VELMORA_EXPORT void setFailurePresenter(FailurePresenter presenter);
+VELMORA_EXPORT void presentFailure(QWidget* parent, const Failure& failure);
 
 // The text shown for a failure: "Erreur <number>" and the message on the next line.
-QString failureText(const Failure& failure);
+VELMORA_EXPORT QString failureText(const Failure& failure);
 
 // Runs one gesture; a failure that escapes it is presented instead of propagating.
-void guarded(QWidget* parent, const std::function<void()>& gesture);
+VELMORA_EXPORT void guarded(QWidget* parent, const std::function<void()>& gesture);
 
 }  // namespace velmora::qt

@@ -2,6 +2,8 @@
 // platform's error object.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <stdexcept>
 #include <string>
 
@@ -20,7 +22,7 @@ inline constexpr long kDatabase = -2147221489;        // the database file canno
 inline constexpr long kBadImport = -2147221488;       // an import file that cannot be read whole
 }  // namespace errors
 
-class Failure : public std::runtime_error {
+class VELMORA_EXPORT Failure : public std::runtime_error {
  public:
   Failure(long number, const std::string& message) : std::runtime_error(message), number_(number) {}
   long number() const noexcept { return number_; }

@@ -2,19 +2,31 @@
 // ever reads. Changes are gathered in a Batch and applied in one transaction.
 #pragma once
 
+#include <velmora/export.h>
+
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "base/text.h"
-#include "store/record.h"
-#include "store/sqlite_support.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
+
+struct sqlite3;
 
 namespace velmora {
 
+namespace store {
+// An open SQLite file that closes itself.
+struct VELMORA_EXPORT ConnectionCloser {
+  void operator()(sqlite3* db) const noexcept;
+};
+using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
+}  // namespace store
+
 // A name that queries may use for a field of a file: either an attribute (0 is the key)
 // or a run of characters of the key.
-struct DictionaryItem {
+struct VELMORA_EXPORT DictionaryItem {
   Text file;
   Text name;
   int attribute = -1;  // >= 0: the item is that attribute (0 is the key)
@@ -25,7 +37,7 @@ struct DictionaryItem {
   friend bool operator==(const DictionaryItem&, const DictionaryItem&) = default;
 };
 
-class Batch {
+class VELMORA_EXPORT Batch {
  public:
   struct CreateFile {
     Text name;
@@ -61,9 +73,9 @@ class Batch {
 
 // File names are words of the query language: not empty, no blank, no double quote,
 // no mark. Fails with errors::kInvalidCall otherwise.
-void checkFileName(TextView name);
+VELMORA_EXPORT void checkFileName(TextView name);
 
-class StoreWriter {
+class VELMORA_EXPORT StoreWriter {
  public:
   // Durable waits for the disk at each commit; Fast does not, for throw-away files
   // (tests, a sample built aside and renamed into place).

@@ -3,11 +3,13 @@
 // scripts answer through ScriptedServices.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <deque>
 #include <functional>
 #include <vector>
 
-#include "toolkit/form.h"
+#include <velmora/toolkit/form.h>
 
 namespace velmora::toolkit {
 
@@ -15,7 +17,7 @@ inline constexpr int kMsgBoxYes = 6;
 inline constexpr int kMsgBoxNo = 7;
 inline constexpr int kStyleYesNoQuestion = 36;  // 4 (Yes, No) + 32 (question icon)
 
-class Services {
+class VELMORA_EXPORT Services {
  public:
   virtual ~Services() = default;
   // Shows the prompt and returns the code of the button chosen (6 Yes, 7 No).
@@ -27,7 +29,7 @@ class Services {
 
 // Answers from a script: each question takes the next answer, each modal show runs
 // the next action on the form (which should end by pressing one of its buttons).
-class ScriptedServices : public Services {
+class VELMORA_EXPORT ScriptedServices : public Services {
  public:
   struct Question {
     Text prompt;

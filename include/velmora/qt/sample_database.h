@@ -2,6 +2,8 @@
 // built once from the exchange files of the sample directory, then reused.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <string>
 
 namespace velmora::qt {
@@ -9,6 +11,6 @@ namespace velmora::qt {
 // Builds the store at path from the *.jsonl files of sampleDir, read in name order,
 // unless a store is there already. Fails with errors::kBadImport when the sample files
 // cannot be read, and leaves no half-built store behind.
-void ensureSampleDatabase(const std::string& path, const std::string& sampleDir);
+VELMORA_EXPORT void ensureSampleDatabase(const std::string& path, const std::string& sampleDir);
 
 }  // namespace velmora::qt

@@ -2,13 +2,15 @@
 // and queries that answer with one attribute per hit.
 #pragma once
 
-#include "base/text.h"
-#include "store/record.h"
-#include "store/ref.h"
+#include <velmora/export.h>
+
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
+#include <velmora/store/ref.h>
 
 namespace velmora {
 
-class NorvikFile {
+class VELMORA_EXPORT NorvikFile {
  public:
   virtual ~NorvikFile() = default;
   // A new record with the content stored under the key; fails with
@@ -19,7 +21,7 @@ class NorvikFile {
 
 using FileRef = Ref<NorvikFile>;
 
-class NorvikDatabase {
+class VELMORA_EXPORT NorvikDatabase {
  public:
   virtual ~NorvikDatabase() = default;
   // The file of that name; an unknown name fails with errors::kUnknownFile.
@@ -33,7 +35,7 @@ class NorvikDatabase {
 using DatabaseRef = Ref<NorvikDatabase>;
 
 // The control keeps a reference to the client object and calls nothing on it.
-class NorvikClient {
+class VELMORA_EXPORT NorvikClient {
  public:
   virtual ~NorvikClient() = default;
 };

@@ -3,16 +3,18 @@
 // reference fails with "object not set".
 #pragma once
 
+#include <velmora/export.h>
+
 #include <memory>
 #include <string>
 #include <utility>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora {
 
 template <class T>
-class Ref {
+class VELMORA_EXPORT Ref {
  public:
   Ref() = default;
   Ref(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): "Set x = Nothing"

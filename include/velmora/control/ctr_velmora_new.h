@@ -8,17 +8,18 @@
 //   persistence/  MAJ_Enr, Vider_*, Affiche, Affiche_Tache_ClicDroit*
 #pragma once
 
+#include <velmora/export.h>
+
 #include <cstdint>
 #include <memory>
 #include <vector>
 
-#include "base/boolean.h"
-#include "base/currency.h"
-#include "control/module_slots.h"
-#include "store/database.h"
-#include "store/record.h"
-#include "toolkit/services.h"
-#include "toolkit/widgets.h"
+#include <velmora/base/boolean.h>
+#include <velmora/base/currency.h>
+#include <velmora/store/database.h>
+#include <velmora/store/record.h>
+#include <velmora/toolkit/services.h>
+#include <velmora/toolkit/widgets.h>
 
 namespace velmora {
 
@@ -26,7 +27,7 @@ class CtrInspector;
 
 // The arguments of Init, all by reference, as a host passes them; Init changes Code
 // and DateDeb for the caller.
-struct InitArguments {
+struct VELMORA_EXPORT InitArguments {
   Text TypeAct;
   Text Code;
   Text DateDeb;
@@ -36,7 +37,7 @@ struct InitArguments {
   Text Jour;
 };
 
-class Ctr_VelmoraNew {
+class VELMORA_EXPORT Ctr_VelmoraNew {
  public:
   Ctr_VelmoraNew();
   Ctr_VelmoraNew(const Ctr_VelmoraNew&) = delete;
@@ -167,7 +168,7 @@ class Ctr_VelmoraNew {
 };
 
 // Read access to the private fields, for tests and the command line's reports.
-class CtrInspector {
+class VELMORA_EXPORT CtrInspector {
  public:
   explicit CtrInspector(const Ctr_VelmoraNew& c) : c_(c) {}
   const Text& W_TypeAct() const { return c_.W_TypeAct; }

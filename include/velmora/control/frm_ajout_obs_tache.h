@@ -2,15 +2,17 @@
 // selected item. It meets the control only through R_Obs and N_LigneObs.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <cstdint>
 
-#include "base/boolean.h"
-#include "toolkit/form.h"
-#include "toolkit/widgets.h"
+#include <velmora/base/boolean.h>
+#include <velmora/toolkit/form.h>
+#include <velmora/toolkit/widgets.h>
 
 namespace velmora {
 
-class Frm_AjoutObsTache : public toolkit::Form {
+class VELMORA_EXPORT Frm_AjoutObsTache : public toolkit::Form {
  public:
   Frm_AjoutObsTache();
 
@@ -38,6 +40,6 @@ class Frm_AjoutObsTache : public toolkit::Form {
 };
 
 // The global default instance, made at first use and reused afterwards.
-Frm_AjoutObsTache& DefaultFrm_AjoutObsTache();
+VELMORA_EXPORT Frm_AjoutObsTache& DefaultFrm_AjoutObsTache();
 
 }  // namespace velmora

@@ -3,14 +3,16 @@
 // observations, written through the host's own writable connection.
 #pragma once
 
+#include <velmora/export.h>
+
 #include <string>
 
-#include "base/text.h"
-#include "store/record.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
 
 namespace velmora::qt {
 
-struct Intervention {
+struct VELMORA_EXPORT Intervention {
   Text agency = u"DEMO0";  // 5 characters
   Text client;             // 5 characters
   Text dateDeb;            // dd/mm/yyyy
@@ -21,18 +23,19 @@ struct Intervention {
 };
 
 // "08:30" to "0850": two digits of hours, two of hundredths of an hour.
-Text fourDigitTime(TextView hhmm);
+VELMORA_EXPORT Text fourDigitTime(TextView hhmm);
 
 // The detail key: agency, client, internal date, a number of six digits, the weekday
 // (0 Monday) and the four-digit start time, 26 characters in all.
-Text detailKey(const Intervention& intervention);
+VELMORA_EXPORT Text detailKey(const Intervention& intervention);
 
 // The record of a stored intervention: end date and time, the nature ("A" home help,
 // "S" care), then the items of the selection in attributes 7, 8 and 9.
-NorvikRecord interventionRecord(const Intervention& intervention, const NorvikRecord& items);
+VELMORA_EXPORT NorvikRecord interventionRecord(const Intervention& intervention,
+                                               const NorvikRecord& items);
 
 // Writes the record under its key in one transaction; returns the key.
-Text storeSelection(const std::string& databasePath, const Intervention& intervention,
-                    const NorvikRecord& items);
+VELMORA_EXPORT Text storeSelection(const std::string& databasePath,
+                                   const Intervention& intervention, const NorvikRecord& items);
 
 }  // namespace velmora::qt

@@ -7,8 +7,8 @@
 #include <QRect>
 #include <QString>
 
-#include "base/text.h"
-#include "toolkit/control.h"
+#include <velmora/base/text.h>
+#include <velmora/toolkit/control.h>
 
 namespace velmora::qt {
 
