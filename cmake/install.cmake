@@ -68,13 +68,20 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvelmora-dev)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
   "Velmora development files: headers and the CMake package (find_package(Velmora))")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-  "${velmora_runtime_package} (= ${PROJECT_VERSION}), qt6-base-dev, libsqlite3-dev")
+# The CMake package finds Qt 6 for Velmora::Qt; a static build also needs what the
+# libraries link privately.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${velmora_runtime_package} (= ${PROJECT_VERSION}), qt6-base-dev")
+if(NOT BUILD_SHARED_LIBS)
+  string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libsqlite3-dev, nlohmann-json3-dev")
+endif()
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME velmora)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
   "Velmora tools: the velmora command line, velmora-demo and the sample account")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${velmora_runtime_package} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-# The shared libraries are found by dpkg-shlibdeps in the runtime package being built.
+# The runtime package says which package provides its libraries (a shlibs file), and
+# dpkg-shlibdeps finds them, for velmora-demo, where CPack stages that package.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  "${PROJECT_BINARY_DIR}/_CPack_Packages/${CMAKE_SYSTEM_NAME}/DEB/${CPACK_PACKAGE_NAME}-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}/runtime/usr/${CMAKE_INSTALL_LIBDIR}")
 include(CPack)
