@@ -30,8 +30,7 @@ bool expect(bool condition, const char* what) {
 
 // Init on the sample account, then the checks a host relies on: proposals, the matching
 // template's items selected, a total, and the selection handed back in W_Enr.
-bool initAndCheck(velmora::Ctr_VelmoraNew& control, const std::string& database,
-                  const char* how) {
+bool initAndCheck(velmora::Ctr_VelmoraNew& control, const std::string& database, const char* how) {
   control.TheDatabase(velmora::openDatabase(database));
   velmora::InitArguments a{u"AUTRE", u"00001", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
   control.Init(a);

@@ -15,9 +15,7 @@
 #include <velmora/store/writer.h>
 #include "store/sqlite_support.h"
 
-namespace velmora {
-
-namespace store {
+namespace velmora::store {
 
 class ReadConnection {
  public:
@@ -84,5 +82,4 @@ class ReadConnection {
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
 };
 
-}  // namespace store
-}  // namespace velmora
+}  // namespace velmora::store
