@@ -46,7 +46,7 @@ Text detailKey(const Intervention& i) {
     throw Failure(errors::kInvalidCall, "agency and client take 5 characters each");
   }
   const Text date = internalDate(i.dateDeb);
-  const long days = std::stol(toUtf8(date));
+  const auto days = static_cast<long>(parseNumber(date).value_or(0));
   // Day 0 of the store, 31/12/1967, was a Sunday: Monday is 0 in the key.
   const auto weekday = static_cast<char16_t>(u'0' + (days + 6) % 7);
   return i.agency + i.client + date + u"000001" + Text(1, weekday) + fourDigitTime(i.heureDe);
