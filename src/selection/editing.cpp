@@ -29,13 +29,6 @@ void checkEditedDuration(const Text& typed) {
   }
 }
 
-void checkCurrentRow(const toolkit::ListBox& selection, const char* what) {
-  if (selection.ListIndex() == -1) {
-    throw Failure(errors::kInvalidCall,
-                  std::string("invalid call: ") + what + " needs a current selected row");
-  }
-}
-
 }  // namespace
 
 void Ctr_VelmoraNew::Lst_Selectionne_Click() {
@@ -57,7 +50,8 @@ void Ctr_VelmoraNew::Lst_Selectionne_DblClick() {
 }
 
 void Ctr_VelmoraNew::Cmd_OKVelmora_Click() {
-  checkCurrentRow(Lst_Selectionne, "OK");
+  // Without a current row (the host emptied the selection during the edit) the steps
+  // run as written until the row's rewrite fails.
   checkEditedDuration(Txt_DureeSoin.getText());
   const int current = Lst_Selectionne.ListIndex();
 

@@ -227,12 +227,13 @@ void ListBox::swapRows(int a, int b) {
   if (a == b) return;
   std::swap(rows_[a], rows_[b]);
   std::swap(selected_[a], selected_[b]);
-  // The current row travels with its row, so that an action under way (an open edit,
-  // a chosen row) stays on the item the planner chose. No Click: nothing was chosen anew.
-  if (listIndex_ == a) {
-    listIndex_ = b;
-  } else if (listIndex_ == b) {
-    listIndex_ = a;
+  // No Click either way: nothing was chosen anew.
+  if (currentFollows && currentFollows()) {
+    if (listIndex_ == a) {
+      listIndex_ = b;
+    } else if (listIndex_ == b) {
+      listIndex_ = a;
+    }
   }
   notify(Change::RowChanged, a);
   notify(Change::RowChanged, b);

@@ -138,8 +138,11 @@ class ListBox : public Control {
   bool Selected(int index) const;
   void setSelected(int index, bool selected);
   // Exchanges two rows with their marks; for sorts that keep parallel lists together.
-  // The current row travels with its row, without a Click.
+  // The entries are written in place and ListIndex stays where it is, unless
+  // currentFollows answers true: then the current row travels with its row, without a
+  // Click.
   void swapRows(int a, int b);
+  std::function<bool()> currentFollows;
 
   std::function<void()> Click;
   std::function<void()> DblClick;

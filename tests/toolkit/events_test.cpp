@@ -216,7 +216,7 @@ TEST_F(ListBoxTest, RemovingRowsKeepsTheCurrentRowOnItsItem) {
   EXPECT_EQ(events.size(), 1u);  // removals raise no Click
 }
 
-TEST_F(ListBoxTest, SwapCarriesTheCurrentRowAndTheMarks) {
+TEST_F(ListBoxTest, SwapCarriesTheMarksAndTheCurrentRowOnlyWhenAsked) {
   multi.setSelected(0, true);
   multi.setListIndex(0);
   multi.swapRows(0, 2);
@@ -224,6 +224,9 @@ TEST_F(ListBoxTest, SwapCarriesTheCurrentRowAndTheMarks) {
   EXPECT_EQ(multi.List(2), u"a");
   EXPECT_TRUE(multi.Selected(2));
   EXPECT_FALSE(multi.Selected(0));
+  EXPECT_EQ(multi.ListIndex(), 0);  // written in place
+  multi.currentFollows = [] { return true; };
+  multi.swapRows(0, 2);
   EXPECT_EQ(multi.ListIndex(), 2);
   EXPECT_EQ(events.size(), 1u);
 }
