@@ -118,7 +118,7 @@ void Ctr_VelmoraNew::setServices(std::shared_ptr<toolkit::Services> services) {
 toolkit::Services& Ctr_VelmoraNew::services() const {
   if (!services_) {
     throw Failure(errors::kObjectNotSet,
-                  "object not set: the host gave the control no screen services");
+                  "objet non défini : l'hôte n'a pas donné de services d'écran au contrôle");
   }
   return *services_;
 }

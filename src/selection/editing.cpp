@@ -20,12 +20,13 @@ bool isDigits(TextView v) {
 void checkEditedDuration(const Text& typed) {
   if (typed.empty()) return;
   if (!isDigits(typed)) {
-    throw Failure(errors::kTypeMismatch, "type mismatch: the duration '" + toUtf8(typed) +
-                                             "' is not a number of minutes; the row is unchanged");
+    throw Failure(errors::kTypeMismatch,
+                  "type incompatible : la durée « " + toUtf8(typed) +
+                      " » n'est pas un nombre de minutes ; la ligne n'a pas changé");
   }
   if (typed.size() > 5) {
-    throw Failure(errors::kOverflow, "overflow: the duration '" + toUtf8(typed) +
-                                         "' has more than 5 digits; the row is unchanged");
+    throw Failure(errors::kOverflow, "dépassement de capacité : la durée « " + toUtf8(typed) +
+                                         " » a plus de 5 chiffres ; la ligne n'a pas changé");
   }
 }
 

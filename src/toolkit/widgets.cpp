@@ -156,8 +156,9 @@ ListBox::ListBox(std::string name, Geometry geometry, int tabIndex, bool multiSe
 
 void ListBox::checkIndex(int index, const char* what) const {
   if (index < 0 || index >= ListCount()) {
-    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " of list " +
-                                            name() + " at row " + std::to_string(index) + " of " +
+    throw Failure(errors::kInvalidCall, std::string("appel non valide : ") + what +
+                                            " de la liste " + name() + " à la ligne " +
+                                            std::to_string(index) + " sur " +
                                             std::to_string(ListCount()));
   }
 }
@@ -201,9 +202,9 @@ void ListBox::setList(int index, TextView item) {
 
 void ListBox::setListIndex(int index) {
   if (index < -1 || index >= ListCount()) {
-    throw Failure(errors::kInvalidCall, "invalid call: ListIndex " + std::to_string(index) +
-                                            " of list " + name() + " with " +
-                                            std::to_string(ListCount()) + " rows");
+    throw Failure(errors::kInvalidCall, "appel non valide : ListIndex " + std::to_string(index) +
+                                            " de la liste " + name() + " de " +
+                                            std::to_string(ListCount()) + " lignes");
   }
   listIndex_ = index;
   notify(Change::ListIndex, index);
@@ -222,8 +223,8 @@ void ListBox::setSelected(int index, bool selected) {
 }
 
 void ListBox::swapRows(int a, int b) {
-  checkIndex(a, "swap");
-  checkIndex(b, "swap");
+  checkIndex(a, "échange");
+  checkIndex(b, "échange");
   if (a == b) return;
   std::swap(rows_[a], rows_[b]);
   std::swap(selected_[a], selected_[b]);

@@ -209,11 +209,12 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   EXPECT_EQ(edited["Txt_Duree"], "1h55");
   EXPECT_EQ(edited["W_Total"], 115);
   EXPECT_EQ(edited["W_DoubleClic"], false);
-  EXPECT_EQ(j["messages"],
-            (Json{{{"line", 31},
-                   {"text",
-                    "error 13: type mismatch: the duration '1h' is not a number of minutes; the "
-                    "row is unchanged"}}}));
+  EXPECT_EQ(
+      j["messages"],
+      (Json{{{"line", 31},
+             {"text",
+              "error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes ; la "
+              "ligne n'a pas changé"}}}));
 
   // The made bed removed after a No and a Yes.
   const Json& removed = shows[3]["state"];
@@ -248,7 +249,7 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
   ASSERT_EQ(run.status, 0) << run.err;
   for (const char* expected :
        {"== line 9 ==\n", "== line 15 ==\n", "== line 48 ==\n",
-        "line 31: error 13: type mismatch: the duration '1h' is not a number of minutes",
+        "line 31: error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes",
         "W_Enr (5 items)\n  1 \"Aide au lever\" \"15\" \"\"\n",
         "enabled: Cmd_Select Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
         "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n"}) {

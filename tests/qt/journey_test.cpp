@@ -210,7 +210,9 @@ class WidgetJourney : public ::testing::Test {
         EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr de vouloir supprimer cette tâche ?"));
         EXPECT_EQ(box->icon(), QMessageBox::Question);
         EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Yes));
-        EXPECT_NE(box->button(QMessageBox::No), nullptr);
+        ASSERT_NE(box->button(QMessageBox::No), nullptr);
+        EXPECT_EQ(box->button(QMessageBox::Yes)->text(), QStringLiteral("&Oui"));
+        EXPECT_EQ(box->button(QMessageBox::No)->text(), QStringLiteral("&Non"));
         click(box->button(button));
       });
     };

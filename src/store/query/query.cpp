@@ -78,9 +78,10 @@ Field resolve(ReadConnection& connection, const Text& file, const FieldName& nam
   }
   const auto item = connection.dictionaryItem(file, name.spelling);
   if (!item) {
-    throw Failure(errors::kUnknownName, "query: at " + std::to_string(name.position) +
-                                            ": unknown dictionary name \"" + toUtf8(name.spelling) +
-                                            "\" in file " + toUtf8(file));
+    throw Failure(errors::kUnknownName, "requête : à la position " + std::to_string(name.position) +
+                                            " : nom de dictionnaire inconnu « " +
+                                            toUtf8(name.spelling) + " » dans le fichier " +
+                                            toUtf8(file));
   }
   if (item->isKeyPart()) return {Field::Kind::KeyPart, 0, item->keyStart, item->keyLength};
   if (item->attribute == 0) return {};
@@ -144,8 +145,8 @@ Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text&
   Plan plan;
   plan.file = syntax.file;
   if (!connection.hasFile(plan.file)) {
-    throw Failure(errors::kUnknownFile, "query: unknown file \"" + toUtf8(plan.file) +
-                                            "\" in database " + connection.path());
+    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(plan.file) +
+                                            " » dans la base " + connection.path());
   }
   for (const auto& condition : syntax.conditions) {
     ResolvedCondition resolved{resolve(connection, plan.file, condition.field),
