@@ -5,6 +5,7 @@
 
 #include <QClipboard>
 #include <QFocusEvent>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -331,6 +332,22 @@ void TextAreaView::focusOutEvent(QFocusEvent* event) {
   if (leavesByTheUser(event->reason())) guarded(this, [this] { box_.leave(); });
 }
 
+namespace {
+
+// The character cell of Courier New 8.25 pt on a 96-dpi screen, in logical pixels (Qt
+// scales them with the device pixel ratio). The headings of the columns are placed for it.
+constexpr qreal kListCharacterCell = 7;
+
+// The list's face with letter spacing that makes each character exactly one cell wide:
+// the face that stands in for Courier New is narrower (Liberation Mono: 6.59 pixels).
+QFont withCharacterCell(QFont font) {
+  const qreal advance = QFontMetricsF(font).horizontalAdvance(QLatin1Char('0'));
+  font.setLetterSpacing(QFont::AbsoluteSpacing, kListCharacterCell - advance);
+  return font;
+}
+
+}  // namespace
+
 ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
     : QListView(parent), list_(list), model_(makeChild<ListBoxModel>(this, list)) {
   setModel(model_);
@@ -340,6 +357,8 @@ ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::StrongFocus);
   applyLook(*this, list);
+  // Rows of fixed-width columns must stand under their headings.
+  if (list.font) setFont(withCharacterCell(font()));
   subscription_ = follow(*this, list);
   connect(model_, &ListBoxModel::refreshed, this, [this] { followCurrentRow(); });
 }
