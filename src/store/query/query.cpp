@@ -14,7 +14,7 @@ namespace velmora::store {
 namespace {
 
 [[noreturn]] void badRequest(const std::string& what) {
-  throw Failure(errors::kBadQuery, "query: " + what);
+  throw Failure(errors::kBadQuery, "requête : " + what);
 }
 
 // A field once its name is known: the key, an attribute, or characters of the key.
@@ -63,8 +63,8 @@ bool isDigits(TextView text) {
 
 int attributeNumber(TextView digits, std::size_t position) {
   if (digits.size() > 6) {
-    badRequest("at " + std::to_string(position) + ": attribute number " + toUtf8(digits) +
-               " is too large");
+    badRequest("à la position " + std::to_string(position) + " : le numéro d'attribut " +
+               toUtf8(digits) + " est trop grand");
   }
   return static_cast<int>(*parseNumber(digits));  // six digits at most: exact
 }
@@ -100,8 +100,8 @@ std::vector<int> parseColumns(TextView text) {
     while (i < text.size() && text[i] != u' ') ++i;
     const TextView word = text.substr(start, i - start);
     if (!isDigits(word)) {
-      badRequest("columns: \"" + toUtf8(word) + "\" at " + std::to_string(start + 1) +
-                 " is not an attribute number");
+      badRequest("colonnes : « " + toUtf8(word) + " » à la position " + std::to_string(start + 1) +
+                 " n'est pas un numéro d'attribut");
     }
     columns.push_back(attributeNumber(word, start + 1));
   }
@@ -368,8 +368,8 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const QuerySyntax syntax = parseQuery(query);
   const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
-    badRequest("the request names file \"" + toUtf8(file) + "\" but the query reads \"" +
-               toUtf8(syntax.file) + "\"");
+    badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
+               toUtf8(syntax.file) + " »");
   }
   const Plan plan = makePlan(connection, syntax, parts.r(3));
   ++connection.statistics().queries;
