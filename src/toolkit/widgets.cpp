@@ -120,7 +120,7 @@ void TextBox::typeKey(int keyAscii) {
     }
     const auto kept = static_cast<int>(text_.size()) - selLength_;
     if (maxLength > 0 && kept >= maxLength) return;
-    const char16_t typed = static_cast<char16_t>(key);
+    const auto typed = static_cast<char16_t>(key);
     setSelText(TextView(&typed, 1));
   });
 }

@@ -200,6 +200,7 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixel) {
       }
     }
     std::vector<std::pair<int, int>> expected;
+    expected.reserve(positions.size());
     const int headingX = w.view(*c.heading)->x() - view->x();  // both lie in the frame
     for (const int p : positions) expected.emplace_back(headingX + 7 * (p - 52), 7);
     EXPECT_EQ(runs, expected) << c.list->name();

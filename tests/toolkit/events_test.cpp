@@ -1,6 +1,7 @@
 // The behaviour of events that the control's logic rests on, and the gestures.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -90,14 +91,19 @@ TEST(TextBoxGestures, KeysActAtTheCaretAndOnTheSelection) {
     const char16_t* after;
     int caret;
   };
-  const Case cases[] = {
-      {u"15", 0, 2, '4', u"4", 1},        {u"15", 0, 0, '4', u"415", 1},
-      {u"15", 1, 0, '4', u"145", 2},      {u"145", 1, 1, 8, u"15", 1},
-      {u"145", 1, 0, 8, u"45", 0},        {u"145", 0, 0, 8, u"145", 0},
-      {u"145", 1, 0, 127, u"15", 1},      {u"145", 3, 0, 127, u"145", 3},
-      {u"145", 0, 3, 127, u"", 0},        {u"12345", 1, 2, '9', u"1945", 2},
+  const std::array<Case, 11> cases{{
+      {u"15", 0, 2, '4', u"4", 1},
+      {u"15", 0, 0, '4', u"415", 1},
+      {u"15", 1, 0, '4', u"145", 2},
+      {u"145", 1, 1, 8, u"15", 1},
+      {u"145", 1, 0, 8, u"45", 0},
+      {u"145", 0, 0, 8, u"145", 0},
+      {u"145", 1, 0, 127, u"15", 1},
+      {u"145", 3, 0, 127, u"145", 3},
+      {u"145", 0, 3, 127, u"", 0},
+      {u"12345", 1, 2, '9', u"1945", 2},
       {u"12345", 1, 0, '9', u"12345", 1},  // at most five
-  };
+  }};
   for (const Case& c : cases) {
     TextBox box("Txt_DureeSoin", kAnywhere, 0, c.text);
     box.maxLength = 5;

@@ -1,5 +1,7 @@
 // Removing a selected row after the question: the three parallel stores, the total,
 // the end of an open edit and the mandatory label.
+#include <array>
+
 #include "journey.h"
 #include "support/failure_number.h"
 
@@ -144,13 +146,13 @@ TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRo
     int questions;
     int dialogs;
   };
-  const Case cases[] = {
+  const std::array<Case, 4> cases{{
       {"Supprimer, No", &ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 0, "", 1, 0},
       {"Supprimer, Yes", &ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, errors::kInvalidCall, "0h00",
        1, 0},  // "0" written first, then the row is missing
       {"OK", &ctl.Cmd_OKVelmora, 0, errors::kInvalidCall, "0h45", 0, 0},
       {"Obs.", &ctl.Cmd_Obs, 0, 0, "", 0, 1},
-  };
+  }};
   for (const Case& c : cases) {
     select({0});
     ctl.Lst_Selectionne.click(0);
