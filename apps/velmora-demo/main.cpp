@@ -7,7 +7,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QLibraryInfo>
 #include <QStandardPaths>
+#include <QTranslator>
 
 #include <velmora/base/failure.h>
 #include <velmora/qt/failure_display.h>
@@ -45,6 +47,12 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("velmora-demo"));
   QApplication::setOrganizationName(QStringLiteral("Velmora"));
+  // Qt's own words on screen in French (Debian's qt6-translations-l10n), whatever the locale.
+  QTranslator qtFrench;
+  if (qtFrench.load(QStringLiteral("qtbase_fr"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&qtFrench);
+  }
 
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A small host of the Velmora planning control."));

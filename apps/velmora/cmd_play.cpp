@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 #include <velmora/base/failure.h>
 #include <velmora/control/ctr_velmora_new.h>
@@ -56,6 +57,46 @@ struct Extras {
     return items;
   }
 };
+
+// The scripted answers, and what the planner saw: each question box with its answer, and
+// the four boxes of the observations dialog at each opening, until the next show.
+class WatchedServices : public toolkit::ScriptedServices {
+ public:
+  int MsgBox(TextView prompt, int style, TextView title) override {
+    Json asked{
+        {"text", toUtf8(prompt)}, {"title", toUtf8(title)}, {"style", style}, {"answer", nullptr}};
+    questions_.push_back(asked);
+    const int answer = ScriptedServices::MsgBox(prompt, style, title);
+    questions_.back()["answer"] = answer;
+    return answer;
+  }
+
+  void ShowModal(toolkit::Form& form) override {
+    if (const auto* dialog = dynamic_cast<const Frm_AjoutObsTache*>(&form)) {
+      dialogs_.push_back({{"Txt_Type", toUtf8(dialog->Txt_Type.getText())},
+                          {"Txt_Groupe", toUtf8(dialog->Txt_Groupe.getText())},
+                          {"Txt_Tache", toUtf8(dialog->Txt_Tache.getText())},
+                          {"Txt_Obs", toUtf8(dialog->Txt_Obs.getText())}});
+    }
+    ScriptedServices::ShowModal(form);
+  }
+
+  // What was seen since the last call.
+  Json takeQuestions() { return std::exchange(questions_, Json::array()); }
+  Json takeDialogs() { return std::exchange(dialogs_, Json::array()); }
+
+ private:
+  Json questions_ = Json::array();
+  Json dialogs_ = Json::array();
+};
+
+Json markedRows(const toolkit::ListBox& list) {
+  Json marked = Json::array();
+  for (int i = 0; i < list.ListCount(); ++i) {
+    if (list.Selected(i)) marked.push_back(i);
+  }
+  return marked;
+}
 
 class Player {
  public:
@@ -149,7 +190,7 @@ class Player {
       case K::Observation:
         return observation(step);
       case K::Host:
-        return host(step.words[0]);
+        return host(step);
       case K::Show:
         return show();
     }
@@ -181,11 +222,24 @@ class Player {
     });
   }
 
-  void host(const std::string& call) {
+  void host(const Step& step) {
+    const std::string& call = step.words[0];
     if (call == "maj-enr") return control_.MAJ_Enr();
     if (call == "vider-tache") return control_.Vider_Tache();
     if (call == "vider-liste") return control_.Vider_liste();
-    // affiche: the host hands back what MAJ_Enr gave it.
+    // affiche with items: the host sets W_Aff to them, one attribute an item.
+    if (step.words.size() > 1) {
+      NorvikRecord items;
+      for (std::size_t w = 1; w + 2 < step.words.size(); w += 3) {
+        const auto item = static_cast<int>(w / 3 + 1);
+        items.set(item, 1, fromUtf8(step.words[w]));
+        items.set(item, 2, fromUtf8(step.words[w + 1]));
+        items.set(item, 3, fromUtf8(step.words[w + 2]));
+      }
+      control_.W_Aff = RecordRef::make(items);
+      return control_.Affiche();
+    }
+    // affiche alone: the host hands back what MAJ_Enr gave it.
     if (control_.W_Enr.empty()) {
       throw Failure(errors::kObjectNotSet,
                     "object not set: no W_Enr to show; run host maj-enr first");
@@ -203,11 +257,19 @@ class Player {
       state["ListIndex"] = c.Lst_Selectionne.ListIndex();
       state["enabled"] = Extras::enabled(c);
       state["W_Enr"] = Extras::record(c.W_Enr);
+      state["marked"] = markedRows(c.Lst_Possible);
+      state["questions"] = services_->takeQuestions();
+      state["dialogs"] = services_->takeDialogs();
       shows_.push_back({{"line", line_}, {"state", state}});
       return;
     }
     std::cout << "== line " << line_ << " ==\n";
     printReport(std::cout, c);
+    std::cout << "Lst_Possible marked:";
+    const Json marked = markedRows(c.Lst_Possible);
+    if (marked.empty()) std::cout << " none";
+    for (const auto& row : marked) std::cout << " " << row.get<int>();
+    std::cout << "\n";
     std::cout << "Txt_DureeSoin \"" << toUtf8(c.Txt_DureeSoin.getText()) << "\"\n";
     std::cout << "W_DoubleClic " << yesNo(c.W_DoubleClic != kFalse) << "  ListIndex "
               << c.Lst_Selectionne.ListIndex() << "\n";
@@ -228,14 +290,23 @@ class Player {
                   << item[2].dump() << "\n";
       }
     }
+    for (const auto& q : services_->takeQuestions()) {
+      std::cout << "question " << q["title"].dump() << " " << q["text"].dump() << " style "
+                << q["style"].get<int>() << " answer "
+                << (q["answer"].is_null() ? std::string("none") : q["answer"].dump()) << "\n";
+    }
+    for (const auto& d : services_->takeDialogs()) {
+      std::cout << "dialog Txt_Type " << d["Txt_Type"].dump() << " Txt_Groupe "
+                << d["Txt_Groupe"].dump() << " Txt_Tache " << d["Txt_Tache"].dump() << " Txt_Obs "
+                << d["Txt_Obs"].dump() << "\n";
+    }
     std::cout << "\n";
   }
 
   DatabaseRef db_;
   bool json_;
   Ctr_VelmoraNew control_;
-  std::shared_ptr<toolkit::ScriptedServices> services_ =
-      std::make_shared<toolkit::ScriptedServices>();
+  std::shared_ptr<WatchedServices> services_ = std::make_shared<WatchedServices>();
   int line_ = 0;
   Json shows_ = Json::array();
   Json messages_ = Json::array();
@@ -280,6 +351,7 @@ const Command& playCommand() {
       "    answer yes|no                        (the next question box)\n"
       "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
       "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
+      "    host affiche CODE DURATION OBSERVATION...        (W_Aff given item by item)\n"
       "    show\n"
       "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n",
       &play};

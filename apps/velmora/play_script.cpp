@@ -129,6 +129,16 @@ Step parseLine(LineReader& in, int line) {
     step.kind = Step::Kind::Host;
     step.words.push_back(
         in.takeOneOf("host call", {"maj-enr", "vider-tache", "vider-liste", "affiche"}));
+    // host affiche [CODE DURATION OBSERVATION]...: the items of W_Aff, three words each.
+    if (step.words[0] == "affiche") {
+      while (!in.atEnd()) {
+        step.words.push_back(in.take("item code"));
+        if (in.atEnd()) in.fail("an item of host affiche needs CODE DURATION OBSERVATION");
+        step.words.push_back(in.take("item duration"));
+        if (in.atEnd()) in.fail("an item of host affiche needs CODE DURATION OBSERVATION");
+        step.words.push_back(in.take("item observation"));
+      }
+    }
   } else if (command == "show") {
     step.kind = Step::Kind::Show;
   } else {

@@ -27,7 +27,7 @@ struct Step {
     Tick,         // Cac_TouteTache
     Answer,       // yes | no, for the next question box
     Observation,  // optional text (text present when hasText), then close/ok/cancel actions
-    Host,         // maj-enr | vider-tache | vider-liste | affiche
+    Host,         // maj-enr | vider-tache | vider-liste | affiche [CODE DURATION OBS]...
     Show,
   };
   Kind kind = Kind::Show;

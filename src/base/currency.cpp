@@ -1,5 +1,7 @@
 #include <velmora/base/currency.h>
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -8,11 +10,22 @@
 
 namespace velmora {
 
+namespace {
+
+// The shortest text that reads back as v, the same in every locale.
+std::string shortestText(double v) {
+  std::array<char, 32> out{};
+  const auto end = std::to_chars(out.data(), out.data() + out.size(), v).ptr;
+  return {out.data(), static_cast<std::size_t>(end - out.data())};
+}
+
+}  // namespace
+
 Currency Currency::fromDouble(double v) {
   const double scaled = std::nearbyint(v * 10000.0);  // default rounding mode: halves to even
   if (!std::isfinite(scaled) || std::fabs(scaled) >= 9.2e18) {
-    throw Failure(errors::kOverflow,
-                  "overflow: " + std::to_string(v) + " is out of Currency range");
+    throw Failure(errors::kOverflow, "dépassement de capacité : " + shortestText(v) +
+                                         " est hors des limites d'un montant");
   }
   return fromUnits(static_cast<std::int64_t>(scaled));
 }
@@ -20,7 +33,8 @@ Currency Currency::fromDouble(double v) {
 Currency Currency::fromText(TextView v) {
   const auto number = parseNumber(v);
   if (!number)
-    throw Failure(errors::kTypeMismatch, "type mismatch: '" + toUtf8(v) + "' is not a number");
+    throw Failure(errors::kTypeMismatch,
+                  "type incompatible : « " + toUtf8(v) + " » n'est pas un nombre");
   return fromDouble(*number);
 }
 

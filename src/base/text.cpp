@@ -1,8 +1,10 @@
 #include <velmora/base/text.h>
 
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
+#include <limits>
+#include <system_error>
 
 namespace velmora {
 
@@ -159,12 +161,29 @@ bool isDecimalNumber(TextView v) {
 std::optional<double> parseNumber(TextView v) {
   const Text t = trimBlanks(v);
   if (!isDecimalNumber(t)) return std::nullopt;
-  const std::string narrow = toUtf8(t);
-  return std::strtod(narrow.c_str(), nullptr);
+  // from_chars reads the same in every locale (strtod would stop at "." in French) but
+  // takes no "+": a leading plus is dropped first.
+  std::string narrow = toUtf8(t);
+  if (narrow.front() == '+') narrow.erase(0, 1);
+  double value = 0;
+  const auto [end, error] = std::from_chars(narrow.data(), narrow.data() + narrow.size(), value);
+  if (error == std::errc::result_out_of_range) {
+    // Without an exponent only hundreds of digits get here: too large (a digit other than
+    // 0 before the point) gives an infinity, as strtod does, too small gives zero.
+    const bool negative = narrow.front() == '-';
+    const auto whole = narrow.substr(0, narrow.find('.'));
+    const bool large = whole.find_first_not_of("-0") != std::string::npos;
+    const double magnitude = large ? std::numeric_limits<double>::infinity() : 0.0;
+    return negative ? -magnitude : magnitude;
+  }
+  if (error != std::errc{} || end != narrow.data() + narrow.size()) return std::nullopt;
+  return value;
 }
 
 Text numberText(long long n) {
-  return fromUtf8(std::to_string(n));
+  std::array<char, 24> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), n).ptr;
+  return fromUtf8({digits.data(), static_cast<std::size_t>(end - digits.data())});
 }
 
 Text zeroPadded(double value, int digits) {

@@ -16,7 +16,8 @@ namespace {
 double numberOf(const Text& v) {
   const auto n = parseNumber(v);
   if (!n)
-    throw Failure(errors::kTypeMismatch, "type mismatch: '" + toUtf8(v) + "' is not a number");
+    throw Failure(errors::kTypeMismatch,
+                  "type incompatible : « " + toUtf8(v) + " » n'est pas un nombre");
   return *n;
 }
 

@@ -54,7 +54,7 @@ inline RecordRef R_Tache;
 inline RecordRef R_AideDetail;
 inline RecordRef R_SemTypeFlot;
 
-inline std::int16_t N_LigneObs = 0;
+inline int N_LigneObs = 0;  // 32-bit, as every row counter
 inline RecordRef R_Obs;
 inline RecordRef R_TablePossible;
 inline RecordRef R_TableSelection;

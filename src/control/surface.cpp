@@ -94,6 +94,10 @@ void Ctr_VelmoraNew::wireEvents() {
   Cmd_Select.Click = [this] { Cmd_Select_Click(); };
   Lst_Selectionne.Click = [this] { Lst_Selectionne_Click(); };
   Lst_Selectionne.DblClick = [this] { Lst_Selectionne_DblClick(); };
+  // A sort writes the rows in place; only an open edit follows its item.
+  const auto editOpen = [this] { return W_DoubleClic != kFalse; };
+  Lst_Selectionne.currentFollows = editOpen;
+  Lst_CodeSelect.currentFollows = editOpen;
   Cmd_OKVelmora.Click = [this] { Cmd_OKVelmora_Click(); };
   Cmd_AnnulerVelmora.Click = [this] { Cmd_AnnulerVelmora_Click(); };
   Cmd_SupprVelmora.Click = [this] { Cmd_SupprVelmora_Click(); };
@@ -114,7 +118,7 @@ void Ctr_VelmoraNew::setServices(std::shared_ptr<toolkit::Services> services) {
 toolkit::Services& Ctr_VelmoraNew::services() const {
   if (!services_) {
     throw Failure(errors::kObjectNotSet,
-                  "object not set: the host gave the control no screen services");
+                  "objet non défini : l'hôte n'a pas donné de services d'écran au contrôle");
   }
   return *services_;
 }

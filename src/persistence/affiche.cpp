@@ -30,21 +30,25 @@ bool readOrDrop(const FileRef& file, const Text& key, RecordRef& cursor) {
 void Ctr_VelmoraNew::Affiche() {
   using namespace Variable;
   const int count = W_Aff->DCount();
+  bool leftOut = false;  // an item of this call has been left out
   for (int i = 1; i <= count; ++i) {
     const Text code = W_Aff->r(i, 1);
     const Text duration = W_Aff->r(i, 2);
     const Text observation = W_Aff->r(i, 3);
     // 1-2. An item without its task or its group is left out without a word.
-    if (!readOrDrop(F_Tache, code, R_Tache)) continue;
-    if (!readOrDrop(F_GroupeTache, R_Tache->r(2), R_GroupeTache)) continue;
+    if (!readOrDrop(F_Tache, code, R_Tache) ||
+        !readOrDrop(F_GroupeTache, R_Tache->r(2), R_GroupeTache)) {
+      leftOut = true;
+      continue;
+    }
     // 3-4.
     Lst_Selectionne.AddItem(rows::textColumn(R_GroupeTache->r(2)) +
                             rows::textColumn(R_Tache->r(2)) + rows::textColumn(code) +
                             rows::selectionMarkerAndDuration(!observation.empty(), duration));
     Lst_CodeSelect.AddItem(code);
-    // 5. The observation goes with the row it belongs to: the row just appended, which
-    // is not item i when an item was left out or the selection held rows already.
-    R_Obs->set(Lst_Selectionne.ListCount(), observation);
+    // 5. Attribute i. Behind a left-out item i runs ahead of the rows: the observation
+    // then goes with the row just appended.
+    R_Obs->set(leftOut ? Lst_Selectionne.ListCount() : i, observation);
     // 6.
     const Text d = trimBlanks(duration);
     if (!d.empty()) W_Total = selection::addToShownTotal(Txt_Duree, d);

@@ -1,10 +1,13 @@
 #include "qt/control_views.h"
 
 #include <algorithm>
+#include <array>
 
 #include <QClipboard>
 #include <QFocusEvent>
+#include <QFontMetricsF>
 #include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPixmap>
@@ -156,41 +159,107 @@ void greyWhenDisabled(QWidget& widget) {
 }
 }  // namespace
 
+namespace {
+
+// Keys that only move the caret or choose a stretch, or copy it: Qt does them, and the
+// box learns the new caret. Every key that changes the text goes to the box instead.
+bool movesTheCaret(const QKeyEvent& event) {
+  static constexpr std::array kMoves{
+      QKeySequence::MoveToNextChar,
+      QKeySequence::MoveToPreviousChar,
+      QKeySequence::MoveToNextWord,
+      QKeySequence::MoveToPreviousWord,
+      QKeySequence::MoveToStartOfLine,
+      QKeySequence::MoveToEndOfLine,
+      QKeySequence::MoveToStartOfBlock,
+      QKeySequence::MoveToEndOfBlock,
+      QKeySequence::MoveToStartOfDocument,
+      QKeySequence::MoveToEndOfDocument,
+      QKeySequence::SelectNextChar,
+      QKeySequence::SelectPreviousChar,
+      QKeySequence::SelectNextWord,
+      QKeySequence::SelectPreviousWord,
+      QKeySequence::SelectStartOfLine,
+      QKeySequence::SelectEndOfLine,
+      QKeySequence::SelectStartOfBlock,
+      QKeySequence::SelectEndOfBlock,
+      QKeySequence::SelectStartOfDocument,
+      QKeySequence::SelectEndOfDocument,
+      QKeySequence::SelectAll,
+      QKeySequence::Copy,
+  };
+  return std::any_of(kMoves.begin(), kMoves.end(),
+                     [&event](QKeySequence::StandardKey key) { return event.matches(key); });
+}
+
+}  // namespace
+
 TextLineView::TextLineView(toolkit::TextBox& box, QWidget* parent) : QLineEdit(parent), box_(box) {
   setAlignment(horizontal(box.alignment) | Qt::AlignVCenter);
   setMaxLength(box.maxLength > 0 ? box.maxLength : 32767);
   setReadOnly(box.readOnly);
-  // Text reaches the box only key by key; no menu or drop may change it behind the toolkit.
+  // Text reaches the box only through its gestures; no menu or drop may change it behind
+  // the toolkit.
   setContextMenuPolicy(Qt::NoContextMenu);
   setAcceptDrops(false);
   applyLook(*this, box);
   greyWhenDisabled(*this);
   showText();
   subscription_ = follow(*this, box, [this](Change change, int) {
-    if (change == Change::Text) showText();
+    if (change == Change::Text || (change == Change::Selection && !movingCaret_)) showText();
   });
+  connect(this, &QLineEdit::cursorPositionChanged, this, [this] { caretMoved(); });
+  connect(this, &QLineEdit::selectionChanged, this, [this] { caretMoved(); });
 }
 
+// The box's text, caret and selected stretch.
 void TextLineView::showText() {
-  const QString text = toQString(box_.getText());
-  if (text == this->text()) return;
   const QSignalBlocker blocker(this);
-  setText(text);
-  setCursorPosition(static_cast<int>(text.size()));
+  const QString text = toQString(box_.getText());
+  if (text != this->text()) setText(text);
+  if (box_.SelLength() > 0) {
+    setSelection(box_.SelStart(), box_.SelLength());
+  } else {
+    setCursorPosition(box_.SelStart());
+  }
+}
+
+// Qt moved the caret or chose a stretch (keys, mouse): the box takes it over.
+void TextLineView::caretMoved() {
+  const int start = hasSelectedText() ? selectionStart() : cursorPosition();
+  const int length = hasSelectedText() ? static_cast<int>(selectedText().size()) : 0;
+  if (start == box_.SelStart() && length == box_.SelLength()) return;
+  movingCaret_ = true;
+  guarded(this, [this, start, length] { box_.select(start, length); });
+  movingCaret_ = false;
+}
+
+void TextLineView::paste(QClipboard::Mode mode) {
+  const Text pasted = fromQString(QGuiApplication::clipboard()->text(mode));
+  guarded(this, [this, &pasted] { box_.typeText(pasted); });
 }
 
 void TextLineView::keyPressEvent(QKeyEvent* event) {
-  if (box_.readOnly) {
+  if (box_.readOnly || movesTheCaret(*event)) {
     QLineEdit::keyPressEvent(event);
     return;
   }
   if (event->matches(QKeySequence::Paste)) {
-    const Text pasted = fromQString(QGuiApplication::clipboard()->text());
-    guarded(this, [this, &pasted] { box_.typeText(pasted); });
+    paste(QClipboard::Clipboard);
     return;
   }
-  if (event->key() == Qt::Key_Backspace) {
+  if (event->matches(QKeySequence::Cut)) {
+    if (box_.SelLength() == 0) return;
+    QGuiApplication::clipboard()->setText(toQString(box_.SelText()));
+    guarded(this, [this] { box_.typeDelete(); });
+    return;
+  }
+  if (event->key() == Qt::Key_Backspace && event->modifiers() == Qt::NoModifier) {
     guarded(this, [this] { box_.typeKey(8); });
+    return;
+  }
+  if (event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier) {
+    guarded(this, [this] { box_.typeDelete(); });
     return;
   }
   const auto modifiers =
@@ -204,6 +273,24 @@ void TextLineView::keyPressEvent(QKeyEvent* event) {
   for (const QChar c : typed) {
     guarded(this, [this, c] { box_.typeKey(c.unicode()); });
   }
+}
+
+// Composed characters (dead keys, input methods) are typed like keys.
+void TextLineView::inputMethodEvent(QInputMethodEvent* event) {
+  event->accept();
+  if (box_.readOnly || event->commitString().isEmpty()) return;
+  const Text committed = fromQString(event->commitString());
+  guarded(this, [this, &committed] { box_.typeText(committed); });
+}
+
+// The middle button pastes the X11 selection: typed like any paste.
+void TextLineView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::MiddleButton) {
+    QLineEdit::mouseReleaseEvent(event);
+    return;
+  }
+  event->accept();
+  if (!box_.readOnly) paste(QClipboard::Selection);
 }
 
 void TextLineView::focusOutEvent(QFocusEvent* event) {
@@ -245,6 +332,22 @@ void TextAreaView::focusOutEvent(QFocusEvent* event) {
   if (leavesByTheUser(event->reason())) guarded(this, [this] { box_.leave(); });
 }
 
+namespace {
+
+// The character cell of Courier New 8.25 pt on a 96-dpi screen, in logical pixels (Qt
+// scales them with the device pixel ratio). The headings of the columns are placed for it.
+constexpr qreal kListCharacterCell = 7;
+
+// The list's face with letter spacing that makes each character exactly one cell wide:
+// the face that stands in for Courier New is narrower (Liberation Mono: 6.59 pixels).
+QFont withCharacterCell(QFont font) {
+  const qreal advance = QFontMetricsF(font).horizontalAdvance(QLatin1Char('0'));
+  font.setLetterSpacing(QFont::AbsoluteSpacing, kListCharacterCell - advance);
+  return font;
+}
+
+}  // namespace
+
 ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
     : QListView(parent), list_(list), model_(makeChild<ListBoxModel>(this, list)) {
   setModel(model_);
@@ -254,6 +357,8 @@ ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::StrongFocus);
   applyLook(*this, list);
+  // Rows of fixed-width columns must stand under their headings.
+  if (list.font) setFont(withCharacterCell(font()));
   subscription_ = follow(*this, list);
   connect(model_, &ListBoxModel::refreshed, this, [this] { followCurrentRow(); });
 }

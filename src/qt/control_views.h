@@ -7,6 +7,7 @@
 #include <memory>
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -78,12 +79,17 @@ class TextLineView : public QLineEdit {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void inputMethodEvent(QInputMethodEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
 
  private:
   void showText();
+  void caretMoved();
+  void paste(QClipboard::Mode mode);
 
   toolkit::TextBox& box_;
+  bool movingCaret_ = false;  // the box is taking the caret from this view
   std::shared_ptr<void> subscription_;
 };
 

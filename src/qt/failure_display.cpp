@@ -1,5 +1,6 @@
 #include <velmora/qt/failure_display.h>
 
+#include <QAbstractButton>
 #include <QMessageBox>
 
 #include <velmora/qt/velmora_widget.h>
@@ -9,7 +10,10 @@ namespace velmora::qt {
 namespace {
 
 void showWarning(QWidget* parent, const Failure& failure) {
-  QMessageBox::warning(parent, QStringLiteral("Velmora"), failureText(failure));
+  QMessageBox box(QMessageBox::Warning, QStringLiteral("Erreur"), failureText(failure),
+                  QMessageBox::Ok, parent);
+  box.button(QMessageBox::Ok)->setText(QStringLiteral("OK"));
+  box.exec();
 }
 
 FailurePresenter& presenter() {
@@ -36,7 +40,7 @@ void presentFailure(QWidget* parent, const Failure& failure) {
 }
 
 QString failureText(const Failure& failure) {
-  return QStringLiteral("Erreur %1\n%2")
+  return QStringLiteral("Erreur n° %1 :\n%2")
       .arg(failure.number())
       .arg(QString::fromUtf8(failure.what()));
 }

@@ -9,11 +9,11 @@ namespace velmora::qt {
 namespace {
 
 int twoDigits(TextView text, std::size_t at) {
-  if (text.size() < at + 2) throw Failure(errors::kTypeMismatch, "not a time: " + toUtf8(text));
+  if (text.size() < at + 2) throw Failure(errors::kTypeMismatch, "pas une heure : " + toUtf8(text));
   const char16_t a = text[at];
   const char16_t b = text[at + 1];
   if (a < u'0' || a > u'9' || b < u'0' || b > u'9') {
-    throw Failure(errors::kTypeMismatch, "not a time: " + toUtf8(text));
+    throw Failure(errors::kTypeMismatch, "pas une heure : " + toUtf8(text));
   }
   return (a - u'0') * 10 + (b - u'0');
 }
@@ -30,12 +30,12 @@ Text internalDate(const Text& date) {
 
 Text fourDigitTime(TextView hhmm) {
   if (hhmm.size() != 5 || hhmm[2] != u':') {
-    throw Failure(errors::kTypeMismatch, "not a time HH:MM: " + toUtf8(hhmm));
+    throw Failure(errors::kTypeMismatch, "pas une heure HH:MM : " + toUtf8(hhmm));
   }
   const int hours = twoDigits(hhmm, 0);
   const int minutes = twoDigits(hhmm, 3);
   if (hours > 23 || minutes > 59)
-    throw Failure(errors::kTypeMismatch, "not a time: " + toUtf8(hhmm));
+    throw Failure(errors::kTypeMismatch, "pas une heure : " + toUtf8(hhmm));
   // Hundredths of an hour, rounded to the nearest.
   const int hundredths = (minutes * 100 + 30) / 60;
   return twoDigitText(hours) + twoDigitText(hundredths);
@@ -43,10 +43,10 @@ Text fourDigitTime(TextView hhmm) {
 
 Text detailKey(const Intervention& i) {
   if (i.agency.size() != 5 || i.client.size() != 5) {
-    throw Failure(errors::kInvalidCall, "agency and client take 5 characters each");
+    throw Failure(errors::kInvalidCall, "l'agence et le client ont 5 caractères chacun");
   }
   const Text date = internalDate(i.dateDeb);
-  const long days = std::stol(toUtf8(date));
+  const auto days = static_cast<long>(parseNumber(date).value_or(0));
   // Day 0 of the store, 31/12/1967, was a Sunday: Monday is 0 in the key.
   const auto weekday = static_cast<char16_t>(u'0' + (days + 6) % 7);
   return i.agency + i.client + date + u"000001" + Text(1, weekday) + fourDigitTime(i.heureDe);

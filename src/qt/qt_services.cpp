@@ -63,6 +63,27 @@ QMessageBox::Icon iconOf(int style) {
   }
 }
 
+// The captions of the host platform's French question boxes, whatever the locale and
+// whatever translations Qt has.
+QString frenchCaption(QMessageBox::StandardButton button) {
+  switch (button) {
+    case QMessageBox::Cancel:
+      return QStringLiteral("Annuler");
+    case QMessageBox::Abort:
+      return QStringLiteral("&Abandonner");
+    case QMessageBox::Retry:
+      return QStringLiteral("&Recommencer");
+    case QMessageBox::Ignore:
+      return QStringLiteral("&Ignorer");
+    case QMessageBox::Yes:
+      return QStringLiteral("&Oui");
+    case QMessageBox::No:
+      return QStringLiteral("&Non");
+    default:
+      return QStringLiteral("OK");
+  }
+}
+
 int defaultButtonOf(int style) {
   return (style & 0x300) >> 8;
 }
@@ -94,8 +115,11 @@ int QtServices::MsgBox(TextView prompt, int style, TextView title) {
   const std::vector<Answer> answers = buttonsOf(style);
   std::vector<std::pair<QAbstractButton*, int>> codes;
   codes.reserve(answers.size());
-  for (const Answer& answer : answers)
-    codes.emplace_back(box.addButton(answer.button), answer.code);
+  for (const Answer& answer : answers) {
+    QAbstractButton* button = box.addButton(answer.button);
+    button->setText(frenchCaption(answer.button));
+    codes.emplace_back(button, answer.code);
+  }
   const auto chosenDefault = static_cast<size_t>(defaultButtonOf(style));
   if (chosenDefault < codes.size()) {
     box.setDefaultButton(static_cast<QPushButton*>(codes[chosenDefault].first));

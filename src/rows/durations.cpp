@@ -11,11 +11,12 @@ namespace {
 double minutesOf(const Text& shown) {
   const auto minutes = parseNumber(shown);
   if (!minutes) {
-    throw Failure(errors::kTypeMismatch,
-                  "type mismatch: the total '" + toUtf8(shown) + "' is not a number of minutes");
+    throw Failure(errors::kTypeMismatch, "type incompatible : le total « " + toUtf8(shown) +
+                                             " » n'est pas un nombre de minutes");
   }
   if (!std::isfinite(*minutes) || std::fabs(*minutes) >= 9.0e15) {
-    throw Failure(errors::kOverflow, "overflow: the total '" + toUtf8(shown) + "' is out of range");
+    throw Failure(errors::kOverflow,
+                  "dépassement de capacité : le total « " + toUtf8(shown) + " » est trop grand");
   }
   return *minutes;
 }

@@ -10,9 +10,9 @@ namespace {
 
 Text alignedRight(TextView d, int width) {
   if (static_cast<int>(d.size()) > width) {
-    throw Failure(errors::kInvalidCall, "invalid call: the duration '" + toUtf8(d) +
-                                            "' is wider than its " + std::to_string(width) +
-                                            " characters");
+    throw Failure(errors::kInvalidCall, "appel non valide : la durée « " + toUtf8(d) +
+                                            " » dépasse ses " + std::to_string(width) +
+                                            " caractères");
   }
   return padLeft(d, width);
 }
@@ -39,7 +39,7 @@ Currency readBack(TextView shown) {
   const auto p = instr(shown, u"h");
   if (p == 0) {
     throw Failure(errors::kInvalidCall,
-                  "invalid call: the total '" + toUtf8(shown) + "' has no hours mark");
+                  "appel non valide : le total « " + toUtf8(shown) + " » n'a pas de « h »");
   }
   const Currency hours = Currency::fromText(left(shown, p - 1));
   const Currency minutes = Currency::fromText(mid(shown, p + 1));

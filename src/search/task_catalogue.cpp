@@ -83,7 +83,7 @@ const DurationOverrides::Override* DurationOverrides::find(TextView code) const 
 Text withOverriddenDuration(TextView row, TextView d) {
   if (d.size() > 5) {
     throw Failure(errors::kInvalidCall,
-                  "invalid call: the duration '" + toUtf8(d) + "' is wider than its 5 characters");
+                  "appel non valide : la durée « " + toUtf8(d) + " » dépasse ses 5 caractères");
   }
   return left(row, 80) + padLeft(d, 5);
 }

@@ -11,7 +11,8 @@ namespace {
 double numberOrFail(TextView v) {
   const auto number = parseNumber(v);
   if (!number) {
-    throw Failure(errors::kTypeMismatch, "type mismatch: '" + toUtf8(v) + "' is not a number");
+    throw Failure(errors::kTypeMismatch,
+                  "type incompatible : « " + toUtf8(v) + " » n'est pas un nombre");
   }
   return *number;
 }

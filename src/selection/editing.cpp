@@ -20,19 +20,13 @@ bool isDigits(TextView v) {
 void checkEditedDuration(const Text& typed) {
   if (typed.empty()) return;
   if (!isDigits(typed)) {
-    throw Failure(errors::kTypeMismatch, "type mismatch: the duration '" + toUtf8(typed) +
-                                             "' is not a number of minutes; the row is unchanged");
+    throw Failure(errors::kTypeMismatch,
+                  "type incompatible : la durée « " + toUtf8(typed) +
+                      " » n'est pas un nombre de minutes ; la ligne n'a pas changé");
   }
   if (typed.size() > 5) {
-    throw Failure(errors::kOverflow, "overflow: the duration '" + toUtf8(typed) +
-                                         "' has more than 5 digits; the row is unchanged");
-  }
-}
-
-void checkCurrentRow(const toolkit::ListBox& selection, const char* what) {
-  if (selection.ListIndex() == -1) {
-    throw Failure(errors::kInvalidCall,
-                  std::string("invalid call: ") + what + " needs a current selected row");
+    throw Failure(errors::kOverflow, "dépassement de capacité : la durée « " + toUtf8(typed) +
+                                         " » a plus de 5 chiffres ; la ligne n'a pas changé");
   }
 }
 
@@ -57,7 +51,8 @@ void Ctr_VelmoraNew::Lst_Selectionne_DblClick() {
 }
 
 void Ctr_VelmoraNew::Cmd_OKVelmora_Click() {
-  checkCurrentRow(Lst_Selectionne, "OK");
+  // Without a current row (the host emptied the selection during the edit) the steps
+  // run as written until the row's rewrite fails.
   checkEditedDuration(Txt_DureeSoin.getText());
   const int current = Lst_Selectionne.ListIndex();
 

@@ -15,10 +15,6 @@ Text withMarker(TextView row, TextView marker) {
 }  // namespace
 
 void Ctr_VelmoraNew::Cmd_Obs_Click() {
-  // As Supprimer, the button can outlive its row when the host empties the selection.
-  if (Lst_Selectionne.ListIndex() == -1) {
-    throw Failure(errors::kInvalidCall, "invalid call: Obs. needs a current selected row");
-  }
   // 1-2.
   services().setMousePointer(0);
   Frm_AjoutObsTache& form = DefaultFrm_AjoutObsTache();
@@ -29,7 +25,7 @@ void Ctr_VelmoraNew::Cmd_Obs_Click() {
   form.Txt_Groupe.setText(mid(row, 27, 25));
   form.Txt_Tache.setText(mid(row, 53, 25));
   // 4-6.
-  Variable::N_LigneObs = static_cast<std::int16_t>(Lst_Selectionne.ListIndex() + 1);
+  Variable::N_LigneObs = Lst_Selectionne.ListIndex() + 1;
   form.Txt_Obs.setText(Variable::R_Obs->r(Variable::N_LigneObs));
   const Text before = Variable::R_Obs->r(Variable::N_LigneObs);
   // 7.

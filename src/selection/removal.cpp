@@ -13,11 +13,8 @@ constexpr std::u16string_view kQuestionTask = u"Etes-vous sûr de vouloir suppri
 }  // namespace
 
 void Ctr_VelmoraNew::Cmd_SupprVelmora_Click() {
-  // The button can outlive its row when the host empties the selection under it;
-  // asking would then lead to a removal with nothing to remove.
-  if (Lst_Selectionne.ListIndex() == -1) {
-    throw Failure(errors::kInvalidCall, "invalid call: Supprimer needs a current selected row");
-  }
+  // The question comes whatever the state: after the host's Vider_Tache the button is
+  // still enabled without a row, and a removal then fails where it reaches the row.
   const TextView question = W_TypeAct == u"SSIAD" ? kQuestionAct : kQuestionTask;
   const int answer = services().MsgBox(question, toolkit::kStyleYesNoQuestion, kQuestionTitle);
   if (answer == toolkit::kMsgBoxYes) Supprime_Ligne();

@@ -18,7 +18,7 @@ constexpr int kLastYear = 9999;
 
 [[noreturn]] void notADate(TextView v, const char* why) {
   throw Failure(errors::kTypeMismatch,
-                "type mismatch: \"" + toUtf8(v) + "\" is not a date (" + why + ")");
+                "type incompatible : « " + toUtf8(v) + " » n'est pas une date (" + why + ")");
 }
 
 bool isLeap(int year) {
@@ -123,12 +123,12 @@ Text NorvikDates::DateVersTexte(const Text& v) const {
   // An open-ended period has an empty end date; it stays empty both ways.
   if (v.empty()) return {};
   const auto days = dayCount(trimBlanks(v));
-  if (!days) notADate(v, "an internal date is a whole number of days");
+  if (!days) notADate(v, "une date interne est un nombre entier de jours");
   int year = 0;
   int month = 0;
   int day = 0;
   civilFromDays(*days, year, month, day);
-  if (year < kFirstYear || year > kLastYear) notADate(v, "the day is out of the calendar's range");
+  if (year < kFirstYear || year > kLastYear) notADate(v, "le jour est hors du calendrier");
   Text out = twoDigits(day) + u"/" + twoDigits(month) + u"/";
   const Text yearText = numberText(year);
   out += Text(4 - yearText.size(), u'0') + yearText;
@@ -140,12 +140,12 @@ Text NorvikDates::TexteVersDate(const Text& v) const {
   const Text text = trimBlanks(v);
   auto date = parseFrench(text);
   if (!date) date = parseIso(text);
-  if (!date) notADate(v, "expected dd/mm/yyyy or yyyy-mm-dd");
+  if (!date) notADate(v, "attendu jj/mm/aaaa ou aaaa-mm-jj");
   if (date->year < kFirstYear || date->month < 1 || date->month > 12) {
-    notADate(v, "no such month");
+    notADate(v, "ce mois n'existe pas");
   }
   if (date->day < 1 || date->day > daysInMonth(date->year, date->month)) {
-    notADate(v, "no such day in that month");
+    notADate(v, "ce jour n'existe pas dans ce mois");
   }
   return numberText(daysFromCivil(date->year, date->month, date->day));
 }

@@ -16,8 +16,8 @@ bool isEmptyAttribute(const std::vector<Text>& a) {
 
 void checkNumber(int n, const char* what) {
   if (n < 1) {
-    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " number " +
-                                            std::to_string(n) + " must be 1 or more");
+    throw Failure(errors::kInvalidCall, std::string("appel non valide : numéro ") + what + " " +
+                                            std::to_string(n) + ", il faut 1 au moins");
   }
 }
 
@@ -91,7 +91,7 @@ void NorvikRecord::ensureAttribute(int attribute) {
 }
 
 void NorvikRecord::set(int attribute, TextView text) {
-  checkNumber(attribute, "attribute");
+  checkNumber(attribute, "d'attribut");
   if (text.find(kAttributeMark) != TextView::npos) {
     // A text with attribute marks stands for several attributes, as in the text form.
     NorvikRecord pieces(text);
@@ -106,8 +106,8 @@ void NorvikRecord::set(int attribute, TextView text) {
 }
 
 void NorvikRecord::set(int attribute, int value, TextView text) {
-  checkNumber(attribute, "attribute");
-  checkNumber(value, "value");
+  checkNumber(attribute, "d'attribut");
+  checkNumber(value, "de valeur");
   if (text.find(kAttributeMark) != TextView::npos || text.find(kValueMark) != TextView::npos) {
     // Marks inside a value reshape the record; go through the text form of the attribute.
     ensureAttribute(attribute);

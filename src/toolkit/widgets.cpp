@@ -1,5 +1,6 @@
 #include <velmora/toolkit/widgets.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -54,12 +55,53 @@ void CheckBox::toggle() {
 }
 
 TextBox::TextBox(std::string name, Geometry geometry, int tabIndex, Text text)
-    : Control(std::move(name), Kind::TextBox, geometry, tabIndex), text_(std::move(text)) {}
+    : Control(std::move(name), Kind::TextBox, geometry, tabIndex),
+      text_(std::move(text)),
+      selStart_(static_cast<int>(text_.size())) {}
 
 void TextBox::setText(TextView text) {
-  text_ = Text(text);
+  edit(Text(text), static_cast<int>(text.size()));
+}
+
+void TextBox::edit(Text text, int caret) {
+  text_ = std::move(text);
+  selStart_ = caret;
+  selLength_ = 0;
   notify(Change::Text);
   if (Change) Change();
+}
+
+void TextBox::setSelStart(int start) {
+  if (start < 0) {
+    throw Failure(errors::kInvalidCall,
+                  "appel non valide : SelStart " + std::to_string(start) + " de " + name());
+  }
+  select(start, 0);
+}
+
+void TextBox::setSelLength(int length) {
+  if (length < 0) {
+    throw Failure(errors::kInvalidCall,
+                  "appel non valide : SelLength " + std::to_string(length) + " de " + name());
+  }
+  select(selStart_, length);
+}
+
+Text TextBox::SelText() const {
+  return text_.substr(static_cast<std::size_t>(selStart_), static_cast<std::size_t>(selLength_));
+}
+
+void TextBox::setSelText(TextView text) {
+  Text next = text_;
+  next.replace(static_cast<std::size_t>(selStart_), static_cast<std::size_t>(selLength_), text);
+  edit(std::move(next), selStart_ + static_cast<int>(text.size()));
+}
+
+void TextBox::select(int start, int length) {
+  const int size = static_cast<int>(text_.size());
+  selStart_ = std::clamp(start, 0, size);
+  selLength_ = std::clamp(length, 0, size - selStart_);
+  notify(Change::Selection);
 }
 
 void TextBox::typeKey(int keyAscii) {
@@ -69,18 +111,33 @@ void TextBox::typeKey(int keyAscii) {
     if (KeyPress) KeyPress(key);
     if (key == 0) return;
     if (key == 8) {
-      if (!text_.empty()) setText(TextView(text_).substr(0, text_.size() - 1));
+      if (selLength_ == 0) {
+        if (selStart_ == 0) return;
+        select(selStart_ - 1, 1);
+      }
+      setSelText({});
       return;
     }
-    if (maxLength > 0 && static_cast<int>(text_.size()) >= maxLength) return;
-    Text next = text_;
-    next.push_back(static_cast<char16_t>(key));
-    setText(next);
+    const auto kept = static_cast<int>(text_.size()) - selLength_;
+    if (maxLength > 0 && kept >= maxLength) return;
+    const auto typed = static_cast<char16_t>(key);
+    setSelText(TextView(&typed, 1));
   });
 }
 
 void TextBox::typeText(TextView text) {
   for (const char16_t c : text) typeKey(c);
+}
+
+void TextBox::typeDelete() {
+  if (!Enabled() || readOnly) return;
+  dispatchGesture([this] {
+    if (selLength_ == 0) {
+      if (selStart_ == static_cast<int>(text_.size())) return;
+      select(selStart_, 1);
+    }
+    setSelText({});
+  });
 }
 
 void TextBox::replaceText(TextView text) {
@@ -99,8 +156,9 @@ ListBox::ListBox(std::string name, Geometry geometry, int tabIndex, bool multiSe
 
 void ListBox::checkIndex(int index, const char* what) const {
   if (index < 0 || index >= ListCount()) {
-    throw Failure(errors::kInvalidCall, std::string("invalid call: ") + what + " of list " +
-                                            name() + " at row " + std::to_string(index) + " of " +
+    throw Failure(errors::kInvalidCall, std::string("appel non valide : ") + what +
+                                            " de la liste " + name() + " à la ligne " +
+                                            std::to_string(index) + " sur " +
                                             std::to_string(ListCount()));
   }
 }
@@ -144,9 +202,9 @@ void ListBox::setList(int index, TextView item) {
 
 void ListBox::setListIndex(int index) {
   if (index < -1 || index >= ListCount()) {
-    throw Failure(errors::kInvalidCall, "invalid call: ListIndex " + std::to_string(index) +
-                                            " of list " + name() + " with " +
-                                            std::to_string(ListCount()) + " rows");
+    throw Failure(errors::kInvalidCall, "appel non valide : ListIndex " + std::to_string(index) +
+                                            " de la liste " + name() + " de " +
+                                            std::to_string(ListCount()) + " lignes");
   }
   listIndex_ = index;
   notify(Change::ListIndex, index);
@@ -165,17 +223,18 @@ void ListBox::setSelected(int index, bool selected) {
 }
 
 void ListBox::swapRows(int a, int b) {
-  checkIndex(a, "swap");
-  checkIndex(b, "swap");
+  checkIndex(a, "échange");
+  checkIndex(b, "échange");
   if (a == b) return;
   std::swap(rows_[a], rows_[b]);
   std::swap(selected_[a], selected_[b]);
-  // The current row travels with its row, so that an action under way (an open edit,
-  // a chosen row) stays on the item the planner chose. No Click: nothing was chosen anew.
-  if (listIndex_ == a) {
-    listIndex_ = b;
-  } else if (listIndex_ == b) {
-    listIndex_ = a;
+  // No Click either way: nothing was chosen anew.
+  if (currentFollows && currentFollows()) {
+    if (listIndex_ == a) {
+      listIndex_ = b;
+    } else if (listIndex_ == b) {
+      listIndex_ = a;
+    }
   }
   notify(Change::RowChanged, a);
   notify(Change::RowChanged, b);

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include <velmora/base/boolean.h>
 #include <velmora/base/currency.h>
@@ -92,6 +94,20 @@ TEST(Numbers, OnlyDecimalNumbersParse) {
   EXPECT_EQ(parseNumber(u"0850"), 850.0);
   EXPECT_EQ(parseNumber(u"x"), std::nullopt);
   EXPECT_EQ(parseNumber(u""), std::nullopt);
+}
+
+// Numbers read and write the same on a French machine, whose decimal separator is ",".
+TEST(Numbers, ConversionsIgnoreTheProcessLocale) {
+  const std::string before = std::setlocale(LC_ALL, nullptr);
+  ASSERT_NE(std::setlocale(LC_ALL, "fr_FR.UTF-8"), nullptr) << "scripts/setup generates it";
+  EXPECT_EQ(parseNumber(u"12.5"), 12.5);
+  EXPECT_EQ(parseNumber(u"+8.25"), 8.25);
+  EXPECT_EQ(parseNumber(u"12,5"), std::nullopt);
+  EXPECT_EQ(Currency::fromText(u"12.5").units(), 125000);
+  EXPECT_EQ(Currency::fromUnits(125000).toText(), u"12.5");
+  EXPECT_EQ(numberText(-1500), u"-1500");
+  EXPECT_EQ(zeroPadded(8.5 * 100, 4), u"0850");
+  std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(Numbers, WholeNumberTextAndZeroPadding) {

@@ -173,7 +173,7 @@ TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
 TEST_F(Cli, StoreFailuresExitOneWithTheStoresMessage) {
   const auto badQuery = run({"query", "--db", db(), "SSELECT TACHE AVEC 1 \"x\""});
   EXPECT_EQ(badQuery.status, 1);
-  EXPECT_EQ(badQuery.err.rfind("velmora: query: at 22: expected an operator", 0), 0u)
+  EXPECT_EQ(badQuery.err.rfind("velmora: requête : à la position 22 : opérateur attendu", 0), 0u)
       << badQuery.err;
   const auto unknownFile = run({"query", "--db", db(), "SSELECT NOSUCH"});
   EXPECT_EQ(unknownFile.status, 1);

@@ -69,6 +69,8 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
       {"host maj_enr\n", "script.play:1: unknown host call \"maj_enr\""},
       {"show now\n", "script.play:1: unexpected word \"now\""},
       {"type duree 5\n", "script.play:1: unknown text box \"duree\""},
+      {"host affiche A 10\n",
+       "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
   };
   for (const Case& c : cases) {
     const Outcome run = play(c.script);
@@ -209,11 +211,12 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   EXPECT_EQ(edited["Txt_Duree"], "1h55");
   EXPECT_EQ(edited["W_Total"], 115);
   EXPECT_EQ(edited["W_DoubleClic"], false);
-  EXPECT_EQ(j["messages"],
-            (Json{{{"line", 31},
-                   {"text",
-                    "error 13: type mismatch: the duration '1h' is not a number of minutes; the "
-                    "row is unchanged"}}}));
+  EXPECT_EQ(
+      j["messages"],
+      (Json{{{"line", 31},
+             {"text",
+              "error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes ; la "
+              "ligne n'a pas changé"}}}));
 
   // The made bed removed after a No and a Yes.
   const Json& removed = shows[3]["state"];
@@ -248,10 +251,15 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
   ASSERT_EQ(run.status, 0) << run.err;
   for (const char* expected :
        {"== line 9 ==\n", "== line 15 ==\n", "== line 48 ==\n",
-        "line 31: error 13: type mismatch: the duration '1h' is not a number of minutes",
+        "line 31: error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes",
         "W_Enr (5 items)\n  1 \"Aide au lever\" \"15\" \"\"\n",
         "enabled: Cmd_Select Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
-        "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n"}) {
+        "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n",
+        "Lst_Possible marked: none\n",
+        "dialog Txt_Type \"Entretien du logement    \" Txt_Groupe \"Ménage courant           \" "
+        "Txt_Tache \"Aspirateur               \" Txt_Obs \"\"\n",
+        "question \"Message TALVERANE\" \"Etes-vous sûr de vouloir supprimer cette tâche ?\" "
+        "style 36 answer 7\n"}) {
     EXPECT_NE(run.out.find(expected), std::string::npos) << expected;
   }
 }
@@ -259,10 +267,14 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
 TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   const Outcome run = playOn(sample,
                              "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
+                             "mark possible 1\n"
                              "click selected 0\n"
                              "observation \"Par la porte de derrière\" close ok\n"
                              "press obs\n"
                              "press remove\n"
+                             "show\n"
+                             "host vider-tache\n"
+                             "host affiche \"Aide au lever\" 25 \"Linge\" Inconnue 5 \"\"\n"
                              "show\n",
                              "--json");
   ASSERT_EQ(run.status, 0) << run.err;
@@ -273,11 +285,26 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
       state["Lst_Selectionne"][0],
       "Aide à la personne        Lever et coucher          Aide au lever             X    15");
   ASSERT_EQ(j["messages"].size(), 1u);
-  EXPECT_EQ(j["messages"][0]["line"], 5);
+  EXPECT_EQ(j["messages"][0]["line"], 6);
   EXPECT_NE(j["messages"][0]["text"].get<std::string>().find("no answer was scripted"),
             std::string::npos);
   // The removal did not happen.
   EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);
+  // What the planner saw: the mark, the question left unanswered, the dialog's boxes.
+  EXPECT_EQ(state["marked"], Json::array({1}));
+  EXPECT_EQ(state["questions"],
+            Json::parse(R"([{"text": "Etes-vous sûr de vouloir supprimer cette tâche ?",
+                             "title": "Message TALVERANE", "style": 36, "answer": null}])"));
+  EXPECT_EQ(state["dialogs"], Json::parse(R"([{"Txt_Type": "Aide à la personne       ",
+                                                "Txt_Groupe": "Lever et coucher         ",
+                                                "Txt_Tache": "Aide au lever            ",
+                                                "Txt_Obs": ""}])"));
+  // The host's own W_Aff: the unknown item is left out.
+  const Json& shown = j["shows"][1]["state"];
+  EXPECT_EQ(shown["Lst_CodeSelect"], Json::array({"Aide au lever"}));
+  EXPECT_EQ(shown["R_Obs"], Json::array({"Linge"}));
+  EXPECT_EQ(shown["Txt_Duree"], "0h25");
+  EXPECT_EQ(shown["questions"], Json::array());
 }
 
 }  // namespace

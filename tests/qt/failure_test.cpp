@@ -31,18 +31,24 @@ TEST_F(FailureOnScreen, AQueryWithoutConnectionIsShownAndTheControlStaysUsable) 
   // ticks the switch: the task query has no database to run on.
   ctl.Vider_liste();
   QString shown;
+  QString title;
+  QString button;
   QMessageBox::Icon icon = QMessageBox::NoIcon;
   whenModal([&](QWidget& modal) {
     auto* box = qobject_cast<QMessageBox*>(&modal);
     ASSERT_NE(box, nullptr);
     shown = box->text();
+    title = box->windowTitle();
     icon = box->icon();
+    button = box->button(QMessageBox::Ok)->text();
     click(box->button(QMessageBox::Ok));
   });
   click(w.view(ctl.Cac_TouteTache));
   EXPECT_EQ(icon, QMessageBox::Warning);
-  EXPECT_TRUE(shown.startsWith(QStringLiteral("Erreur 91\n"))) << shown.toStdString();
-  EXPECT_TRUE(shown.contains(QStringLiteral("object not set"))) << shown.toStdString();
+  // All in French: the title, the number, the message and the button.
+  EXPECT_EQ(title, QStringLiteral("Erreur"));
+  EXPECT_EQ(shown, QStringLiteral("Erreur n° 91 :\nobjet non défini : la référence est vide"));
+  EXPECT_EQ(button, QStringLiteral("OK"));
   EXPECT_EQ(ctl.Lst_Possible.ListCount(), 0);
 
   // Given its connection again, the same control fills on the next tick.
@@ -54,8 +60,8 @@ TEST_F(FailureOnScreen, AQueryWithoutConnectionIsShownAndTheControlStaysUsable) 
 }
 
 TEST(FailureText, CarriesTheNumberAndTheMessage) {
-  EXPECT_EQ(qt::failureText(Failure(errors::kRecordNotFound, "record not found: 00001")),
-            QStringLiteral("Erreur -2147221493\nrecord not found: 00001"));
+  EXPECT_EQ(qt::failureText(Failure(errors::kRecordNotFound, "enregistrement absent : 00001")),
+            QStringLiteral("Erreur n° -2147221493 :\nenregistrement absent : 00001"));
 }
 
 TEST(FailurePresenter, GuardedGesturesHandTheFailureToThePresenter) {

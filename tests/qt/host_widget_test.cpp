@@ -4,6 +4,8 @@
 #include <QSignalSpy>
 
 #include <velmora/qt/failure_display.h>
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -86,7 +88,7 @@ TEST_F(HostWidget, AListeningHostGetsFailuresAndNoBoxOpens) {
   qt::guarded(w.view(w.control().Lst_Possible), failingGesture);
   ASSERT_EQ(failures.count(), 2);
   EXPECT_EQ(failures.at(0).at(0).toInt(), errors::kObjectNotSet);
-  EXPECT_TRUE(failures.at(0).at(1).toString().contains(QStringLiteral("object not set")));
+  EXPECT_TRUE(failures.at(0).at(1).toString().contains(QStringLiteral("objet non défini")));
   EXPECT_EQ(failures.at(1).at(0).toInt(), errors::kTypeMismatch);
   EXPECT_EQ(boxes.size(), 1U);
 }

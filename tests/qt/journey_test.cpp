@@ -2,6 +2,8 @@
 // answers, once with real mouse and key events on the Qt widgets, the question box and
 // the observations dialog. Both must leave the same lists, totals and records, step by
 // step, and the widgets must show what the toolkit objects hold.
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -108,9 +110,14 @@ class WidgetJourney : public ::testing::Test {
     c.Lst_Selectionne.click(0);
     c.Lst_Selectionne.doubleClick(0);
     j.steps.push_back(snapshot(c));
-    c.Txt_DureeSoin.typeKey(8);
-    c.Txt_DureeSoin.typeKey(8);
-    c.Txt_DureeSoin.typeText(u"x25");
+    // Overtype "20" (the letter is refused), insert at the start, delete behind the caret.
+    c.Txt_DureeSoin.select(0, 2);
+    c.Txt_DureeSoin.typeText(u"x45");
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"45");
+    c.Txt_DureeSoin.setSelStart(0);
+    c.Txt_DureeSoin.typeKey('2');
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"245");
+    c.Txt_DureeSoin.typeDelete();
     j.steps.push_back(snapshot(c));
     c.Cmd_OKVelmora.press();
     j.steps.push_back(snapshot(c));
@@ -163,9 +170,15 @@ class WidgetJourney : public ::testing::Test {
     record();
     doubleClickRow(selected, 0);
     record();
-    QTest::keyClick(dureeSoin, Qt::Key_Backspace);
-    QTest::keyClick(dureeSoin, Qt::Key_Backspace);
-    QTest::keyClicks(dureeSoin, QStringLiteral("x25"));
+    // A double-click on "20" selects it; typing replaces it. A click at the left edge puts
+    // the caret before the text, the digit goes in there, and Delete takes the one behind.
+    QTest::mouseDClick(dureeSoin, Qt::LeftButton);
+    QTest::keyClicks(dureeSoin, QStringLiteral("x45"));
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"45");
+    QTest::mouseClick(dureeSoin, Qt::LeftButton, {}, QPoint(2, dureeSoin->height() / 2));
+    QTest::keyClicks(dureeSoin, QStringLiteral("2"));
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"245");
+    QTest::keyClick(dureeSoin, Qt::Key_Delete);
     record();
     click(w.view(c.Cmd_OKVelmora));
     record();
@@ -199,7 +212,9 @@ class WidgetJourney : public ::testing::Test {
         EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr de vouloir supprimer cette tâche ?"));
         EXPECT_EQ(box->icon(), QMessageBox::Question);
         EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Yes));
-        EXPECT_NE(box->button(QMessageBox::No), nullptr);
+        ASSERT_NE(box->button(QMessageBox::No), nullptr);
+        EXPECT_EQ(box->button(QMessageBox::Yes)->text(), QStringLiteral("&Oui"));
+        EXPECT_EQ(box->button(QMessageBox::No)->text(), QStringLiteral("&Non"));
         click(box->button(button));
       });
     };
@@ -257,9 +272,19 @@ class WidgetJourney : public ::testing::Test {
     key(selected, Qt::Key_Down);
     key(selected, Qt::Key_Return);
     record();
-    key(dureeSoin, Qt::Key_Backspace);
-    key(dureeSoin, Qt::Key_Backspace);
-    QTest::keyClicks(dureeSoin, QStringLiteral("x25"));
+    // Select all, overtype, Home, insert, Delete; then cut the "2" and paste it back.
+    QTest::keyClick(dureeSoin, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(dureeSoin, QStringLiteral("x45"));
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"45");
+    key(dureeSoin, Qt::Key_Home);
+    QTest::keyClicks(dureeSoin, QStringLiteral("2"));
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"245");
+    key(dureeSoin, Qt::Key_Delete);
+    QTest::keyClick(dureeSoin, Qt::Key_Left, Qt::ShiftModifier);
+    QTest::keyClick(dureeSoin, Qt::Key_X, Qt::ControlModifier);
+    EXPECT_EQ(c.Txt_DureeSoin.getText(), u"5");
+    key(dureeSoin, Qt::Key_Home);
+    QTest::keyClick(dureeSoin, Qt::Key_V, Qt::ControlModifier);
     record();
     key(w.view(c.Cmd_OKVelmora), Qt::Key_Space);
     record();
@@ -354,7 +379,7 @@ TEST_F(WidgetJourney, MouseAndKeysLeaveTheSameListsTotalsAndRecordAsTheGestures)
   EXPECT_TRUE(s[5].doubleClic);
   EXPECT_EQ(s[5].current, 0);
   EXPECT_EQ(s[5].enabled, (std::vector<bool>{true, true, true, true, true, true, false}));
-  EXPECT_EQ(s[6].dureeSoin, "25");  // the letter was refused by the key filter
+  EXPECT_EQ(s[6].dureeSoin, "25");  // overtyped, inserted at the caret, one deleted
   EXPECT_EQ(s[7].rows[0], selection("Ménage", "Entretien", "Aspirateur", ' ', "25"));
   EXPECT_EQ(s[7].duree, "1h40");
   EXPECT_EQ(s[7].total, "100");

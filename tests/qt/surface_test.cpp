@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
 
@@ -166,6 +167,50 @@ TEST_F(Surface, FontsAndColoursAreThoseOfTheDesign) {
   const QImage shot = w.grab().toImage();
   const QRect box = duree->geometry().translated(w.view(ctl.Cdr_Soins)->pos());
   EXPECT_EQ(QColor(shot.pixel(box.center() + QPoint(-12, 0))), QColor(192, 192, 255));
+}
+
+// The rows stand under their headings, as with Courier New 8.25 pt on a 96-dpi screen:
+// every character takes a cell of 7 pixels and position 1 starts 4 pixels inside the
+// list, so that position 53 starts at the x of "Tâche" and position 88 is centred under
+// "F". Measured on the drawn pixels: a full block at each position measured.
+TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixel) {
+  const std::vector<int> positions{0, 26, 52, 78, 84, 87};  // counted from 0
+  Text row(88, u' ');
+  for (const int p : positions) row[static_cast<std::size_t>(p)] = u'\u2588';
+  struct Case {
+    toolkit::ListBox* list;
+    toolkit::Label* heading;  // of column 3, position 53
+  };
+  for (const Case& c :
+       {Case{&ctl.Lst_Possible, &ctl.Etq_Pos3}, Case{&ctl.Lst_Selectionne, &ctl.Etq_Sel3}}) {
+    c.list->AddItem(row);
+    auto* view = qobject_cast<qt::ListBoxView*>(w.view(*c.list));
+    ASSERT_NE(view, nullptr);
+    w.show();
+    QCoreApplication::processEvents();
+    const QImage shot = view->grab().toImage();
+    const QRect rowRect = view->rowRect(0).translated(view->viewport()->pos());
+    const int y = rowRect.center().y();
+    // Starts of the runs of ink along the middle of the row, and their widths.
+    std::vector<std::pair<int, int>> runs;
+    for (int x = 0; x < shot.width(); ++x) {
+      const bool ink = qGray(shot.pixel(x, y)) < 128;
+      if (ink && (runs.empty() || runs.back().first + runs.back().second != x)) {
+        runs.emplace_back(x, 1);
+      } else if (ink) {
+        ++runs.back().second;
+      }
+    }
+    std::vector<std::pair<int, int>> expected;
+    expected.reserve(positions.size());
+    const int headingX = w.view(*c.heading)->x() - view->x();  // both lie in the frame
+    for (const int p : positions) expected.emplace_back(headingX + 7 * (p - 52), 7);
+    EXPECT_EQ(runs, expected) << c.list->name();
+    EXPECT_EQ(expected.front().first, 4);
+  }
+  // Position 88 is centred under "F".
+  const QWidget* f = w.view(ctl.Label1);
+  EXPECT_EQ(2 * (w.view(ctl.Etq_Pos3)->x() + 7 * (87 - 52)) + 7, 2 * f->x() + f->width());
 }
 
 TEST_F(Surface, TheSelectButtonShowsABlackDownArrowOnLightGrey) {

@@ -478,28 +478,28 @@ TEST_F(QueryWords, MalformedQueriesNameThePositionAndWhatWasExpected) {
     std::size_t position;
     std::string expected;
   } cases[] = {
-      {"", 1, "expected SSELECT or SELECT"},
-      {"FIND TACHE", 1, "expected SSELECT or SELECT"},
-      {"SSELECT", 8, "expected a file name"},
-      {"SSELECT AVEC", 9, "expected a file name"},
-      {"SSELECT TACHE AVEC 1 \"x\"", 22, "expected an operator (=, <=, >=, <>) after \"AVEC 1\""},
-      {"SSELECT TACHE AVEC 1 == \"x\"", 22, "expected an operator"},
-      {"SSELECT TACHE AVEC 1 = x", 24, "expected a value in double quotes after \"AVEC 1 =\""},
-      {"SSELECT TACHE AVEC 1 = \"x", 24, "no closing double quote"},
-      {"SSELECT TACHE AVEC = \"x\"", 20, "expected an attribute number, @ID or a dictionary name"},
-      {"SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\"", 28, "expected AND before AVEC"},
-      {"SSELECT TACHE AVEC 1 = \"x\" AND 2 = \"y\"", 32, "expected AVEC"},
-      {"SSELECT TACHE AVEC 1 = \"x\" OR \"y\"", 31, "expected an operator"},
-      {"SSELECT TACHE PAR", 18, "expected an attribute number"},
-      {"SSELECT TACHE PAR 1 AVEC 2 = \"x\"", 21, "conditions must come before the sorts"},
-      {"SSELECT TACHE AND AVEC 1 = \"x\"", 15, "expected AVEC, PAR, PAR-DECR"},
-      {"SSELECT TACHE PAR 1 extra", 21, "PAR-DECR or the end of the query after \"PAR 1\""},
-      {"sselect TACHE", 1, "expected SSELECT or SELECT"},
+      {"", 1, "SSELECT ou SELECT attendu"},
+      {"FIND TACHE", 1, "SSELECT ou SELECT attendu"},
+      {"SSELECT", 8, "nom de fichier attendu"},
+      {"SSELECT AVEC", 9, "nom de fichier attendu"},
+      {"SSELECT TACHE AVEC 1 \"x\"", 22, "opérateur attendu (=, <=, >=, <>) après « AVEC 1 »"},
+      {"SSELECT TACHE AVEC 1 == \"x\"", 22, "opérateur attendu"},
+      {"SSELECT TACHE AVEC 1 = x", 24, "valeur entre guillemets attendue après « AVEC 1 = »"},
+      {"SSELECT TACHE AVEC 1 = \"x", 24, "pas de guillemet fermant"},
+      {"SSELECT TACHE AVEC = \"x\"", 20, "numéro d'attribut, @ID ou nom du dictionnaire attendu"},
+      {"SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\"", 28, "AND attendu avant AVEC"},
+      {"SSELECT TACHE AVEC 1 = \"x\" AND 2 = \"y\"", 32, "AVEC attendu"},
+      {"SSELECT TACHE AVEC 1 = \"x\" OR \"y\"", 31, "opérateur attendu"},
+      {"SSELECT TACHE PAR", 18, "numéro d'attribut"},
+      {"SSELECT TACHE PAR 1 AVEC 2 = \"x\"", 21, "les conditions doivent précéder les tris"},
+      {"SSELECT TACHE AND AVEC 1 = \"x\"", 15, "AVEC, PAR, PAR-DECR"},
+      {"SSELECT TACHE PAR 1 extra", 21, "PAR-DECR ou la fin de la requête attendu après « PAR 1 »"},
+      {"sselect TACHE", 1, "SSELECT ou SELECT attendu"},
   };
   for (const auto& c : cases) {
     const auto caught = failureOf(db_, request(c.query, "TACHE", "0"));
     EXPECT_EQ(caught.number, errors::kBadQuery) << c.query;
-    const std::string at = "query: at " + std::to_string(c.position) + ": ";
+    const std::string at = "requête : à la position " + std::to_string(c.position) + " : ";
     EXPECT_EQ(caught.message.rfind(at, 0), 0u) << c.query << " -> " << caught.message;
     EXPECT_NE(caught.message.find(c.expected), std::string::npos)
         << c.query << " -> " << caught.message;
@@ -545,7 +545,7 @@ TEST_F(QueryWords, BadRequestRecordsFailClearly) {
 
   const auto columns = failureOf(db_, request("SSELECT TACHE PAR 1", "TACHE", "0 x 2"));
   EXPECT_EQ(columns.number, errors::kBadQuery);
-  EXPECT_NE(columns.message.find("\"x\""), std::string::npos) << columns.message;
+  EXPECT_NE(columns.message.find("« x »"), std::string::npos) << columns.message;
 
   const auto huge = failureOf(db_, std::string("SSELECT TACHE AVEC 123456789012 = \"x\""));
   EXPECT_EQ(huge.number, errors::kBadQuery);

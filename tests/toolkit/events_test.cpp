@@ -1,14 +1,18 @@
 // The behaviour of events that the control's logic rests on, and the gestures.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
 #include <velmora/toolkit/services.h>
 #include <velmora/toolkit/widgets.h>
+#include "support/failure_number.h"
 
 namespace velmora::toolkit {
 namespace {
+
+using velmora::testing::failureNumber;
 
 const Geometry kAnywhere{0, 0, 100, 100};
 
@@ -75,6 +79,53 @@ TEST(TextBoxGestures, KeyFilterCanCancelKeysAndBackspaceErases) {
   EXPECT_EQ(box.getText(), u"12");
   box.replaceText(u"98765");
   EXPECT_EQ(box.getText(), u"987");  // a paste is cut to the limit, not filtered
+}
+
+// An ordinary text box: keys go in at the caret and replace the selected stretch.
+TEST(TextBoxGestures, KeysActAtTheCaretAndOnTheSelection) {
+  struct Case {
+    const char16_t* text;
+    int start;
+    int length;
+    int key;  // 8 backspace, 127 the Delete key
+    const char16_t* after;
+    int caret;
+  };
+  const std::array<Case, 11> cases{{
+      {u"15", 0, 2, '4', u"4", 1},
+      {u"15", 0, 0, '4', u"415", 1},
+      {u"15", 1, 0, '4', u"145", 2},
+      {u"145", 1, 1, 8, u"15", 1},
+      {u"145", 1, 0, 8, u"45", 0},
+      {u"145", 0, 0, 8, u"145", 0},
+      {u"145", 1, 0, 127, u"15", 1},
+      {u"145", 3, 0, 127, u"145", 3},
+      {u"145", 0, 3, 127, u"", 0},
+      {u"12345", 1, 2, '9', u"1945", 2},
+      {u"12345", 1, 0, '9', u"12345", 1},  // at most five
+  }};
+  for (const Case& c : cases) {
+    TextBox box("Txt_DureeSoin", kAnywhere, 0, c.text);
+    box.maxLength = 5;
+    box.setSelStart(c.start);
+    box.setSelLength(c.length);
+    if (c.key == 127) {
+      box.typeDelete();
+    } else {
+      box.typeKey(c.key);
+    }
+    EXPECT_EQ(box.getText(), c.after) << toUtf8(c.text) << " key " << c.key;
+    EXPECT_EQ(box.SelStart(), c.caret) << toUtf8(c.text) << " key " << c.key;
+    EXPECT_EQ(box.SelLength(), 0);
+  }
+  TextBox box("Txt", kAnywhere, 0);
+  box.setText(u"abcd");
+  EXPECT_EQ(box.SelStart(), 4);  // a written text leaves the caret at its end
+  box.select(1, 9);
+  EXPECT_EQ(box.SelText(), u"bcd");  // cut to the text
+  box.setSelText(u"X");
+  EXPECT_EQ(box.getText(), u"aX");
+  EXPECT_EQ(failureNumber([&] { box.setSelStart(-1); }), errors::kInvalidCall);
 }
 
 TEST(TextBoxGestures, ReadOnlyAndDisabledBoxesTakeNoKeys) {
@@ -171,7 +222,7 @@ TEST_F(ListBoxTest, RemovingRowsKeepsTheCurrentRowOnItsItem) {
   EXPECT_EQ(events.size(), 1u);  // removals raise no Click
 }
 
-TEST_F(ListBoxTest, SwapCarriesTheCurrentRowAndTheMarks) {
+TEST_F(ListBoxTest, SwapCarriesTheMarksAndTheCurrentRowOnlyWhenAsked) {
   multi.setSelected(0, true);
   multi.setListIndex(0);
   multi.swapRows(0, 2);
@@ -179,6 +230,9 @@ TEST_F(ListBoxTest, SwapCarriesTheCurrentRowAndTheMarks) {
   EXPECT_EQ(multi.List(2), u"a");
   EXPECT_TRUE(multi.Selected(2));
   EXPECT_FALSE(multi.Selected(0));
+  EXPECT_EQ(multi.ListIndex(), 0);  // written in place
+  multi.currentFollows = [] { return true; };
+  multi.swapRows(0, 2);
   EXPECT_EQ(multi.ListIndex(), 2);
   EXPECT_EQ(events.size(), 1u);
 }

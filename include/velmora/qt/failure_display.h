@@ -19,7 +19,7 @@ using FailurePresenter = std::function<void(QWidget* parent, const Failure& fail
 VELMORA_EXPORT void setFailurePresenter(FailurePresenter presenter);
 VELMORA_EXPORT void presentFailure(QWidget* parent, const Failure& failure);
 
-// The text shown for a failure: "Erreur <number>" and the message on the next line.
+// The text shown for a failure: "Erreur n° <number> :" and the message on the next line.
 VELMORA_EXPORT QString failureText(const Failure& failure);
 
 // Runs one gesture; a failure that escapes it is presented instead of propagating.

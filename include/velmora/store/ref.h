@@ -32,7 +32,7 @@ class VELMORA_EXPORT Ref {
   T& operator*() const { return get(); }
   T* operator->() const { return &get(); }
   T& get() const {
-    if (!object_) throw Failure(errors::kObjectNotSet, "object not set: the reference is empty");
+    if (!object_) throw Failure(errors::kObjectNotSet, "objet non défini : la référence est vide");
     return *object_;
   }
 

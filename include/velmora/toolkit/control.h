@@ -50,6 +50,7 @@ enum class Change {
   Visible,
   Caption,
   Text,
+  Selection,  // caret or selected stretch of a text box (SelStart, SelLength)
   Value,
   ListIndex,
   RowsReset,    // Clear

@@ -74,26 +74,51 @@ class VELMORA_EXPORT TextBox : public Control {
  public:
   TextBox(std::string name, Geometry geometry, int tabIndex, Text text = {});
   const Text& getText() const { return text_; }
-  // Raises Change.
+  // Raises Change. The caret goes to the end of the new text, nothing selected.
   void setText(TextView text);
   int maxLength = 0;  // 0: no limit
   bool multiLine = false;
   bool readOnly = false;
+
+  // The caret and the selected stretch, in code units from 0: SelStart is where the
+  // stretch begins (the caret when nothing is selected) and SelLength how long it is.
+  // Writing SelStart selects nothing; both are cut to the text and raise no event; a
+  // negative value is an invalid call.
+  int SelStart() const { return selStart_; }
+  void setSelStart(int start);
+  int SelLength() const { return selLength_; }
+  void setSelLength(int length);
+  Text SelText() const;
+  // Replaces the selected stretch (inserts at the caret when nothing is selected) and
+  // raises Change; the caret stands behind the new text.
+  void setSelText(TextView text);
 
   std::function<void()> Change;
   // The key filter may replace the key code by 0, which cancels the key.
   std::function<void(int& keyAscii)> KeyPress;
   std::function<void()> LostFocus;
 
-  // Gestures: type one key (8 is backspace), replace the whole text as a paste or a
-  // dialog's editor does, and leave the box.
+  // Gestures, as in an ordinary text box. A key goes through KeyPress, then replaces the
+  // selected stretch or goes in at the caret (8, backspace, deletes the stretch or the
+  // character before the caret); a text is typed key by key, as a paste is; the Delete
+  // key deletes the stretch or the character behind the caret, and no KeyPress sees it;
+  // select moves the caret or chooses a stretch (Home, End, arrows, the mouse) and raises
+  // nothing; replaceText replaces the whole text as a dialog's editor does; leave leaves
+  // the box.
   void typeKey(int keyAscii);
   void typeText(TextView text);
+  void typeDelete();
+  void select(int start, int length);
   void replaceText(TextView text);
   void leave();
 
  private:
+  // Writes text with the caret at caret, nothing selected, and raises Change.
+  void edit(Text text, int caret);
+
   Text text_;
+  int selStart_ = 0;
+  int selLength_ = 0;
 };
 
 class VELMORA_EXPORT ListBox : public Control {
@@ -115,8 +140,11 @@ class VELMORA_EXPORT ListBox : public Control {
   bool Selected(int index) const;
   void setSelected(int index, bool selected);
   // Exchanges two rows with their marks; for sorts that keep parallel lists together.
-  // The current row travels with its row, without a Click.
+  // The entries are written in place and ListIndex stays where it is, unless
+  // currentFollows answers true: then the current row travels with its row, without a
+  // Click.
   void swapRows(int a, int b);
+  std::function<bool()> currentFollows;
 
   std::function<void()> Click;
   std::function<void()> DblClick;

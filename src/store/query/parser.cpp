@@ -25,7 +25,8 @@ bool isOperatorChar(char16_t c) {
 }
 
 [[noreturn]] void malformed(std::size_t offset, const std::string& what) {
-  throw Failure(errors::kBadQuery, "query: at " + std::to_string(offset + 1) + ": " + what);
+  throw Failure(errors::kBadQuery,
+                "requête : à la position " + std::to_string(offset + 1) + " : " + what);
 }
 
 std::vector<Token> tokenize(TextView text) {
@@ -39,7 +40,7 @@ std::vector<Token> tokenize(TextView text) {
     const std::size_t start = i;
     if (text[i] == u'"') {
       const auto close = text.find(u'"', i + 1);
-      if (close == TextView::npos) malformed(start, "the value has no closing double quote");
+      if (close == TextView::npos) malformed(start, "la valeur n'a pas de guillemet fermant");
       tokens.push_back(
           {TokenKind::Value, Text(text.substr(i + 1, close - i - 1)), start, close + 1});
       i = close + 1;
@@ -84,12 +85,12 @@ class Parser {
     clauseStart_ = current().start;
     const Token& verb = current();
     if (!isWord(u"SSELECT") && !isWord(u"SELECT")) {
-      fail("expected SSELECT or SELECT to begin the query");
+      fail("SSELECT ou SELECT attendu au début de la requête");
     }
     query.verb = verb.text;
     advance();
     if (current().kind != TokenKind::Word || isKeyword(current().text)) {
-      fail("expected a file name");
+      fail("nom de fichier attendu");
     }
     query.file = current().text;
     advance();
@@ -98,7 +99,7 @@ class Parser {
       while (isWord(u"AND")) {
         beginClause();
         advance();
-        if (!isWord(u"AVEC")) fail("expected AVEC (conditions are joined by AND AVEC)");
+        if (!isWord(u"AVEC")) fail("AVEC attendu (les conditions se joignent par AND AVEC)");
         query.conditions.push_back(condition());
       }
     }
@@ -107,14 +108,14 @@ class Parser {
       const bool descending = current().text == u"PAR-DECR";
       advance();
       query.sorts.push_back(
-          {fieldName("expected an attribute number, @ID or a dictionary name"), descending});
+          {fieldName("numéro d'attribut, @ID ou nom du dictionnaire attendu"), descending});
     }
     if (current().kind != TokenKind::End) {
       const bool conditionWord = isWord(u"AVEC") || isWord(u"AND") || isWord(u"OR");
-      if (conditionWord && !query.sorts.empty()) fail("conditions must come before the sorts");
-      if (isWord(u"AVEC")) fail("expected AND before AVEC");
-      fail(query.conditions.empty() ? "expected AVEC, PAR, PAR-DECR or the end of the query"
-                                    : "expected AND AVEC, PAR, PAR-DECR or the end of the query");
+      if (conditionWord && !query.sorts.empty()) fail("les conditions doivent précéder les tris");
+      if (isWord(u"AVEC")) fail("AND attendu avant AVEC");
+      fail(query.conditions.empty() ? "AVEC, PAR, PAR-DECR ou la fin de la requête attendu"
+                                    : "AND AVEC, PAR, PAR-DECR ou la fin de la requête attendu");
     }
     return query;
   }
@@ -137,12 +138,12 @@ class Parser {
   [[noreturn]] void fail(const std::string& expected) const {
     std::string message = expected;
     if (lastEnd_ > clauseStart_) {
-      message += " after \"" + toUtf8(text_.substr(clauseStart_, lastEnd_ - clauseStart_)) + "\"";
+      message += " après « " + toUtf8(text_.substr(clauseStart_, lastEnd_ - clauseStart_)) + " »";
     }
     const Token& at = current();
     message += at.kind == TokenKind::End
-                   ? ", found the end of the query"
-                   : ", found \"" + toUtf8(text_.substr(at.start, at.end - at.start)) + "\"";
+                   ? ", trouvé la fin de la requête"
+                   : ", trouvé « " + toUtf8(text_.substr(at.start, at.end - at.start)) + " »";
     malformed(at.start, message);
   }
 
@@ -155,12 +156,12 @@ class Parser {
 
   Comparison comparison() {
     if (current().kind != TokenKind::Operator) {
-      fail("expected an operator (=, <=, >=, <>)");
+      fail("opérateur attendu (=, <=, >=, <>)");
     }
     const auto op = operatorOf(current().text);
-    if (!op) fail("expected an operator (=, <=, >=, <>)");
+    if (!op) fail("opérateur attendu (=, <=, >=, <>)");
     advance();
-    if (current().kind != TokenKind::Value) fail("expected a value in double quotes");
+    if (current().kind != TokenKind::Value) fail("valeur entre guillemets attendue");
     const Text value = current().text;
     advance();
     return comparisonOf(*op, value);
@@ -169,7 +170,7 @@ class Parser {
   Condition condition() {
     beginClause();
     advance();  // AVEC
-    Condition result{fieldName("expected an attribute number, @ID or a dictionary name"), {}};
+    Condition result{fieldName("numéro d'attribut, @ID ou nom du dictionnaire attendu"), {}};
     result.alternatives.push_back(comparison());
     while (isWord(u"OR")) {
       advance();

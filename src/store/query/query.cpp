@@ -14,7 +14,7 @@ namespace velmora::store {
 namespace {
 
 [[noreturn]] void badRequest(const std::string& what) {
-  throw Failure(errors::kBadQuery, "query: " + what);
+  throw Failure(errors::kBadQuery, "requête : " + what);
 }
 
 // A field once its name is known: the key, an attribute, or characters of the key.
@@ -63,10 +63,10 @@ bool isDigits(TextView text) {
 
 int attributeNumber(TextView digits, std::size_t position) {
   if (digits.size() > 6) {
-    badRequest("at " + std::to_string(position) + ": attribute number " + toUtf8(digits) +
-               " is too large");
+    badRequest("à la position " + std::to_string(position) + " : le numéro d'attribut " +
+               toUtf8(digits) + " est trop grand");
   }
-  return std::stoi(toUtf8(digits));
+  return static_cast<int>(*parseNumber(digits));  // six digits at most: exact
 }
 
 Field resolve(ReadConnection& connection, const Text& file, const FieldName& name) {
@@ -78,9 +78,10 @@ Field resolve(ReadConnection& connection, const Text& file, const FieldName& nam
   }
   const auto item = connection.dictionaryItem(file, name.spelling);
   if (!item) {
-    throw Failure(errors::kUnknownName, "query: at " + std::to_string(name.position) +
-                                            ": unknown dictionary name \"" + toUtf8(name.spelling) +
-                                            "\" in file " + toUtf8(file));
+    throw Failure(errors::kUnknownName, "requête : à la position " + std::to_string(name.position) +
+                                            " : nom de dictionnaire inconnu « " +
+                                            toUtf8(name.spelling) + " » dans le fichier " +
+                                            toUtf8(file));
   }
   if (item->isKeyPart()) return {Field::Kind::KeyPart, 0, item->keyStart, item->keyLength};
   if (item->attribute == 0) return {};
@@ -99,8 +100,8 @@ std::vector<int> parseColumns(TextView text) {
     while (i < text.size() && text[i] != u' ') ++i;
     const TextView word = text.substr(start, i - start);
     if (!isDigits(word)) {
-      badRequest("columns: \"" + toUtf8(word) + "\" at " + std::to_string(start + 1) +
-                 " is not an attribute number");
+      badRequest("colonnes : « " + toUtf8(word) + " » à la position " + std::to_string(start + 1) +
+                 " n'est pas un numéro d'attribut");
     }
     columns.push_back(attributeNumber(word, start + 1));
   }
@@ -144,8 +145,8 @@ Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text&
   Plan plan;
   plan.file = syntax.file;
   if (!connection.hasFile(plan.file)) {
-    throw Failure(errors::kUnknownFile, "query: unknown file \"" + toUtf8(plan.file) +
-                                            "\" in database " + connection.path());
+    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(plan.file) +
+                                            " » dans la base " + connection.path());
   }
   for (const auto& condition : syntax.conditions) {
     ResolvedCondition resolved{resolve(connection, plan.file, condition.field),
@@ -367,8 +368,8 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const QuerySyntax syntax = parseQuery(query);
   const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
-    badRequest("the request names file \"" + toUtf8(file) + "\" but the query reads \"" +
-               toUtf8(syntax.file) + "\"");
+    badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
+               toUtf8(syntax.file) + " »");
   }
   const Plan plan = makePlan(connection, syntax, parts.r(3));
   ++connection.statistics().queries;

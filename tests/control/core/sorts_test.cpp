@@ -42,11 +42,7 @@ void directSelectionSort(Lists& l, bool selection) {
     std::swap(keys[m], keys[i]);
     std::swap(l.rows[m], l.rows[i]);
     l.marks.swap(l.marks[m], l.marks[i]);
-    if (l.current == m) {
-      l.current = i;
-    } else if (l.current == i) {
-      l.current = m;
-    }
+    // The entries are written in place: with no edit open the current row stays.
     std::swap(l.codes[m], l.codes[i]);
     if (selection) {
       const Text temporary = l.observations.r(m + 1);

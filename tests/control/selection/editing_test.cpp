@@ -168,7 +168,7 @@ TEST_F(Editing, ARefusedDurationReachesTheHostsFailureHandler) {
   EXPECT_EQ(snapshot(ctl).total, "25");
 }
 
-TEST_F(Editing, ASortDuringTheEditKeepsTheEditOnTheItemThePlannerChose) {
+TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemOnlyDuringAnEdit) {
   // VAISSELLE alone, its edit open; then ASPIRATEUR and BALAI come in and sort before it.
   select({1});
   ctl.Lst_Selectionne.click(0);
@@ -196,6 +196,17 @@ TEST_F(Editing, ASortDuringTheEditKeepsTheEditOnTheItemThePlannerChose) {
   EXPECT_EQ(s.duree, "0h42");
   EXPECT_EQ(s.total, "42");
   EXPECT_FALSE(s.doubleClic);
+
+  // With no edit open the sort writes the rows in place: the current row stays where it
+  // is, now on another item, and Obs. and Supprimer act on what stands there.
+  propose({{proposal("Ménage", "Entretien", "ARROSAGE", "10"), u"ARROSAGE"}});
+  ctl.Lst_Selectionne.click(1);  // BALAI
+  select({4});                   // ARROSAGE sorts first
+  ASSERT_EQ(toUtf8(ctl.Lst_Selectionne.List(2)), sel("Ménage", "Entretien", "BALAI", ' ', "5"));
+  s = snapshot(ctl);
+  EXPECT_EQ(s.current, 1);
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 1);
+  EXPECT_EQ(s.codes[1], "ASPIRATEUR");
 }
 
 TEST_F(Editing, TheMarkerSurvivesAnEditAndAnObservationCanChangeDuringIt) {

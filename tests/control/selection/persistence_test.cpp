@@ -170,20 +170,27 @@ TEST_F(WayOut, AfficheTwiceWithoutEmptyingDoublesRowsAndTotal) {
                                               sel("Ménage", "ENTRETIEN", "VAISSELLE", 'X', "30"),
                                               sel("Ménage", "ENTRETIEN", "VAISSELLE", 'X', "30")}));
   EXPECT_EQ(s.codes, (std::vector<std::string>{"DEJEUNER", "DEJEUNER", "VAISSELLE", "VAISSELLE"}));
-  EXPECT_EQ(s.obs, (std::vector<std::string>{"", "", "V", "V"}));
+  // The second call writes its observations at attributes 1 and 2 again, as documented.
+  EXPECT_EQ(s.obs, (std::vector<std::string>{"V", "", "", ""}));
   EXPECT_EQ(s.duree, "1h30");
   EXPECT_EQ(s.total, "90");
 }
 
-TEST_F(WayOut, AfficheBehindRowsAlreadySelectedKeepsTheirObservations) {
+// Onto rows already selected, item i writes attribute i of R_Obs, as documented: the
+// observation lands on the row already there, and the new row takes what stood at its
+// own number. A host that wants the stored selection alone empties the control first.
+TEST_F(WayOut, AfficheBehindRowsAlreadySelectedWritesTheObservationAtTheItemNumber) {
   select({0});
   observe(0, "Déjà là");
   storedSelection({{"VAISSELLE", "10", "Nouvelle"}});
   ctl.Affiche();
   const Snapshot s = snapshot(ctl);
-  // "ENTRETIEN" sorts before "Entretien": the new row goes first, with its observation.
-  EXPECT_EQ(s.codes, (std::vector<std::string>{"VAISSELLE", "ASPIRATEUR"}));
-  EXPECT_EQ(s.obs, (std::vector<std::string>{"Nouvelle", "Déjà là"}));
+  // "ENTRETIEN" sorts before "Entretien": the new row goes first, and the observations
+  // travel with the rows they were written beside.
+  EXPECT_EQ(s.rows,
+            (std::vector<std::string>{sel("Ménage", "ENTRETIEN", "VAISSELLE", 'X', "10"),
+                                      sel("Ménage", "Entretien", "ASPIRATEUR", 'X', "30")}));
+  EXPECT_EQ(s.obs, (std::vector<std::string>{"", "Nouvelle"}));
   EXPECT_EQ(s.total, "40");
 }
 

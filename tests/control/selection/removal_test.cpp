@@ -1,7 +1,10 @@
 // Removing a selected row after the question: the three parallel stores, the total,
 // the end of an open edit and the mandatory label.
+#include <array>
+
 #include "control/module_slots.h"
 #include "journey.h"
+#include "support/failure_number.h"
 
 namespace velmora::testing {
 namespace {
@@ -132,19 +135,53 @@ TEST_F(Removal, CareActsAskAboutAnAct) {
   EXPECT_EQ(services->questions()[0].prompt, u"Etes-vous sûr de vouloir supprimer cet acte ?");
 }
 
-TEST_F(Removal, TheButtonLeftEnabledAfterTheHostEmptiedTheSelectionRefusesClearly) {
-  select({0});
-  ctl.Lst_Selectionne.click(0);
-  ctl.Vider_Tache();
-  ASSERT_TRUE(ctl.Cmd_SupprVelmora.Enabled());
-  try {
-    ctl.Cmd_SupprVelmora.press();
-    ADD_FAILURE() << "removed without a row";
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.number(), errors::kInvalidCall);
+// After the host's Vider_Tache, Supprimer, OK and Obs. stay enabled without a row. Each
+// runs its steps as written; the first one that needs the row fails and goes to the host.
+TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRowIsMissing) {
+  struct Case {
+    const char* what;
+    toolkit::CommandButton* button;
+    int answer;         // to the removal question
+    long failure;       // what reaches the host
+    const char* duree;  // Txt_Duree afterwards
+    int questions;
+    int dialogs;
+  };
+  const std::array<Case, 4> cases{{
+      {"Supprimer, No", &ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 0, "", 1, 0},
+      {"Supprimer, Yes", &ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, errors::kInvalidCall, "0h00",
+       1, 0},  // "0" written first, then the row is missing
+      {"OK", &ctl.Cmd_OKVelmora, 0, errors::kInvalidCall, "0h45", 0, 0},
+      {"Obs.", &ctl.Cmd_Obs, 0, 0, "", 0, 1},
+  }};
+  for (const Case& c : cases) {
+    select({0});
+    ctl.Lst_Selectionne.click(0);
+    ctl.Lst_Selectionne.doubleClick(0);
+    ctl.Txt_DureeSoin.replaceText(u"45");
+    ctl.Vider_Tache();
+    ASSERT_TRUE(c.button->Enabled()) << c.what;
+    ctl.Etq_Imperativite.setVisible(true);  // so that a refresh shows
+    const auto asked = services->questions().size();
+    const int shown = services->modalShows();
+    if (c.answer != 0) services->answer(c.answer);
+    services->onModal([](toolkit::Form& form) {
+      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
+      EXPECT_EQ(dialog.Txt_Tache.getText(), u"");
+      dialog.Cmd_AnnulerObs.press();
+    });
+    EXPECT_EQ(failureNumber([&] { c.button->press(); }), c.failure) << c.what;
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree) << c.what;
+    EXPECT_EQ(services->questions().size() - asked, static_cast<std::size_t>(c.questions))
+        << c.what;
+    EXPECT_EQ(services->modalShows() - shown, c.dialogs) << c.what;
+    if (c.button == &ctl.Cmd_SupprVelmora && c.failure == 0) {
+      EXPECT_FALSE(ctl.Etq_Imperativite.Visible()) << "refreshed whatever the answer";
+    }
+    EXPECT_TRUE(snapshot(ctl).rows.empty()) << c.what;
+    ctl.Cmd_AnnulerVelmora.press();
+    ctl.Vider_Tache();
   }
-  EXPECT_TRUE(services->questions().empty());
-  EXPECT_EQ(snapshot(ctl).duree, "");
 }
 
 }  // namespace
