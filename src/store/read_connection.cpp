@@ -15,13 +15,46 @@ constexpr std::array<const char*, 10> kSql = {
     "PRAGMA data_version",
 };
 
-// The control never writes: a read-only handle makes that a property of the file access,
-// not a promise of the code.
-ReadConnection::ReadConnection(const std::string& path)
-    : path_(path), db_(openConnection(path, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX)) {
+namespace {
+
+// A writer that stopped half way (killed, disk full) leaves a journal that must be rolled
+// back, or a write-ahead log whose index must be rebuilt, before the file can be read;
+// a read-only handle may do neither. A short read-write open does it, as any SQLite
+// reader that may write would: it puts back the last committed state and writes nothing
+// else. False when the file or its folder cannot be written.
+bool recoverAfterAStoppedWriter(const std::string& path) {
+  sqlite3* raw = nullptr;
+  const int opened = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
+  const Connection db(raw);
+  if (opened != SQLITE_OK) return false;
+  sqlite3_busy_timeout(db.get(), static_cast<int>(ReadConnection::kLockWait.count()));
+  return sqlite3_exec(db.get(), "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) ==
+         SQLITE_OK;
+}
+
+bool needsRecovery(int code) {
+  return code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY ||
+         code == SQLITE_READONLY_CANTINIT || code == SQLITE_READONLY_CANTLOCK;
+}
+
+}  // namespace
+
+ReadConnection::ReadConnection(const std::string& path) : path_(path) {
+  open();
+  try {
+    checkSchema(db_.get(), path_);
+  } catch (const SchemaFailure& failure) {
+    if (!needsRecovery(failure.sqliteCode()) || !recoverAfterAStoppedWriter(path_)) throw;
+    open();
+    checkSchema(db_.get(), path_);
+  }
+}
+
+void ReadConnection::open() {
+  db_.reset();
+  db_ = openConnection(path_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
   sqlite3_busy_handler(db_.get(), &ReadConnection::onBusy, this);
   deadline_ = std::chrono::steady_clock::now() + kLockWait;
-  checkSchema(db_.get(), path_);
 }
 
 int ReadConnection::onBusy(void* self, int attempts) {

@@ -84,6 +84,9 @@ class ReadConnection {
   // Files and dictionary items change rarely: within a snapshot they are taken from
   // caches that are emptied whenever another connection has changed the file since.
   void refreshCaches();
+  // The control never writes: a read-only handle makes that a property of the file
+  // access, not a promise of the code.
+  void open();
   // SQLite's busy handler: waits while the deadline of the current wait is ahead.
   static int onBusy(void* self, int attempts);
   // Prepared at first use and kept: opening stays cheap, and the hot paths reuse them.

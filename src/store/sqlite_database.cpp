@@ -44,8 +44,14 @@ class HeldSnapshot final : public NorvikDatabase::Snapshot {
 
 std::shared_ptr<store::ReadConnection> connect(const std::string& path) {
   std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) {
+    throw Failure(errors::kDatabase, "La base " + path +
+                                         " est un dossier, pas une base : donnez le chemin "
+                                         "du fichier de la base.");
+  }
   if (!std::filesystem::is_regular_file(path, ec)) {
-    throw Failure(errors::kDatabase, "database " + path + ": no such file");
+    throw Failure(errors::kDatabase,
+                  "La base " + path + " n'existe pas (no such file) : vérifiez le chemin.");
   }
   return std::make_shared<store::ReadConnection>(path);
 }

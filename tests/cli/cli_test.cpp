@@ -1,5 +1,6 @@
 // The velmora tool, run as a user runs it, on temporary files.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 
 #include <filesystem>
@@ -117,6 +118,38 @@ TEST_F(Cli, SampleReplacesTheDatabaseWholeOrNotAtAll) {
   EXPECT_NE(bad.err.find("30-bad.jsonl:1:"), std::string::npos) << bad.err;
   EXPECT_EQ(slurp(target), good);
   EXPECT_FALSE(fs::exists(target + ".building"));
+}
+
+// sample replaces a store or nothing: never another file, never the user's own files
+// beside it, and no journal of the old store is left to be played over the new one.
+TEST_F(Cli, SampleReplacesOnlyAStoreAndLeavesNoJournalOfTheOldOne) {
+  const fs::path notes = dir() / "notes.txt";
+  spit(notes, "mes notes\n");
+  const auto refused = run({"sample", "--db", notes.string(), "--from", sampleDir().string()});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_NE(refused.err.find("is not a Velmora store"), std::string::npos) << refused.err;
+  EXPECT_EQ(slurp(notes), "mes notes\n");
+
+  for (const bool wal : {false, true}) {
+    const std::string target = (dir() / (wal ? "wal.db" : "journal.db")).string();
+    ASSERT_EQ(run({"sample", "--db", target, "--from", sampleDir().string()}).status, 0);
+    spit(target + ".building", "le fichier de quelqu'un\n");
+    testing::killWriterHalfWay(target, wal);
+    const auto built = run({"sample", "--db", target, "--from", sampleDir().string()});
+    EXPECT_EQ(built.status, 0) << built.err;
+    EXPECT_FALSE(fs::exists(target + "-journal"));
+    EXPECT_FALSE(fs::exists(target + "-wal"));
+    EXPECT_EQ(slurp(target + ".building"), "le fichier de quelqu'un\n");
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(target.c_str(), &db), SQLITE_OK);
+    sqlite3_stmt* check = nullptr;
+    sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &check, nullptr);
+    ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok") << wal;
+    sqlite3_finalize(check);
+    sqlite3_close(db);
+    EXPECT_EQ(run({"get", "--db", target, "TACHE", "Vitres"}).out, "1\nG-VITRES\n\nN\n45\n");
+  }
 }
 
 TEST_F(Cli, GetPrintsOneAttributePerLine) {
