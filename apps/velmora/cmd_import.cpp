@@ -1,7 +1,5 @@
-#include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <system_error>
 
 #include "base/failure.h"
 #include "command.h"
@@ -19,14 +17,9 @@ int run(Arguments& args) {
   if (!in) throw Failure(errors::kBadImport, file + ": cannot be read");
   // The whole file is read before the database is touched.
   const Batch batch = readExchange(in, file);
-  std::error_code ec;
-  const bool existed = std::filesystem::exists(database, ec);
-  try {
-    StoreWriter(database).apply(batch);
-  } catch (...) {
-    if (!existed) std::filesystem::remove(database, ec);
-    throw;
-  }
+  // Created when absent and filled in one transaction; a failure leaves the file as it
+  // was (a new path at worst an empty file), never removed: another writer may be using it.
+  StoreWriter(database).apply(batch);
   std::cout << "velmora: " << database << ": " << batch.size() << " lines imported\n";
   return 0;
 }

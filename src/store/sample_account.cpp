@@ -57,7 +57,8 @@ void prepareToReplace(const fs::path& target) {
   std::error_code ec;
   const fs::path journal = target.string() + "-journal";
   const fs::path log = target.string() + "-wal";
-  if (fs::exists(target, ec)) {
+  // An empty file is what a failed first import leaves: nothing to keep.
+  if (fs::exists(target, ec) && fs::file_size(target, ec) > 0) {
     if (!fs::is_regular_file(target, ec)) refuse(target, "is not a file");
     sqlite3* raw = nullptr;
     const int opened = sqlite3_open_v2(target.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);

@@ -3,8 +3,11 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -237,6 +240,74 @@ TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
   const auto refused = run({"import", bad.string(), "--db", target});
   EXPECT_EQ(refused.status, 1);
   EXPECT_FALSE(fs::exists(target));
+}
+
+// How many rounds the stress tests run: a few by default, VELMORA_STRESS=100 for more.
+int stressRounds(int byDefault) {
+  const char* raised = std::getenv("VELMORA_STRESS");
+  return raised != nullptr ? std::max(1, std::atoi(raised)) : byDefault;
+}
+
+// Imports started together into a new path: each one that says it is done has its record
+// in the store; any other says why (the lock) and exits 1.
+TEST_F(Cli, ImportsAtOnceIntoANewPathLoseNothingReportedDone) {
+  const int imports = stressRounds(8);
+  const fs::path target = dir() / "new.db";
+  std::string script;
+  for (int i = 0; i < imports; ++i) {
+    const std::string n = std::to_string(i);
+    spit(dir() / ("in" + n + ".jsonl"),
+         "{\"file\":\"TACHE\",\"key\":\"K" + n + "\",\"record\":[\"" + n + "\"]}\n");
+    script += "(" + shellWord(VELMORA_CLI) + " import " + shellWord((dir() / ("in" + n)).string()) +
+              ".jsonl --db " + shellWord(target.string()) + " >/dev/null 2>" +
+              shellWord((dir() / ("err" + n)).string()) + "; echo $? >" +
+              shellWord((dir() / ("status" + n)).string()) + ") &\n";
+  }
+  ASSERT_EQ(std::system((script + "wait\n").c_str()), 0);
+  int done = 0;
+  for (int i = 0; i < imports; ++i) {
+    const std::string n = std::to_string(i);
+    const std::string status = slurp(dir() / ("status" + n));
+    const auto got = run({"get", "--db", target.string(), "TACHE", "K" + n});
+    if (status == "0\n") {
+      ++done;
+      EXPECT_EQ(got.out, n + "\n") << "import " << n << " said it was done: " << got.err;
+    } else {
+      EXPECT_EQ(status, "1\n");
+      EXPECT_NE(slurp(dir() / ("err" + n)).find("verrouillée"), std::string::npos);
+    }
+  }
+  EXPECT_GT(done, 0);
+}
+
+// An import killed at a random moment leaves the store whole: all of its batch or none
+// (the batch puts the same records each round, so once applied it stays so).
+TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
+  const fs::path big = dir() / "big.jsonl";
+  {
+    std::ofstream out(big, std::ios::binary);
+    for (int i = 0; i < 3000; ++i) {
+      out << "{\"file\":\"TACHE\",\"key\":\"B" << i << "\",\"record\":[\"" << std::string(100, 'b')
+          << "\"]}\n";
+    }
+  }
+  account_.put("TACHE", "Vitres", {{"1"}});
+  std::mt19937 random(std::random_device{}());
+  const int rounds = stressRounds(4);
+  for (int round = 0; round < rounds; ++round) {
+    const int delayMs = std::uniform_int_distribution<int>(0, 2000)(random);
+    SCOPED_TRACE("killed after " + std::to_string(delayMs) + " ms");
+    const std::string command = shellWord(VELMORA_CLI) + " import " + shellWord(big.string()) +
+                                " --db " + shellWord(db()) + " >/dev/null 2>&1 & sleep " +
+                                std::to_string(delayMs / 1000.0) + "; kill -9 $! 2>/dev/null; wait";
+    std::system(command.c_str());
+    const auto vitres = run({"get", "--db", db(), "TACHE", "Vitres"});
+    EXPECT_EQ(vitres.status, 0) << vitres.err;
+    EXPECT_EQ(vitres.out, "1\n");
+    const auto count = run({"query", "--db", db(), "SSELECT TACHE AVEC 0 = \"B]\""});
+    const auto lines = std::count(count.out.begin(), count.out.end(), '\n');
+    EXPECT_TRUE(lines == 0 || lines == 3000) << lines;
+  }
 }
 
 TEST_F(Cli, StoreFailuresExitOneWithTheStoresMessage) {
