@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "store/query/order.h"
+#include "store/query/syntax.h"
 #include "store/sqlite_database.h"
 #include "support/account.h"
 
@@ -200,6 +201,41 @@ TEST_F(QueryWords, OpeningBracketComparesTrailingCharacters) {
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 <> \"[1\""), (Keys{"A2", "B2", "C", "Ménage"}));
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 >= \"[2\""), (Keys{"A2", "B2", "C", "Ménage"}));
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = \"[age\""), Keys{"Ménage"});
+}
+
+// A value in single quotes is taken literally, a quote in it doubled: whatever it holds
+// (brackets, double quotes, words and operators of the language), it is one whole value
+// and the query keeps its shape.
+TEST_F(QueryWords, NoLiteralValueChangesTheShapeOfTheQuery) {
+  const std::vector<std::string> values = {"B]",
+                                           "[B",
+                                           "]",
+                                           "[",
+                                           "a\"b",
+                                           "\"",
+                                           "it's",
+                                           "''",
+                                           "x\" AND AVEC 0 = \"A1",
+                                           "' OR = 'A1",
+                                           "PAR 1",
+                                           " ",
+                                           "",
+                                           "A1\" OR = \"A2",
+                                           "[A]"};
+  for (const auto& v : values) account_.put("TACHE", "k" + v, {{v}});
+  for (const auto& v : values) {
+    SCOPED_TRACE(v);
+    const std::string literal = toUtf8(store::literalValue(fromUtf8(v)));
+    // Keys are "k" and the value: a literal that could act as a bracket matches none.
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + literal + " PAR 1"), Keys{});
+    const std::string key = toUtf8(store::literalValue(fromUtf8("k" + v)));
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + key + " AND AVEC 1 = " + literal),
+              Keys{"k" + v});
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 1 = " + literal + " AND AVEC 0 = \"k]\""),
+              Keys{"k" + v});
+  }
+  EXPECT_EQ(failureOf(db_, "SSELECT TACHE AVEC 0 = 'x").message,
+            "query: at 24: the value has no closing single quote");
 }
 
 TEST_F(QueryWords, AnyValueOfAMultiValuedAttributeMeetsACondition) {
@@ -484,7 +520,8 @@ TEST_F(QueryWords, MalformedQueriesNameThePositionAndWhatWasExpected) {
       {"SSELECT AVEC", 9, "expected a file name"},
       {"SSELECT TACHE AVEC 1 \"x\"", 22, "expected an operator (=, <=, >=, <>) after \"AVEC 1\""},
       {"SSELECT TACHE AVEC 1 == \"x\"", 22, "expected an operator"},
-      {"SSELECT TACHE AVEC 1 = x", 24, "expected a value in double quotes after \"AVEC 1 =\""},
+      {"SSELECT TACHE AVEC 1 = x", 24,
+       "expected a value in double or single quotes after \"AVEC 1 =\""},
       {"SSELECT TACHE AVEC 1 = \"x", 24, "no closing double quote"},
       {"SSELECT TACHE AVEC = \"x\"", 20, "expected an attribute number, @ID or a dictionary name"},
       {"SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\"", 28, "expected AND before AVEC"},
