@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "control/client_code.h"
 #include "qt/failure_display.h"
 #include "qt/host_store.h"
 #include "qt/twips.h"
@@ -104,9 +105,17 @@ void DemoWindow::runInit() {
     Text days;
     const std::size_t count = floating_->isChecked() ? 6 : 7;
     for (std::size_t d = 0; d < count; ++d) days.push_back(days_[d]->isChecked() ? u'1' : u'0');
+    const DatabaseRef database = openDatabase(database_);
     Text code = fromQString(key_->text().trimmed());
     if (code.empty()) {
+      // The control writes the code into its queries: it must name a client and hold
+      // nothing that a query would read as more than a code.
       code = fromQString(client_->text().trimmed());
+      checkClientCode(code);
+      if (!clientKnown(database, code)) {
+        throw Failure(errors::kRecordNotFound,
+                      "Aucun client « " + toUtf8(code) + " » dans la base " + database_ + ".");
+      }
       if (floating_->isChecked()) code += u"FLOT";
     }
     InitArguments a{fromQString(kind_->currentText()),
@@ -116,7 +125,7 @@ void DemoWindow::runInit() {
                     fromQString(heureDe_->text()),
                     fromQString(heureA_->text()),
                     days};
-    control_.TheDatabase(openDatabase(database_));
+    control_.TheDatabase(database);
     control_.Init(a);
     view_->refreshLists();
     // The host reads the total after Init too: the search may have selected items.
