@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -13,6 +14,13 @@ namespace {
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
   const std::string file = args.positionals(1, 1).front();
+  std::error_code ec;
+  if (std::filesystem::is_directory(file, ec)) {
+    throw UsageError("\"" + file + "\" is a folder: give the exchange file to import");
+  }
+  if (std::filesystem::is_directory(database, ec)) {
+    throw UsageError("--db \"" + database + "\" is a folder: give the path of the database");
+  }
   std::ifstream in(file, std::ios::binary);
   if (!in) throw Failure(errors::kBadImport, file + ": cannot be read");
   // The whole file is read before the database is touched.

@@ -6,13 +6,23 @@ namespace velmora::store {
 
 namespace {
 
+// What to do about a failure that the disk causes.
+std::string hint(sqlite3* db) {
+  const int code = db != nullptr ? sqlite3_errcode(db) & 0xFF : SQLITE_NOMEM;
+  if (code == SQLITE_FULL || code == SQLITE_IOERR) {
+    return " (is the disk full, or a file size limit reached? free some space and run it "
+           "again)";
+  }
+  return {};
+}
+
 [[noreturn]] void fail(sqlite3* db, const std::string& path, const std::string& doing) {
   const std::string cause = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
   if (db != nullptr) {
     const int code = sqlite3_errcode(db) & 0xFF;
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw busyFailure(path);
   }
-  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause);
+  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause + hint(db));
 }
 
 constexpr const char* kSchema = R"sql(
@@ -122,7 +132,7 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
   const std::string cause = message != nullptr ? message : sqlite3_errmsg(db);
   sqlite3_free(message);
   if ((rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED) throw busyFailure(path);
-  throw Failure(errors::kDatabase, "database " + path + ": " + cause);
+  throw Failure(errors::kDatabase, "database " + path + ": " + cause + hint(db));
 }
 
 void createSchema(sqlite3* db, const std::string& path) {

@@ -242,6 +242,57 @@ TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
   EXPECT_FALSE(fs::exists(target));
 }
 
+// Small mistakes get a clear message and change nothing.
+TEST_F(Cli, SmallMistakesGetAClearMessage) {
+  const fs::path folder = dir() / "folder";
+  fs::create_directories(folder);
+  const fs::path line = dir() / "line.jsonl";
+  spit(line, "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}\n");
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    const char* message;
+  };
+  for (const Case& c : std::vector<Case>{
+           {{"play", "--db", db(), folder.string()}, 2, "is a folder"},
+           {{"import", folder.string(), "--db", db()}, 2, "is a folder"},
+           {{"import", line.string(), "--db", folder.string()}, 2, "is a folder"},
+           {{"sample", "--db", ""}, 2, "--db needs a path"},
+       }) {
+    const auto outcome = run(c.args);
+    EXPECT_EQ(outcome.status, c.status) << c.args.front();
+    EXPECT_NE(outcome.err.find(c.message), std::string::npos) << outcome.err;
+  }
+
+  // One huge cell does not pad every other line to its width.
+  account_.put("TACHE", std::string(10000, 'k'), {{"x"}});
+  for (int i = 0; i < 50; ++i) account_.put("TACHE", "t" + std::to_string(i), {{"y"}});
+  const auto table = run({"query", "--db", db(), "SSELECT TACHE", "--columns", "0 1"});
+  EXPECT_EQ(table.status, 0);
+  EXPECT_LT(table.out.size(), 10000u + 50 * 50);
+
+  // Past a file-size limit (as on a full disk) the import fails, says what to do and
+  // leaves the store as it was, with no journal beside it.
+  const fs::path big = dir() / "big.jsonl";
+  {
+    std::ofstream out(big, std::ios::binary);
+    for (int i = 0; i < 3000; ++i) {
+      out << "{\"file\":\"TACHE\",\"key\":\"B" << i << "\",\"record\":[\"" << std::string(100, 'b')
+          << "\"]}\n";
+    }
+  }
+  const std::string before = slurp(db());
+  const std::string command = "ulimit -f 200; " + shellWord(VELMORA_CLI) + " import " +
+                              shellWord(big.string()) + " --db " + shellWord(db()) + " 2>" +
+                              shellWord((dir() / "full.txt").string());
+  const int raw = std::system(command.c_str());
+  EXPECT_EQ(WEXITSTATUS(raw), 1);
+  EXPECT_NE(slurp(dir() / "full.txt").find("disk full"), std::string::npos)
+      << slurp(dir() / "full.txt");
+  EXPECT_FALSE(fs::exists(db() + "-journal"));
+  EXPECT_EQ(slurp(db()), before);
+}
+
 // How many rounds the stress tests run: a few by default, VELMORA_STRESS=100 for more.
 int stressRounds(int byDefault) {
   const char* raised = std::getenv("VELMORA_STRESS");
