@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 // Where the export goes: through a symbolic link to the file it names.
 fs::path outputTarget(const std::string& file, const std::string& database) {
   std::error_code ec;
-  const fs::path target = fs::weakly_canonical(file, ec);
+  fs::path target = fs::weakly_canonical(file, ec);
   if (ec) throw Failure(errors::kDatabase, file + ": " + ec.message());
   if (fs::is_directory(target, ec)) {
     throw UsageError(file + " is a folder: give the path of the file to write");

@@ -39,7 +39,7 @@ bool needsRecovery(int code) {
 
 }  // namespace
 
-ReadConnection::ReadConnection(const std::string& path) : path_(path) {
+ReadConnection::ReadConnection(std::string path) : path_(std::move(path)) {
   open();
   try {
     checkSchema(db_.get(), path_);

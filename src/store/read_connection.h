@@ -31,7 +31,7 @@ class ReadConnection {
   // start of an outermost snapshot for everything read inside it.
   static constexpr std::chrono::milliseconds kLockWait{3000};
 
-  explicit ReadConnection(const std::string& path);
+  explicit ReadConnection(std::string path);
   ReadConnection(const ReadConnection&) = delete;
   ReadConnection& operator=(const ReadConnection&) = delete;
 

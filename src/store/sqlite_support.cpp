@@ -50,10 +50,10 @@ constexpr long long kSchemaVersion = 1;
 }  // namespace
 
 Failure busyFailure(const std::string& path) {
-  return Failure(errors::kBusy, "La base " + path +
-                                    " est verrouillée par un autre programme qui y écrit. "
-                                    "Réessayez dans un instant ; si cela dure, fermez "
-                                    "l'import ou l'outil qui la modifie.");
+  return {errors::kBusy, "La base " + path +
+                             " est verrouillée par un autre programme qui y écrit. "
+                             "Réessayez dans un instant ; si cela dure, fermez "
+                             "l'import ou l'outil qui la modifie."};
 }
 
 Connection openConnection(const std::string& path, int flags) {
