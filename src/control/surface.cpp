@@ -1,6 +1,7 @@
 // The control's child controls with their documented places (twips), tab indexes,
 // captions and defaults.
 #include <algorithm>
+#include <optional>
 
 #include "control/ctr_velmora_new.h"
 #include "control/read_snapshot.h"
@@ -94,7 +95,18 @@ void Ctr_VelmoraNew::wireEvents() {
   // AuMoinsUneTacheImperative, which takes its own: no lock is held while a planner
   // thinks over a question box, and Cmd_Obs does not read.
   Cac_TouteTache.Click = [this] {
-    const ProcedureSnapshot snapshot;
+    // While Init resets the switch its click does nothing, and reads nothing.
+    if (W_ClicActif == kFalse) return Cac_TouteTache_Click();
+    std::optional<ProcedureSnapshot> snapshot;
+    try {
+      snapshot.emplace();
+    } catch (const Failure&) {
+      // The switch goes back to what the list still shows.
+      W_ClicActif = kFalse;
+      Cac_TouteTache.setValue(Cac_TouteTache.Value() == 0 ? 1 : 0);
+      W_ClicActif = kTrue;
+      throw;
+    }
     Cac_TouteTache_Click();
   };
   Lst_Possible.Click = [this] { Lst_Possible_Click(); };

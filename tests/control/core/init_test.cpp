@@ -383,9 +383,11 @@ TEST_F(Init, AWriterHoldingTheLockFailsClearlyAndLeavesNoPartialProposal) {
 
   std::vector<long> shown;
   c.setFailureHandler([&](const Failure& f) { shown.push_back(f.number()); });
+  const int switchBefore = c.Cac_TouteTache.Value();
   c.Cac_TouteTache.toggle();
   EXPECT_EQ(shown, std::vector<long>{errors::kBusy});
   EXPECT_EQ(c.Lst_Possible.ListCount(), 1);
+  EXPECT_EQ(c.Cac_TouteTache.Value(), switchBefore);
 
   const auto start = std::chrono::steady_clock::now();
   std::string message;
