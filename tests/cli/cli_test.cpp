@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "cli/run_velmora.h"
+#include "store/sqlite_support.h"
 #include "support/account.h"
 
 namespace velmora {
@@ -329,6 +330,28 @@ TEST_F(Cli, ImportsAtOnceIntoANewPathLoseNothingReportedDone) {
     }
   }
   EXPECT_GT(done, 0);
+}
+
+// A second import into a new path while the first one holds the lock: it waits, fails
+// clearly and removes nothing, so the first one's work is still there once committed.
+TEST_F(Cli, ASecondImportThatCannotLockFailsClearlyAndRemovesNothing) {
+  const fs::path target = dir() / "new.db";
+  sqlite3* first = nullptr;
+  ASSERT_EQ(sqlite3_open(target.c_str(), &first), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(first, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  store::createSchema(first, target.string());
+  const fs::path line = dir() / "line.jsonl";
+  spit(line, "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}\n");
+  const auto second = run({"import", line.string(), "--db", target.string()});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_NE(second.err.find("verrouillée"), std::string::npos) << second.err;
+  ASSERT_EQ(sqlite3_exec(first,
+                         "INSERT INTO files VALUES ('TACHE'); INSERT INTO records VALUES "
+                         "('TACHE', x'0041', x'0031'); COMMIT",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(first);
+  EXPECT_EQ(run({"get", "--db", target.string(), "TACHE", "A"}).out, "1\n");
 }
 
 // An import killed at a random moment leaves the store whole: all of its batch or none
