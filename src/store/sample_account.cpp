@@ -1,8 +1,10 @@
 #include "store/sample_account.h"
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -73,8 +75,24 @@ void prepareToReplace(const fs::path& target) {
       refuse(target, std::string("is not a Velmora store that sample may replace (") +
                          failure.what() + "); give another --db or move that file away");
     }
-    if (sqlite3_exec(db.get(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr) !=
-        SQLITE_OK) {
+    // Back to a rollback journal (a log is written back and removed), then one write of
+    // the header as it is, whose commit removes a journal that was left but not hot.
+    int version = 0;
+    sqlite3_exec(
+        db.get(), "PRAGMA user_version",
+        [](void* out, int, char** values, char**) {
+          if (values[0] != nullptr) {
+            const std::string_view text(values[0]);
+            std::from_chars(text.data(), text.data() + text.size(), *static_cast<int*>(out));
+          }
+          return 0;
+        },
+        &version, nullptr);
+    const std::string putRight =
+        "PRAGMA journal_mode = DELETE; BEGIN IMMEDIATE; "
+        "PRAGMA user_version = " +
+        std::to_string(version) + "; COMMIT";
+    if (sqlite3_exec(db.get(), putRight.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
       refuse(target, std::string("its journal cannot be put right (") + sqlite3_errmsg(db.get()) +
                          "); another program may be writing to it");
     }

@@ -134,11 +134,18 @@ TEST_F(Cli, SampleReplacesOnlyAStoreAndLeavesNoJournalOfTheOldOne) {
   EXPECT_NE(refused.err.find("is not a Velmora store"), std::string::npos) << refused.err;
   EXPECT_EQ(slurp(notes), "mes notes\n");
 
-  for (const bool wal : {false, true}) {
-    const std::string target = (dir() / (wal ? "wal.db" : "journal.db")).string();
+  // A hot journal, a log, and a journal that a writer left before it wrote anything (not
+  // hot, but still there).
+  for (const char* left : {"hot", "wal", "stale"}) {
+    const bool wal = std::string(left) == "wal";
+    const std::string target = (dir() / (std::string(left) + ".db")).string();
     ASSERT_EQ(run({"sample", "--db", target, "--from", sampleDir().string()}).status, 0);
     spit(target + ".building", "le fichier de quelqu'un\n");
-    testing::killWriterHalfWay(target, wal);
+    if (std::string(left) == "stale") {
+      spit(target + "-journal", std::string(512, '\0'));
+    } else {
+      testing::killWriterHalfWay(target, wal);
+    }
     const auto built = run({"sample", "--db", target, "--from", sampleDir().string()});
     EXPECT_EQ(built.status, 0) << built.err;
     EXPECT_FALSE(fs::exists(target + "-journal"));
@@ -149,7 +156,7 @@ TEST_F(Cli, SampleReplacesOnlyAStoreAndLeavesNoJournalOfTheOldOne) {
     sqlite3_stmt* check = nullptr;
     sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &check, nullptr);
     ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
-    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok") << wal;
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok") << left;
     sqlite3_finalize(check);
     sqlite3_close(db);
     EXPECT_EQ(run({"get", "--db", target, "TACHE", "Vitres"}).out, "1\nG-VITRES\n\nN\n45\n");
@@ -369,11 +376,17 @@ TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
   std::mt19937 random(std::random_device{}());
   const int rounds = stressRounds(4);
   for (int round = 0; round < rounds; ++round) {
-    const int delayMs = std::uniform_int_distribution<int>(0, 2000)(random);
-    SCOPED_TRACE("killed after " + std::to_string(delayMs) + " ms");
+    // Every other round waits for the journal, so that the kill falls inside the write.
+    const bool inTheWrite = round % 2 == 1;
+    const int delayMs = std::uniform_int_distribution<int>(0, inTheWrite ? 100 : 2000)(random);
+    SCOPED_TRACE("killed " + std::to_string(delayMs) + " ms after " +
+                 (inTheWrite ? "the journal appeared" : "the start"));
+    const std::string waitForJournal = "while [ ! -e " + shellWord(db() + "-journal") +
+                                       " ] && kill -0 $p 2>/dev/null; do :; done; ";
     const std::string command = shellWord(VELMORA_CLI) + " import " + shellWord(big.string()) +
-                                " --db " + shellWord(db()) + " >/dev/null 2>&1 & sleep " +
-                                std::to_string(delayMs / 1000.0) + "; kill -9 $! 2>/dev/null; wait";
+                                " --db " + shellWord(db()) + " >/dev/null 2>&1 & p=$!; " +
+                                (inTheWrite ? waitForJournal : "") + "sleep " +
+                                std::to_string(delayMs / 1000.0) + "; kill -9 $p 2>/dev/null; wait";
     std::system(command.c_str());
     const auto vitres = run({"get", "--db", db(), "TACHE", "Vitres"});
     EXPECT_EQ(vitres.status, 0) << vitres.err;
