@@ -59,10 +59,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Text columns =
       newline == std::string::npos ? Text(u"0") : fromUtf8(text.substr(newline + 1));
   for (const Text& file : {Text(u"TACHE"), Text(u"TPSSEMAINETYPE")}) {
+    Text request = query;
+    request += kAttributeMark;
+    request += file;
+    request += kAttributeMark;
+    request += columns;
     try {
       long count = 0;
-      const auto answer =
-          account()->RunQuery(query + kAttributeMark + file + kAttributeMark + columns, u"", count);
+      const auto answer = account()->RunQuery(request, u"", count);
       (void)answer->DCount();
     } catch (const Failure&) {
     }
