@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/module_slots.h"
 #include "support/large_account.h"
 #include "support/store_calls.h"

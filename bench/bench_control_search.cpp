@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include <velmora/store/record.h>
 #include "search/item_merge.h"
 #include "search/task_catalogue.h"
-#include "store/record.h"
 #include "support/summary.h"
 
 namespace velmora::bench {

@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/module_slots.h"
 #include "rows/row_format.h"
 #include "support/summary.h"

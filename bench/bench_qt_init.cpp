@@ -8,9 +8,10 @@
 
 #include <QApplication>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/velmora_widget.h>
 #include "control/module_slots.h"
-#include "qt/velmora_widget.h"
+#include "qt/control_views.h"
 #include "support/large_account.h"
 #include "support/summary.h"
 

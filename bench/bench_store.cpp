@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "store/database.h"
-#include "store/sqlite_database.h"
+#include <velmora/store/database.h>
+#include <velmora/store/sqlite_database.h>
 #include "support/large_account.h"
 #include "support/sql_floor.h"
 #include "support/summary.h"

@@ -4,8 +4,8 @@
 #include <sstream>
 #include <string>
 
-#include "base/failure.h"
-#include "store/exchange.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));

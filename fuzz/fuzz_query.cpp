@@ -7,10 +7,10 @@
 
 #include <unistd.h>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/store/writer.h>
 #include "store/account_layout.h"
-#include "store/sqlite_database.h"
-#include "store/writer.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "base/failure.h"
-#include "store/record.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/record.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace velmora;

@@ -9,13 +9,20 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "control/client_code.h"
-#include "qt/failure_display.h"
-#include "qt/host_store.h"
-#include "qt/twips.h"
-#include "store/sqlite_database.h"
+#include <velmora/control/client_code.h>
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/host_store.h>
+#include <velmora/qt/twips.h>
+#include <velmora/store/sqlite_database.h>
 
 namespace velmora::demo {
+
+// Qt's parent owns its children: the demo's widgets are made here, and their parent
+// deletes them.
+template <typename W, typename... Args>
+W* makeChild(QWidget* parent, Args&&... args) {
+  return new W(std::forward<Args>(args)..., parent);  // owned by parent
+}
 
 using qt::fromQString;
 using qt::toQString;
@@ -27,22 +34,25 @@ const std::array<const char*, 7> kDayNames{"lun", "mar", "mer", "jeu", "ven", "s
 DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
     : QWidget(parent), database_(options.database) {
   setWindowTitle(QStringLiteral("Velmora — démonstration"));
-  view_ = std::make_unique<qt::VelmoraWidget>(control_);
-  auto* layout = qt::makeChild<QHBoxLayout>(this);
+  view_ = makeChild<qt::VelmoraWidget>(this);
+  auto* layout = makeChild<QHBoxLayout>(this);
   layout->addWidget(makeCriteria(options));
-  layout->addWidget(view_.get(), 0, Qt::AlignTop);
+  layout->addWidget(view_, 0, Qt::AlignTop);
   layout->addWidget(makeHostPanel());
+  // The host follows the total as the planner works.
+  connect(view_, &qt::VelmoraWidget::totalChanged, this,
+          [this](double minutes) { total_->setText(QStringLiteral("W_Total : %1").arg(minutes)); });
 }
 
 QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
-  auto* box = qt::makeChild<QGroupBox>(this, QStringLiteral("Intervention"));
-  auto* form = qt::makeChild<QFormLayout>(box);
-  kind_ = qt::makeChild<QComboBox>(box);
+  auto* box = makeChild<QGroupBox>(this, QStringLiteral("Intervention"));
+  auto* form = makeChild<QFormLayout>(box);
+  kind_ = makeChild<QComboBox>(box);
   kind_->addItems({QStringLiteral("AUTRE"), QStringLiteral("SSIAD")});
   kind_->setCurrentText(options.kind);
   form->addRow(QStringLiteral("Nature"), kind_);
   const auto line = [&](const QString& label, const QString& text) {
-    auto* edit = qt::makeChild<QLineEdit>(box, text);
+    auto* edit = makeChild<QLineEdit>(box, text);
     form->addRow(label, edit);
     return edit;
   };
@@ -51,32 +61,32 @@ QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
   dateFin_ = line(QStringLiteral("Au"), options.dateFin);
   heureDe_ = line(QStringLiteral("De"), options.heureDe);
   heureA_ = line(QStringLiteral("À"), options.heureA);
-  auto* days = qt::makeChild<QWidget>(box);
-  auto* daysLayout = qt::makeChild<QHBoxLayout>(days);
+  auto* days = makeChild<QWidget>(box);
+  auto* daysLayout = makeChild<QHBoxLayout>(days);
   daysLayout->setContentsMargins(0, 0, 0, 0);
   for (std::size_t d = 0; d < days_.size(); ++d) {
-    days_[d] = qt::makeChild<QCheckBox>(days, QString::fromLatin1(kDayNames[d]));
+    days_[d] = makeChild<QCheckBox>(days, QString::fromLatin1(kDayNames[d]));
     days_[d]->setChecked(static_cast<qsizetype>(d) < options.days.size() &&
                          options.days[static_cast<qsizetype>(d)] == QLatin1Char('1'));
     daysLayout->addWidget(days_[d]);
   }
   form->addRow(QStringLiteral("Jours"), days);
-  floating_ = qt::makeChild<QCheckBox>(box, QStringLiteral("Semaines flottantes"));
+  floating_ = makeChild<QCheckBox>(box, QStringLiteral("Semaines flottantes"));
   floating_->setChecked(options.floating);
   form->addRow(QString(), floating_);
   key_ = line(QStringLiteral("Clé complète"), options.key);
   key_->setPlaceholderText(QStringLiteral("intervention ou semaine type"));
-  auto* init = qt::makeChild<QPushButton>(box, QStringLiteral("Init"));
+  auto* init = makeChild<QPushButton>(box, QStringLiteral("Init"));
   connect(init, &QPushButton::clicked, this, [this] { runInit(); });
   form->addRow(QString(), init);
   return box;
 }
 
 QWidget* DemoWindow::makeHostPanel() {
-  auto* box = qt::makeChild<QGroupBox>(this, QStringLiteral("Hôte"));
-  auto* layout = qt::makeChild<QVBoxLayout>(box);
+  auto* box = makeChild<QGroupBox>(this, QStringLiteral("Hôte"));
+  auto* layout = makeChild<QVBoxLayout>(box);
   const auto button = [&](const QString& caption, void (DemoWindow::*call)()) {
-    auto* b = qt::makeChild<QPushButton>(box, caption);
+    auto* b = makeChild<QPushButton>(box, caption);
     connect(b, &QPushButton::clicked, this,
             [this, call] { qt::guarded(this, [this, call] { (this->*call)(); }); });
     layout->addWidget(b);
@@ -85,16 +95,16 @@ QWidget* DemoWindow::makeHostPanel() {
   button(QStringLiteral("Vider_Tache"), &DemoWindow::viderTache);
   button(QStringLiteral("Affiche de la dernière sélection"), &DemoWindow::afficheLast);
   button(QStringLiteral("Enregistrer la sélection"), &DemoWindow::store);
-  total_ = qt::makeChild<QLabel>(box, QStringLiteral("W_Total : 0"));
+  total_ = makeChild<QLabel>(box, QStringLiteral("W_Total : 0"));
   layout->addWidget(total_);
-  record_ = qt::makeChild<QTableWidget>(box, 0, 3);
+  record_ = makeChild<QTableWidget>(box, 0, 3);
   record_->setHorizontalHeaderLabels(
       {QStringLiteral("Code"), QStringLiteral("Durée"), QStringLiteral("Observation")});
   record_->horizontalHeader()->setStretchLastSection(true);
   record_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   record_->setMinimumWidth(260);
   layout->addWidget(record_);
-  status_ = qt::makeChild<QLabel>(box);
+  status_ = makeChild<QLabel>(box);
   status_->setWordWrap(true);
   layout->addWidget(status_);
   return box;
@@ -125,26 +135,26 @@ void DemoWindow::runInit() {
                     fromQString(heureDe_->text()),
                     fromQString(heureA_->text()),
                     days};
-    control_.TheDatabase(database);
-    control_.Init(a);
+    control().TheDatabase(database);
+    control().Init(a);
     view_->refreshLists();
     // The host reads the total after Init too: the search may have selected items.
-    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
+    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
     setStatus(QStringLiteral("Init sur %1 : %2 proposition(s), %3 choisie(s).")
                   .arg(toQString(code))
-                  .arg(control_.Lst_Possible.ListCount())
-                  .arg(control_.Lst_Selectionne.ListCount()));
+                  .arg(control().Lst_Possible.ListCount())
+                  .arg(control().Lst_Selectionne.ListCount()));
   });
 }
 
 void DemoWindow::majEnr() {
-  control_.MAJ_Enr();
-  lastSelection_ = control_.W_Enr;
-  showRecord(control_.W_Enr);
+  control().MAJ_Enr();
+  lastSelection_ = control().W_Enr;
+  showRecord(control().W_Enr);
 }
 
 void DemoWindow::viderTache() {
-  control_.Vider_Tache();
+  control().Vider_Tache();
   setStatus(QStringLiteral("Sélection vidée."));
 }
 
@@ -153,8 +163,8 @@ void DemoWindow::afficheLast() {
     setStatus(QStringLiteral("Aucune sélection gardée : MAJ_Enr d'abord."));
     return;
   }
-  control_.W_Aff = lastSelection_;
-  control_.Affiche();
+  control().W_Aff = lastSelection_;
+  control().Affiche();
   setStatus(QStringLiteral("Dernière sélection affichée."));
 }
 
@@ -167,7 +177,7 @@ void DemoWindow::store() {
   intervention.heureDe = fromQString(heureDe_->text());
   intervention.heureA = fromQString(heureA_->text());
   intervention.kind = fromQString(kind_->currentText());
-  const Text key = qt::storeSelection(database_, intervention, *control_.W_Enr);
+  const Text key = qt::storeSelection(database_, intervention, *control().W_Enr);
   key_->setText(toQString(key));
   setStatus(QStringLiteral("Enregistrée sous %1 ; Init consulte cette clé.").arg(toQString(key)));
 }
@@ -182,7 +192,7 @@ void DemoWindow::showRecord(const RecordRef& record) {
                        std::make_unique<QTableWidgetItem>(toQString(record->r(i, v))).release());
     }
   }
-  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control_.W_Total.toText())));
+  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
 }
 
 void DemoWindow::setStatus(const QString& text) {

@@ -13,8 +13,8 @@
 #include <QTableWidget>
 #include <QWidget>
 
-#include "control/ctr_velmora_new.h"
-#include "qt/velmora_widget.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/velmora_widget.h>
 
 namespace velmora::demo {
 
@@ -51,10 +51,11 @@ class DemoWindow : public QWidget {
   void showRecord(const RecordRef& record);
   void setStatus(const QString& text);
 
+  Ctr_VelmoraNew& control() const { return view_->control(); }
+
   std::string database_;
-  // The host owns the control; the view, declared after it, goes first.
-  Ctr_VelmoraNew control_;
-  std::unique_ptr<qt::VelmoraWidget> view_;
+  // The view owns the control; Qt's parent owns the view.
+  qt::VelmoraWidget* view_ = nullptr;
   RecordRef lastSelection_;
 
   QComboBox* kind_ = nullptr;

@@ -9,10 +9,11 @@
 #include <QDir>
 #include <QStandardPaths>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/sample_database.h>
 #include "demo_window.h"
-#include "qt/failure_display.h"
-#include "qt/sample_database.h"
+#include "sample_directory.h"
 
 namespace {
 
@@ -31,7 +32,7 @@ std::string defaultDatabase() {
   const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
   QDir().mkpath(dir);
   std::string path = QDir(dir).filePath(QStringLiteral("velmora-sample.db")).toStdString();
-  velmora::qt::ensureSampleDatabase(path, VELMORA_SAMPLE_DIR);
+  velmora::qt::ensureSampleDatabase(path, velmora::apps::sampleDirectory());
   return path;
 }
 

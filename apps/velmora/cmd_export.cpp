@@ -3,9 +3,9 @@
 #include <iostream>
 #include <system_error>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
 #include "command.h"
-#include "store/exchange.h"
 #include "store/replacement_file.h"
 
 namespace velmora::cli {

@@ -1,8 +1,8 @@
 #include <iostream>
 
+#include <velmora/store/record.h>
+#include <velmora/store/sqlite_database.h>
 #include "command.h"
-#include "store/record.h"
-#include "store/sqlite_database.h"
 
 namespace velmora::cli {
 

@@ -2,10 +2,10 @@
 #include <fstream>
 #include <iostream>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+#include <velmora/store/writer.h>
 #include "command.h"
-#include "store/exchange.h"
-#include "store/writer.h"
 
 namespace velmora::cli {
 

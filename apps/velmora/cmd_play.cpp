@@ -8,14 +8,15 @@
 #include <memory>
 #include <sstream>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/control/frm_ajout_obs_tache.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/toolkit/services.h>
 #include "command.h"
-#include "control/ctr_velmora_new.h"
+#include "control/module_slots.h"
 #include "play_script.h"
 #include "report.h"
-#include "selection/frm_ajout_obs_tache.h"
-#include "store/sqlite_database.h"
-#include "toolkit/services.h"
 
 namespace velmora::cli {
 

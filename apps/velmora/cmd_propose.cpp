@@ -8,14 +8,15 @@
 #include <memory>
 #include <string_view>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/control/client_code.h>
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/dates.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/toolkit/services.h>
 #include "command.h"
-#include "control/client_code.h"
-#include "control/ctr_velmora_new.h"
+#include "control/module_slots.h"
 #include "report.h"
-#include "store/dates.h"
-#include "store/sqlite_database.h"
-#include "toolkit/services.h"
 
 namespace velmora::cli {
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <iostream>
 
+#include <velmora/store/record.h>
+#include <velmora/store/sqlite_database.h>
 #include "command.h"
 #include "store/query/syntax.h"
-#include "store/record.h"
-#include "store/sqlite_database.h"
 
 namespace velmora::cli {
 

@@ -1,8 +1,9 @@
 #include <iostream>
 #include <string>
 
+#include <velmora/store/sample_account.h>
 #include "command.h"
-#include "store/sample_account.h"
+#include "sample_directory.h"
 
 namespace velmora::cli {
 
@@ -11,7 +12,7 @@ namespace {
 int run(Arguments& args) {
   const std::string target = args.option("db").value_or("velmora-sample.db");
   if (target.empty()) throw UsageError("--db needs a path (default velmora-sample.db)");
-  const std::string from = args.option("from").value_or(VELMORA_SAMPLE_DIR);
+  const std::string from = args.option("from").value_or(apps::sampleDirectory());
   args.positionals(0, 0);
   const SampleBuild built = buildSampleDatabase(target, from);
   std::cout << "velmora: " << target << ": " << built.lines << " lines from " << built.files
@@ -26,8 +27,8 @@ const Command& sampleCommand() {
       "sample", "build the sample database from the sample files",
       "usage: velmora sample [--db PATH] [--from DIR]\n"
       "  Builds a new store from the *.jsonl files of DIR, read in name order\n"
-      "  (default DIR: " VELMORA_SAMPLE_DIR
-      ").\n"
+      "  (default DIR: the sample account installed with velmora, or the source\n"
+      "  tree's data/sample).\n"
       "  PATH (default velmora-sample.db) is replaced whole once the new store is built;\n"
       "  a bad file leaves it as it was.\n",
       &run};

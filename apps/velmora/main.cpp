@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/version.h>
 #include "command.h"
 
 namespace velmora::cli {
@@ -26,7 +27,7 @@ const std::vector<const Command*>& commands() {
 }
 
 void printHelp(std::ostream& out) {
-  out << "usage: velmora COMMAND [OPTIONS]\n\n"
+  out << "usage: velmora COMMAND [OPTIONS]\n       velmora --version\n\n"
          "Builds, fills, reads and queries a Velmora store (an SQLite file).\n\n"
          "commands:\n";
   for (const Command* command : commands()) {
@@ -54,6 +55,10 @@ int main(int argc, char** argv) {
   }
   if (words.front() == "--help" || words.front() == "-h" || words.front() == "help") {
     printHelp(std::cout);
+    return 0;
+  }
+  if (words.front() == "--version") {
+    std::cout << "velmora " VELMORA_VERSION "\n";
     return 0;
   }
   const Command* command = find(words.front());

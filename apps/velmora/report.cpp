@@ -1,4 +1,5 @@
 #include "report.h"
+#include "control/module_slots.h"
 
 #include <algorithm>
 #include <string>

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 
 namespace velmora::cli {
 

@@ -9,11 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
+#include <velmora/store/sqlite_database.h>
+#include <velmora/store/writer.h>
 #include "store/account_layout.h"
-#include "store/record.h"
-#include "store/sqlite_database.h"
-#include "store/writer.h"
 
 #ifndef VELMORA_LARGE_ACCOUNT
 #define VELMORA_LARGE_ACCOUNT "/tmp/velmora-large-account.db"

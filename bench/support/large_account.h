@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "store/database.h"
+#include <velmora/store/database.h>
 
 namespace velmora::bench {
 

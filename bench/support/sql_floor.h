@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "base/text.h"
-#include "store/record.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
 
 namespace velmora::bench {
 

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::bench {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "store/database.h"
+#include <velmora/store/database.h>
 
 namespace velmora::bench {
 

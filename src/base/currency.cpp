@@ -1,10 +1,10 @@
-#include "base/currency.h"
+#include <velmora/base/currency.h>
 
 #include <cmath>
 #include <limits>
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora {
 

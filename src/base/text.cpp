@@ -1,4 +1,4 @@
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 #include <array>
 #include <cmath>

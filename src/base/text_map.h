@@ -4,7 +4,7 @@
 #include <functional>
 #include <unordered_map>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora {
 

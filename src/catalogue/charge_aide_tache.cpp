@@ -1,6 +1,6 @@
 // Charge_AideTache: the client's dated task lists merged into one, latest first, each
 // task once with the duration of the latest list that names it.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "rows/row_format.h"

@@ -1,5 +1,5 @@
 // Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "rows/row_format.h"

@@ -10,7 +10,7 @@
 #include <functional>
 #include <vector>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::catalogue {
 

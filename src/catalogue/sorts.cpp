@@ -2,8 +2,9 @@
 // codes and observations live side by side and must move together.
 #include <vector>
 
+#include <velmora/control/ctr_velmora_new.h>
 #include "catalogue/selection_order.h"
-#include "control/ctr_velmora_new.h"
+#include "control/module_slots.h"
 
 namespace velmora {
 

@@ -3,7 +3,7 @@
 // filled the proposals in the first place. The selection is not touched here.
 #include <optional>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "rows/row_format.h"
 #include "search/task_catalogue.h"

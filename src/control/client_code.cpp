@@ -1,9 +1,9 @@
-#include "control/client_code.h"
+#include <velmora/control/client_code.h>
 
 #include <array>
 #include <utility>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "store/query/syntax.h"
 
 namespace velmora {

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "control/module_slots.h"
 
 namespace velmora {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 

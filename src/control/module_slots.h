@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "store/database.h"
-#include "store/dates.h"
-#include "store/record.h"
+#include <velmora/store/database.h>
+#include <velmora/store/dates.h>
+#include <velmora/store/record.h>
 
 namespace velmora {
 

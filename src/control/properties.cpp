@@ -1,4 +1,5 @@
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 
 namespace velmora {
 

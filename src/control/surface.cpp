@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/read_snapshot.h"
 
 namespace velmora {

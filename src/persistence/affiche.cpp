@@ -2,7 +2,7 @@
 // the selection holds already.
 #include <optional>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "rows/row_format.h"

@@ -1,7 +1,7 @@
 // Affiche_Tache_ClicDroit: what a full key holds. The selection shows the items of the
 // record that Init read with the key; the proposal shows, for home help, the client's
 // latest task list at the key's date and, for care, the care-act catalogue.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_columns.h"

@@ -1,6 +1,6 @@
 // The way out of a selection: MAJ_Enr hands it to the host as one record; Vider_Tache
 // and Vider_liste empty the control between items and at the end.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "rows/row_format.h"
 

@@ -11,9 +11,9 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/twips.h>
 #include "qt/select_arrow.h"
-#include "qt/twips.h"
 
 namespace velmora::qt {
 

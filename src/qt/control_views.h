@@ -14,8 +14,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+#include <velmora/toolkit/widgets.h>
 #include "qt/list_model.h"
-#include "toolkit/widgets.h"
 
 namespace velmora::qt {
 

@@ -1,6 +1,8 @@
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
 
 #include <QMessageBox>
+
+#include <velmora/qt/velmora_widget.h>
 
 namespace velmora::qt {
 
@@ -22,6 +24,14 @@ void setFailurePresenter(FailurePresenter replacement) {
 }
 
 void presentFailure(QWidget* parent, const Failure& failure) {
+  // A gesture inside a VelmoraWidget reports through it, so that a host that listens
+  // to its failed() signal gets this failure too.
+  for (QWidget* up = parent; up != nullptr; up = up->parentWidget()) {
+    if (auto* widget = qobject_cast<VelmoraWidget*>(up); widget != nullptr && widget != parent) {
+      widget->reportFailure(failure);
+      return;
+    }
+  }
   presenter()(parent, failure);
 }
 

@@ -4,9 +4,9 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/twips.h>
 #include "qt/control_views.h"
-#include "qt/failure_display.h"
-#include "qt/twips.h"
 
 namespace velmora::qt {
 

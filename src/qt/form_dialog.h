@@ -6,7 +6,7 @@
 
 #include <QDialog>
 
-#include "toolkit/form.h"
+#include <velmora/toolkit/form.h>
 
 namespace velmora::qt {
 

@@ -1,8 +1,8 @@
-#include "qt/host_store.h"
+#include <velmora/qt/host_store.h>
 
-#include "base/failure.h"
-#include "store/dates.h"
-#include "store/writer.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/dates.h>
+#include <velmora/store/writer.h>
 
 namespace velmora::qt {
 

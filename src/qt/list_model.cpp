@@ -5,7 +5,7 @@
 #include <QPalette>
 #include <QTimer>
 
-#include "qt/twips.h"
+#include <velmora/qt/twips.h>
 
 namespace velmora::qt {
 

@@ -7,7 +7,7 @@
 
 #include <QAbstractListModel>
 
-#include "toolkit/widgets.h"
+#include <velmora/toolkit/widgets.h>
 
 namespace velmora::qt {
 

@@ -1,4 +1,4 @@
-#include "qt/qt_services.h"
+#include <velmora/qt/qt_services.h>
 
 #include <array>
 #include <utility>
@@ -9,8 +9,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <velmora/qt/twips.h>
 #include "qt/form_dialog.h"
-#include "qt/twips.h"
 
 namespace velmora::qt {
 

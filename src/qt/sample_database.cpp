@@ -1,9 +1,9 @@
-#include "qt/sample_database.h"
+#include <velmora/qt/sample_database.h>
 
 #include <filesystem>
 #include <system_error>
 
-#include "store/sample_account.h"
+#include <velmora/store/sample_account.h>
 
 namespace velmora::qt {
 

@@ -1,9 +1,15 @@
-#include "qt/velmora_widget.h"
+#include <velmora/qt/velmora_widget.h>
 
+#include <map>
 #include <vector>
 
-#include "qt/failure_display.h"
-#include "qt/twips.h"
+#include <QMetaMethod>
+
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/qt_services.h>
+#include <velmora/qt/twips.h>
+#include "qt/control_views.h"
 
 namespace velmora::qt {
 
@@ -29,6 +35,12 @@ QString accessibleNameOf(const Ctr_VelmoraNew& c, const toolkit::Control& child)
   return {};
 }
 
+void setUpSurface(QWidget& widget) {
+  widget.setObjectName(QStringLiteral("Ctr_VelmoraNew"));
+  widget.setFont(surfaceFont());
+  widget.setFixedSize(toPixels(Ctr_VelmoraNew::kWidth), toPixels(Ctr_VelmoraNew::kHeight));
+}
+
 }  // namespace
 
 QFont surfaceFont() {
@@ -38,48 +50,159 @@ QFont surfaceFont() {
   return font;
 }
 
-VelmoraWidget::VelmoraWidget(Ctr_VelmoraNew& control, QWidget* parent)
-    : QWidget(parent), control_(control), services_(std::make_shared<QtServices>(this)) {
-  setObjectName(QStringLiteral("Ctr_VelmoraNew"));
-  setFont(surfaceFont());
-  setFixedSize(toPixels(Ctr_VelmoraNew::kWidth), toPixels(Ctr_VelmoraNew::kHeight));
+class VelmoraWidget::Private {
+ public:
+  explicit Private(VelmoraWidget& widget)
+      : q(widget), services(std::make_shared<QtServices>(&widget)) {}
 
-  QWidget* frame = createView(control.Cdr_Soins, this);
-  views_[&control.Cdr_Soins] = frame;
+  // Builds one view per child control over c and hooks the widget to it.
+  void show(Ctr_VelmoraNew& c);
+  // Unhooks the control shown and deletes its views.
+  void release();
+  // Notes a change of the control; the signals follow once the burst is over.
+  void changed(bool selection);
+  void settle();
+
+  VelmoraWidget& q;
+  std::unique_ptr<Ctr_VelmoraNew> owned;
+  Ctr_VelmoraNew* control = nullptr;
+  std::shared_ptr<QtServices> services;
+  std::map<const toolkit::Control*, QWidget*> views;
+  std::vector<std::shared_ptr<void>> subscriptions;
+  double lastTotal = 0;
+  bool lastMandatory = false;
+  bool selectionChanged = false;
+  bool settlePending = false;
+};
+
+void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
+  control = &c;
+  QWidget* frame = createView(c.Cdr_Soins, &q);
+  views[&c.Cdr_Soins] = frame;
   // Tab order: the controls on the control by their index, a frame's children in the
   // place of their frame.
   std::vector<std::pair<int, QWidget*>> tabOrder;
   constexpr int kInFrame = 1000;
-  for (toolkit::Control* child : control.controls()) {
-    if (child == &control.Cdr_Soins) continue;
-    const bool inFrame = control.liesInFrame(*child);
-    QWidget* view = createView(*child, inFrame ? frame : this);
-    views_[child] = view;
-    if (const QString name = accessibleNameOf(control, *child); !name.isEmpty()) {
+  for (toolkit::Control* child : c.controls()) {
+    if (child == &c.Cdr_Soins) continue;
+    const bool inFrame = c.liesInFrame(*child);
+    QWidget* view = createView(*child, inFrame ? frame : &q);
+    views[child] = view;
+    if (const QString name = accessibleNameOf(c, *child); !name.isEmpty()) {
       view->setAccessibleName(name);
     }
-    const int order = inFrame ? control.Cdr_Soins.tabIndex() * kInFrame + 1 + child->tabIndex()
+    const int order = inFrame ? c.Cdr_Soins.tabIndex() * kInFrame + 1 + child->tabIndex()
                               : child->tabIndex() * kInFrame;
     tabOrder.emplace_back(order, view);
   }
   // Labels are windowless on the host platform: drawn beneath the other controls.
-  for (const auto& [child, view] : views_) {
+  for (const auto& [child, view] : views) {
     if (child->kind() == toolkit::Kind::Label) view->lower();
   }
   applyTabOrder(tabOrder);
 
-  control.setServices(services_);
-  control.setFailureHandler([this](const Failure& failure) { presentFailure(this, failure); });
+  c.setServices(services);
+  c.setFailureHandler([this](const Failure& failure) { q.reportFailure(failure); });
+  // The total follows Txt_Duree, the selection its two parallel lists.
+  subscriptions = {
+      c.Txt_Duree.subscribe([this](toolkit::Change, int) { changed(false); }),
+      c.Etq_Imperativite.subscribe([this](toolkit::Change, int) { changed(false); }),
+      c.Lst_Selectionne.subscribe([this](toolkit::Change change, int) {
+        changed(change != toolkit::Change::ListIndex && change != toolkit::Change::Enabled &&
+                change != toolkit::Change::Visible && change != toolkit::Change::RowSelected);
+      }),
+  };
+  lastTotal = c.W_Total.toDouble();
+  lastMandatory = c.Etq_Imperativite.Visible();
+}
+
+void VelmoraWidget::Private::release() {
+  if (control == nullptr) return;
+  subscriptions.clear();
+  // The handler points at this widget; the services outlive it and open parentless.
+  control->setFailureHandler({});
+  // Deleting the views on the widget deletes those in the frame with them.
+  std::vector<std::unique_ptr<QWidget>> onTheWidget;
+  for (const auto& [child, view] : views) {
+    if (view->parentWidget() == &q) onTheWidget.emplace_back(view);
+  }
+  views.clear();
+  onTheWidget.clear();
+  control = nullptr;
+}
+
+void VelmoraWidget::Private::changed(bool selection) {
+  selectionChanged = selectionChanged || selection;
+  if (settlePending) return;
+  settlePending = true;
+  QMetaObject::invokeMethod(
+      &q, [this] { settle(); }, Qt::QueuedConnection);
+}
+
+void VelmoraWidget::Private::settle() {
+  settlePending = false;
+  if (control == nullptr) return;
+  if (const double total = control->W_Total.toDouble(); total != lastTotal) {
+    lastTotal = total;
+    Q_EMIT q.totalChanged(total);
+  }
+  if (const bool mandatory = control->Etq_Imperativite.Visible(); mandatory != lastMandatory) {
+    lastMandatory = mandatory;
+    Q_EMIT q.mandatoryChanged(mandatory);
+  }
+  if (selectionChanged) {
+    selectionChanged = false;
+    Q_EMIT q.selectionChanged();
+  }
+}
+
+VelmoraWidget::VelmoraWidget(QWidget* parent)
+    : QWidget(parent), d(std::make_unique<Private>(*this)) {
+  d->owned = std::make_unique<Ctr_VelmoraNew>();
+  setUpSurface(*this);
+  d->show(*d->owned);
+}
+
+VelmoraWidget::VelmoraWidget(Ctr_VelmoraNew& control, QWidget* parent)
+    : QWidget(parent), d(std::make_unique<Private>(*this)) {
+  setUpSurface(*this);
+  d->show(control);
 }
 
 VelmoraWidget::~VelmoraWidget() {
-  // The handler points at this widget; the services outlive it and open parentless.
-  control_.setFailureHandler({});
+  d->release();
+}
+
+Ctr_VelmoraNew& VelmoraWidget::control() const {
+  return *d->control;
+}
+
+void VelmoraWidget::setControl(Ctr_VelmoraNew& control) {
+  if (&control == d->control) return;
+  d->release();
+  d->owned.reset();
+  d->show(control);
+}
+
+double VelmoraWidget::total() const {
+  return d->control->W_Total.toDouble();
+}
+
+bool VelmoraWidget::mandatory() const {
+  return d->control->Etq_Imperativite.Visible();
+}
+
+QString VelmoraWidget::kind() const {
+  return toQString(CtrInspector(*d->control).W_TypeAct());
+}
+
+QtServices& VelmoraWidget::services() const {
+  return *d->services;
 }
 
 QWidget* VelmoraWidget::view(const toolkit::Control& child) const {
-  const auto found = views_.find(&child);
-  return found == views_.end() ? nullptr : found->second;
+  const auto found = d->views.find(&child);
+  return found == d->views.end() ? nullptr : found->second;
 }
 
 ListBoxView* VelmoraWidget::listView(const toolkit::ListBox& list) const {
@@ -87,9 +210,17 @@ ListBoxView* VelmoraWidget::listView(const toolkit::ListBox& list) const {
 }
 
 void VelmoraWidget::refreshLists() {
-  for (const auto& [child, view] : views_) {
+  for (const auto& [child, view] : d->views) {
     if (auto* list = qobject_cast<ListBoxView*>(view)) list->listModel().refreshNow();
   }
+}
+
+void VelmoraWidget::reportFailure(const Failure& failure) {
+  if (isSignalConnected(QMetaMethod::fromSignal(&VelmoraWidget::failed))) {
+    Q_EMIT failed(static_cast<int>(failure.number()), QString::fromUtf8(failure.what()));
+    return;
+  }
+  presentFailure(this, failure);
 }
 
 }  // namespace velmora::qt

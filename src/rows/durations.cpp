@@ -2,7 +2,7 @@
 // change notification turns it at once into hours and minutes, NhMM.
 #include <cmath>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 
 namespace velmora {
 

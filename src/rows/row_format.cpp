@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::rows {
 

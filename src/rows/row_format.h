@@ -7,8 +7,8 @@
 // Selection row: 1-78 as above, 79 observation marker "X" or blank, 80-85 duration.
 #pragma once
 
-#include "base/currency.h"
-#include "base/text.h"
+#include <velmora/base/currency.h>
+#include <velmora/base/text.h>
 
 namespace velmora::rows {
 

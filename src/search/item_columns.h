@@ -10,7 +10,7 @@
 //   column 3    the code                          act attribute 1
 #pragma once
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::search {
 

@@ -5,8 +5,8 @@
 // out exactly as the row-by-row scans would leave them.
 #pragma once
 
+#include <velmora/store/record.h>
 #include "search/working_table.h"
-#include "store/record.h"
 
 namespace velmora::search {
 

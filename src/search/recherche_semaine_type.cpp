@@ -1,7 +1,7 @@
 // Recherche_SemaineType: the weekly templates of the client, fixed and floating, merged
 // into the proposal; the fixed templates whose weekday and time slot meet the
 // intervention also fill the selection.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_merge.h"

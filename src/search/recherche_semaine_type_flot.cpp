@@ -1,6 +1,6 @@
 // Recherche_SemaineTypeFlot: the floating templates alone, the one search that selects
 // from them, by the list of days each template holds in attribute 10.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_merge.h"

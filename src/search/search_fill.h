@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 
 namespace velmora::search {
 

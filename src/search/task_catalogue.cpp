@@ -1,6 +1,6 @@
 #include "search/task_catalogue.h"
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::search {
 

@@ -12,8 +12,8 @@
 #include <optional>
 #include <vector>
 
+#include <velmora/store/record.h>
 #include "base/text_map.h"
-#include "store/record.h"
 
 namespace velmora::search {
 

@@ -1,8 +1,8 @@
 #include "search/template_query.h"
 
+#include <velmora/store/record.h>
 #include "control/error_regime.h"
 #include "search/time_conversion.h"
-#include "store/record.h"
 
 namespace velmora::search {
 

@@ -4,7 +4,7 @@
 // tested by the walks.
 #pragma once
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::search {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::search {
 

@@ -4,7 +4,7 @@
 // digits are not a number, so that a search under continue on error keeps its value empty.
 #pragma once
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::search {
 

@@ -5,9 +5,9 @@
 // merge that owns it.
 #pragma once
 
-#include "base/text.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
 #include "base/text_map.h"
-#include "store/record.h"
 
 namespace velmora::search {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "selection/total.h"
 
 namespace velmora {

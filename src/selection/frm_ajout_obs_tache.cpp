@@ -1,4 +1,4 @@
-#include "selection/frm_ajout_obs_tache.h"
+#include <velmora/control/frm_ajout_obs_tache.h>
 
 #include "control/module_slots.h"
 

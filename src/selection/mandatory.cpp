@@ -1,6 +1,7 @@
 // AuMoinsUneTacheImperative: whether a selected home-help task is marked mandatory
 // ("O" in attribute 4 of its TACHE record). Read afresh at each call: nothing cached.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 #include "control/read_snapshot.h"
 
 namespace velmora {

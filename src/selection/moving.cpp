@@ -1,6 +1,6 @@
 // Moving marked proposal rows into the selection. Selecting copies: Lst_Possible keeps
 // its rows, so an item taken out of the selection can be chosen again.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 #include "selection/total.h"
 
 namespace velmora {

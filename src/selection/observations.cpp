@@ -1,7 +1,8 @@
 // The observation of the current selected row: the dialog edits R_Obs at N_LigneObs,
 // and the row's marker at position 79 follows whether the text went empty or not.
-#include "control/ctr_velmora_new.h"
-#include "selection/frm_ajout_obs_tache.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/control/frm_ajout_obs_tache.h>
+#include "control/module_slots.h"
 
 namespace velmora {
 

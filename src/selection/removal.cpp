@@ -1,6 +1,7 @@
 // Taking the current row out of the selection, after a question to the planner. The
 // row, its code and its observation go together; Lst_Possible keeps the item.
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 #include "selection/total.h"
 
 namespace velmora {

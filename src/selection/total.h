@@ -3,10 +3,10 @@
 // read that follows a write sees the display form.
 #pragma once
 
-#include "base/currency.h"
-#include "base/text.h"
+#include <velmora/base/currency.h>
+#include <velmora/base/text.h>
+#include <velmora/toolkit/widgets.h>
 #include "rows/row_format.h"
-#include "toolkit/widgets.h"
 
 namespace velmora::selection {
 

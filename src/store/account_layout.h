@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "store/writer.h"
+#include <velmora/store/writer.h>
 
 namespace velmora {
 

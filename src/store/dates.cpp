@@ -1,10 +1,10 @@
-#include "store/dates.h"
+#include <velmora/store/dates.h>
 
 #include <array>
 #include <optional>
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora {
 

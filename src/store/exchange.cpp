@@ -1,9 +1,9 @@
-#include "store/exchange.h"
+#include <velmora/store/exchange.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "store/read_connection.h"
 
 namespace velmora {

@@ -12,18 +12,11 @@
 #include <string>
 #include <utility>
 
+#include <velmora/store/sqlite_database.h>  // StoreStatistics
+#include <velmora/store/writer.h>
 #include "store/sqlite_support.h"
-#include "store/writer.h"
 
-namespace velmora {
-
-struct StoreStatistics {
-  std::uint64_t decodedRecords = 0;  // record bodies turned back into text
-  std::uint64_t scannedKeys = 0;     // keys visited by queries
-  std::uint64_t queries = 0;
-};
-
-namespace store {
+namespace velmora::store {
 
 class ReadConnection {
  public:
@@ -103,5 +96,4 @@ class ReadConnection {
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
 };
 
-}  // namespace store
-}  // namespace velmora
+}  // namespace velmora::store

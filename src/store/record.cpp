@@ -1,8 +1,8 @@
-#include "store/record.h"
+#include <velmora/store/record.h>
 
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora {
 

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <vector>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::store {
 

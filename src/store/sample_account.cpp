@@ -1,4 +1,4 @@
-#include "store/sample_account.h"
+#include <velmora/store/sample_account.h>
 
 #include <algorithm>
 #include <charconv>
@@ -10,10 +10,11 @@
 
 #include <sqlite3.h>
 
-#include "base/failure.h"
-#include "store/exchange.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+#include <velmora/store/writer.h>
 #include "store/replacement_file.h"
-#include "store/writer.h"
+#include "store/sqlite_support.h"
 
 namespace velmora {
 

@@ -1,9 +1,9 @@
-#include "store/sqlite_database.h"
+#include <velmora/store/sqlite_database.h>
 
 #include <filesystem>
 #include <system_error>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "store/query/query.h"
 
 namespace velmora {
@@ -59,6 +59,22 @@ std::shared_ptr<store::ReadConnection> connect(const std::string& path) {
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(const std::string& path) : connection_(connect(path)) {}
+
+const std::string& SqliteDatabase::path() const {
+  return connection_->path();
+}
+
+const StoreStatistics& SqliteDatabase::statistics() const {
+  return connection_->statistics();
+}
+
+void SqliteDatabase::resetStatistics() {
+  connection_->statistics() = {};
+}
+
+sqlite3* SqliteDatabase::nativeHandle() const {
+  return connection_->handle();
+}
 
 FileRef SqliteDatabase::OpenFile(const Text& Nom) {
   if (!connection_->hasFile(Nom)) {

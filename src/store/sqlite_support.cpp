@@ -1,8 +1,12 @@
 #include "store/sqlite_support.h"
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::store {
+
+void ConnectionCloser::operator()(sqlite3* db) const noexcept {
+  sqlite3_close_v2(db);
+}
 
 namespace {
 

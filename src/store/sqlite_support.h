@@ -11,15 +11,11 @@
 #include <string_view>
 #include <vector>
 
-#include "base/failure.h"
-#include "base/text.h"
+#include <velmora/base/failure.h>
+#include <velmora/base/text.h>
+#include <velmora/store/writer.h>  // store::Connection
 
 namespace velmora::store {
-
-struct ConnectionCloser {
-  void operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
-};
-using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
 
 // errors::kBusy: another connection held the lock past the wait, naming the path.
 Failure busyFailure(const std::string& path);

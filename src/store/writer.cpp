@@ -1,8 +1,9 @@
-#include "store/writer.h"
+#include <velmora/store/writer.h>
 
 #include <optional>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include "store/sqlite_support.h"
 
 namespace velmora {
 

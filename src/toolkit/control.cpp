@@ -1,4 +1,4 @@
-#include "toolkit/control.h"
+#include <velmora/toolkit/control.h>
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "toolkit/form.h"
+#include <velmora/toolkit/form.h>
 
 namespace velmora::toolkit {
 

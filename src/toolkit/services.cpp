@@ -1,4 +1,4 @@
-#include "toolkit/services.h"
+#include <velmora/toolkit/services.h>
 
 namespace velmora::toolkit {
 

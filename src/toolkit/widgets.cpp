@@ -1,4 +1,4 @@
-#include "toolkit/widgets.h"
+#include <velmora/toolkit/widgets.h>
 
 #include <string>
 #include <utility>

@@ -3,10 +3,10 @@
 #include <cmath>
 #include <limits>
 
-#include "base/boolean.h"
-#include "base/currency.h"
-#include "base/failure.h"
-#include "base/text.h"
+#include <velmora/base/boolean.h>
+#include <velmora/base/currency.h>
+#include <velmora/base/failure.h>
+#include <velmora/base/text.h>
 #include "support/failure_number.h"
 
 namespace velmora {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora {
 namespace {

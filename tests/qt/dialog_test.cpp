@@ -5,6 +5,8 @@
 #include <QPushButton>
 #include <QScreen>
 
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

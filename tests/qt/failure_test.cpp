@@ -3,7 +3,8 @@
 #include <QCheckBox>
 #include <QMessageBox>
 
-#include "qt/failure_display.h"
+#include <velmora/qt/failure_display.h>
+#include "control/module_slots.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

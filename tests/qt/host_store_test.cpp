@@ -2,10 +2,12 @@
 // the host's own connection, and shown back when the control consults its key.
 #include <QTemporaryDir>
 
-#include "qt/host_store.h"
-#include "qt/sample_database.h"
+#include <velmora/qt/host_store.h>
+#include <velmora/qt/sample_database.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
-#include "store/sqlite_database.h"
 
 namespace velmora::testing {
 namespace {

@@ -8,9 +8,11 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+#include <velmora/control/frm_ajout_obs_tache.h>
+#include <velmora/toolkit/services.h>
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
-#include "selection/frm_ajout_obs_tache.h"
-#include "toolkit/services.h"
 
 namespace velmora::testing {
 namespace {

@@ -3,6 +3,8 @@
 // holds them.
 #include <QSignalSpy>
 
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

@@ -13,8 +13,10 @@
 #include <QTest>
 #include <QTimer>
 
-#include "control/ctr_velmora_new.h"
-#include "qt/velmora_widget.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/qt/velmora_widget.h>
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "support/account.h"
 
 namespace velmora::testing {

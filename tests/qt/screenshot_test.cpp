@@ -3,9 +3,11 @@
 #include <QLabel>
 #include <QTemporaryDir>
 
-#include "qt/sample_database.h"
+#include <velmora/qt/sample_database.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/module_slots.h"
+#include "qt/control_views.h"
 #include "qt_support.h"
-#include "store/sqlite_database.h"
 
 namespace velmora::testing {
 namespace {

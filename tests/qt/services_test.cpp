@@ -3,7 +3,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-#include "qt/qt_services.h"
+#include <velmora/qt/qt_services.h>
 #include "qt_support.h"
 
 namespace velmora::testing {

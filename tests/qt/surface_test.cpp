@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "control/module_slots.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
 

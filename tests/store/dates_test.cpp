@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "base/failure.h"
-#include "store/dates.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/dates.h>
 #include "support/failure_number.h"
 
 namespace velmora {

@@ -2,9 +2,9 @@
 
 #include <sstream>
 
-#include "base/failure.h"
-#include "store/exchange.h"
-#include "store/sqlite_database.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+#include <velmora/store/sqlite_database.h>
 #include "support/account.h"
 
 namespace velmora {

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/sqlite_database.h>
 #include "store/query/order.h"
 #include "store/query/syntax.h"
-#include "store/sqlite_database.h"
 #include "support/account.h"
 
 namespace velmora {

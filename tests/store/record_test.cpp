@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "base/failure.h"
-#include "store/record.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/record.h>
 
 namespace velmora {
 namespace {

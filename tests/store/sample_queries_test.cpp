@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "store/exchange.h"
+#include <velmora/store/exchange.h>
 #include "support/account.h"
 
 namespace velmora {

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/sqlite_database.h>
 #include "store/account_layout.h"
-#include "store/sqlite_database.h"
 #include "support/account.h"
 
 namespace velmora {

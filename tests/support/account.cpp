@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <velmora/store/sqlite_database.h>
 #include "store/account_layout.h"
-#include "store/sqlite_database.h"
 
 namespace velmora::testing {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "store/database.h"
-#include "store/writer.h"
+#include <velmora/store/database.h>
+#include <velmora/store/writer.h>
 
 namespace velmora::testing {
 

@@ -1,7 +1,7 @@
 // The number of the Failure that a call raises, 0 when it raises none.
 #pragma once
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 
 namespace velmora::testing {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/services.h"
-#include "toolkit/widgets.h"
+#include <velmora/toolkit/services.h>
+#include <velmora/toolkit/widgets.h>
 
 namespace velmora::toolkit {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::store {
 

@@ -1,7 +1,7 @@
 #include <optional>
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "store/query/syntax.h"
 
 namespace velmora::store {

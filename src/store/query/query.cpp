@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "store/query/order.h"
 #include "store/query/syntax.h"
 

@@ -1,9 +1,9 @@
 // The query language of the store: SSELECT/SELECT with AVEC conditions and PAR sorts.
 #pragma once
 
-#include "base/text.h"
+#include <velmora/base/text.h>
+#include <velmora/store/record.h>
 #include "store/read_connection.h"
-#include "store/record.h"
 
 namespace velmora::store {
 

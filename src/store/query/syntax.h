@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "base/text.h"
+#include <velmora/base/text.h>
 
 namespace velmora::store {
 

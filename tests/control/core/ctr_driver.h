@@ -2,7 +2,7 @@
 // without the journey that normally leads to it.
 #pragma once
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
 
 namespace velmora {
 

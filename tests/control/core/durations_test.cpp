@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 #include "ctr_driver.h"
 #include "rows/row_format.h"
 

@@ -7,9 +7,10 @@
 
 #include <chrono>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/module_slots.h"
 #include "store/read_connection.h"
-#include "store/sqlite_database.h"
 #include "support/account.h"
 #include "support/failure_number.h"
 

@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/module_slots.h"
 #include "ctr_driver.h"
-#include "store/sqlite_database.h"
 #include "support/account.h"
 
 namespace velmora {

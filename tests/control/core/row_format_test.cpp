@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "rows/row_format.h"
 #include "support/failure_number.h"
 

@@ -4,7 +4,8 @@
 #include <random>
 #include <vector>
 
-#include "control/ctr_velmora_new.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include "control/module_slots.h"
 #include "ctr_driver.h"
 #include "rows/row_format.h"
 
@@ -109,7 +110,9 @@ class RowMaker {
     for (int i = 0; i < n; ++i) {
       l.rows.push_back(row());
       l.marks.push_back(below(3) == 0);
-      l.codes.push_back(u"C" + numberText(i));
+      Text code = u"C";  // appended, not prefixed: GCC 12 sees a false overlap in u"C" + text
+      code += numberText(i);
+      l.codes.push_back(code);
     }
     l.current = n > 0 ? static_cast<int>(below(n + 1)) - 1 : -1;
     if (withObservations) {

@@ -2,6 +2,7 @@
 // through Init and the planner's tick on a small account.
 #include <gtest/gtest.h>
 
+#include "control/module_slots.h"
 #include "control/search/search_fixture.h"
 
 namespace velmora::testing {

@@ -2,6 +2,7 @@
 // the client's task list at the key's date or the care-act catalogue.
 #include <gtest/gtest.h>
 
+#include "control/module_slots.h"
 #include "control/search/search_fixture.h"
 
 namespace velmora::testing {

@@ -1,7 +1,7 @@
 // The texts the searches send to the store, and the conversion of the host's times.
 #include <gtest/gtest.h>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
 #include "control/search/search_fixture.h"
 #include "search/time_conversion.h"
 

@@ -9,10 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "control/ctr_velmora_new.h"
-#include "store/dates.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/store/dates.h>
+#include <velmora/toolkit/services.h>
+#include "control/module_slots.h"
 #include "support/account.h"
-#include "toolkit/services.h"
 
 namespace velmora::testing {
 

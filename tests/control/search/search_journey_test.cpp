@@ -2,6 +2,7 @@
 // code lists, observations, working tables and totals, in both vocabularies.
 #include <gtest/gtest.h>
 
+#include "control/module_slots.h"
 #include "control/search/search_fixture.h"
 
 namespace velmora::testing {

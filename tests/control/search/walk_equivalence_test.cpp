@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "base/failure.h"
+#include <velmora/base/failure.h>
+#include <velmora/store/record.h>
 #include "search/item_merge.h"
 #include "search/task_catalogue.h"
 #include "search/working_table.h"
-#include "store/record.h"
 
 namespace velmora::search {
 namespace {

@@ -10,10 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "control/ctr_velmora_new.h"
-#include "selection/frm_ajout_obs_tache.h"
+#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/control/frm_ajout_obs_tache.h>
+#include <velmora/toolkit/services.h>
+#include "control/module_slots.h"
 #include "support/account.h"
-#include "toolkit/services.h"
 
 namespace velmora::testing {
 

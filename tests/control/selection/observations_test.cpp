@@ -1,5 +1,6 @@
 // The observations dialog on the current row: what it shows, what it stores, the marker
 // at position 79, and the ways it closes.
+#include "control/module_slots.h"
 #include "journey.h"
 
 namespace velmora::testing {

@@ -1,4 +1,5 @@
 // The way out and back of a selection: MAJ_Enr, Vider_Tache, Vider_liste and Affiche.
+#include "control/module_slots.h"
 #include "journey.h"
 
 namespace velmora::testing {

@@ -1,5 +1,6 @@
 // Removing a selected row after the question: the three parallel stores, the total,
 // the end of an open edit and the mandatory label.
+#include "control/module_slots.h"
 #include "journey.h"
 
 namespace velmora::testing {

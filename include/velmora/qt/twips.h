@@ -1,0 +1,44 @@
+// Measures of the surface are kept in twips; a screen pixel is 15 twips at 96 dots per
+// inch, and Qt scales logical pixels on denser screens.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QRect>
+#include <QString>
+
+#include <velmora/base/text.h>
+#include <velmora/toolkit/control.h>
+
+namespace velmora::qt {
+
+inline constexpr int kTwipsPerPixel = 15;
+
+constexpr int toPixels(int twips) {
+  return (twips + (twips >= 0 ? kTwipsPerPixel / 2 : -kTwipsPerPixel / 2)) / kTwipsPerPixel;
+}
+
+inline QRect toPixels(const toolkit::Geometry& g) {
+  return {toPixels(g.left), toPixels(g.top), toPixels(g.width), toPixels(g.height)};
+}
+
+inline QString toQString(TextView text) {
+  return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+inline Text fromQString(const QString& text) {
+  return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<size_t>(text.size())};
+}
+
+inline QColor toQColor(const toolkit::Rgb& rgb) {
+  return {rgb.red, rgb.green, rgb.blue};
+}
+
+inline QFont toQFont(const toolkit::FontSpec& wanted) {
+  QFont font(QString::fromStdString(wanted.family));
+  font.setPointSizeF(wanted.points);
+  font.setBold(wanted.bold);
+  return font;
+}
+
+}  // namespace velmora::qt

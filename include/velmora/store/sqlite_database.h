@@ -1,0 +1,57 @@
+// The embedded store: NorvikDatabase over one SQLite file, opened read-only.
+#pragma once
+
+#include <velmora/export.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <velmora/store/database.h>
+
+struct sqlite3;
+
+namespace velmora {
+
+namespace store {
+class ReadConnection;
+}
+
+// Counters of one connection, for tests and benchmarks.
+struct VELMORA_EXPORT StoreStatistics {
+  std::uint64_t decodedRecords = 0;  // record bodies turned back into text
+  std::uint64_t scannedKeys = 0;     // keys visited by queries
+  std::uint64_t queries = 0;
+};
+
+class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
+ public:
+  // Fails with errors::kDatabase, naming the path and the cause, when the file is
+  // missing, is not SQLite, is damaged or does not hold a store.
+  explicit SqliteDatabase(const std::string& path);
+
+  FileRef OpenFile(const Text& Nom) override;
+  RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) override;
+  // One read transaction of this connection; fails with errors::kBusy when a writer keeps
+  // the lock past ReadConnection::kLockWait.
+  std::unique_ptr<Snapshot> holdSnapshot() override;
+
+  const std::string& path() const;
+  // Counters of this connection, for tests and benchmarks.
+  const StoreStatistics& statistics() const;
+  void resetStatistics();
+  // The read-only SQLite handle, for tools and tests that check what it allows.
+  sqlite3* nativeHandle() const;
+
+ private:
+  std::shared_ptr<store::ReadConnection> connection_;
+};
+
+// A new read-only connection to the store in that file.
+VELMORA_EXPORT DatabaseRef openDatabase(const std::string& path);
+
+// The counters of a connection made by openDatabase; fails with errors::kInvalidCall
+// for any other kind of database.
+VELMORA_EXPORT StoreStatistics statistics(const DatabaseRef& database);
+
+}  // namespace velmora
