@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <velmora/control/client_code.h>
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/host_store.h>
 #include <velmora/qt/twips.h>
@@ -114,9 +115,17 @@ void DemoWindow::runInit() {
     Text days;
     const std::size_t count = floating_->isChecked() ? 6 : 7;
     for (std::size_t d = 0; d < count; ++d) days.push_back(days_[d]->isChecked() ? u'1' : u'0');
+    const DatabaseRef database = openDatabase(database_);
     Text code = fromQString(key_->text().trimmed());
     if (code.empty()) {
+      // The control writes the code into its queries: it must name a client and hold
+      // nothing that a query would read as more than a code.
       code = fromQString(client_->text().trimmed());
+      checkClientCode(code);
+      if (!clientKnown(database, code)) {
+        throw Failure(errors::kRecordNotFound,
+                      "Aucun client « " + toUtf8(code) + " » dans la base " + database_ + ".");
+      }
       if (floating_->isChecked()) code += u"FLOT";
     }
     InitArguments a{fromQString(kind_->currentText()),
@@ -126,7 +135,7 @@ void DemoWindow::runInit() {
                     fromQString(heureDe_->text()),
                     fromQString(heureA_->text()),
                     days};
-    control().TheDatabase(openDatabase(database_));
+    control().TheDatabase(database);
     control().Init(a);
     view_->refreshLists();
     // The host reads the total after Init too: the search may have selected items.

@@ -1,7 +1,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <system_error>
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
@@ -15,18 +14,20 @@ namespace {
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
   const std::string file = args.positionals(1, 1).front();
+  std::error_code ec;
+  if (std::filesystem::is_directory(file, ec)) {
+    throw UsageError("\"" + file + "\" is a folder: give the exchange file to import");
+  }
+  if (std::filesystem::is_directory(database, ec)) {
+    throw UsageError("--db \"" + database + "\" is a folder: give the path of the database");
+  }
   std::ifstream in(file, std::ios::binary);
   if (!in) throw Failure(errors::kBadImport, file + ": cannot be read");
   // The whole file is read before the database is touched.
   const Batch batch = readExchange(in, file);
-  std::error_code ec;
-  const bool existed = std::filesystem::exists(database, ec);
-  try {
-    StoreWriter(database).apply(batch);
-  } catch (...) {
-    if (!existed) std::filesystem::remove(database, ec);
-    throw;
-  }
+  // Created when absent and filled in one transaction; a failure leaves the file as it
+  // was (a new path at worst an empty file), never removed: another writer may be using it.
+  StoreWriter(database).apply(batch);
   std::cout << "velmora: " << database << ": " << batch.size() << " lines imported\n";
   return 0;
 }

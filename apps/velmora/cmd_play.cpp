@@ -2,6 +2,7 @@
 // no screen, and prints the state where the script asks for it. The question box and
 // the observations dialog take their answers from the script.
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -25,6 +26,10 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string readScript(const std::string& path) {
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) {
+    throw UsageError("\"" + path + "\" is a folder: give the script file to play");
+  }
   std::ifstream in(path, std::ios::binary);
   if (!in) throw Failure(errors::kInvalidCall, "cannot read the script \"" + path + "\"");
   std::ostringstream text;

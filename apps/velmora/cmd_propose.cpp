@@ -1,12 +1,15 @@
 // velmora propose and velmora consult: the control without a screen. Each creates the
 // control on a read-only connection, calls Init as a host would and prints what the
 // planner would see.
-#include <array>
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <string_view>
 
 #include <velmora/base/failure.h>
+#include <velmora/control/client_code.h>
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/store/dates.h>
 #include <velmora/store/sqlite_database.h>
@@ -29,9 +32,12 @@ Text kindOf(Arguments& args) {
 
 // A date as the planner writes it; checked here so that a mistake is named, not
 // silently turned into an empty search.
-Text dateOption(Arguments& args, const char* name, const Text& fallback) {
+Text dateOption(Arguments& args, const char* name, const Text& fallback, bool mayBeEmpty) {
   const auto given = args.option(name);
   if (!given) return fallback;
+  if (given->empty() && !mayBeEmpty) {
+    throw UsageError(std::string("--") + name + " needs a date, as 23/11/2026");
+  }
   Text date = fromUtf8(*given);
   try {
     NorvikDates().TexteVersDate(date);
@@ -82,6 +88,35 @@ bool decimalTimes(const DatabaseRef& db) {
   }
 }
 
+// A time as the host hands it over: HH:MM (or H:MM) within a day, or decimal hours from
+// 0 to 23.99 with "." or "," when the account says so.
+bool timeOfDay(const Text& t, bool decimal) {
+  const std::string s = toUtf8(t);
+  const auto digits = [](std::string_view v) {
+    return !v.empty() &&
+           std::all_of(v.begin(), v.end(), [](char c) { return c >= '0' && c <= '9'; });
+  };
+  const auto value = [](std::string_view v) {
+    int n = 0;
+    std::from_chars(v.data(), v.data() + v.size(), n);
+    return n;
+  };
+  if (decimal) {
+    const auto point = s.find_first_of(".,");
+    const std::string_view whole = std::string_view(s).substr(0, point);
+    const std::string_view part =
+        point == std::string::npos ? std::string_view("0") : std::string_view(s).substr(point + 1);
+    return digits(whole) && whole.size() <= 2 && value(whole) <= 23 && digits(part) &&
+           part.size() <= 2;
+  }
+  const auto colon = s.find(':');
+  if (colon == std::string::npos) return false;
+  const std::string_view hours = std::string_view(s).substr(0, colon);
+  const std::string_view minutes = std::string_view(s).substr(colon + 1);
+  return digits(hours) && hours.size() <= 2 && value(hours) <= 23 && digits(minutes) &&
+         minutes.size() == 2 && value(minutes) <= 59;
+}
+
 void timeOption(Arguments& args, const DatabaseRef& db, Text& from, Text& to) {
   const auto given = args.option("time");
   if (!given) {
@@ -97,34 +132,15 @@ void timeOption(Arguments& args, const DatabaseRef& db, Text& from, Text& to) {
   }
   from = fromUtf8(given->substr(0, dash));
   to = fromUtf8(given->substr(dash + 1));
-}
-
-// A client is known when the host's client file has its record, or when a task list or
-// a template of either kind names it (an account may hold no client file at all).
-bool clientKnown(const DatabaseRef& db, const Text& client) {
-  try {
-    db->OpenFile(u"BESOINSAIDE")->ReadRecord(client);
-    return true;
-  } catch (const Failure& failure) {
-    if (failure.number() != errors::kRecordNotFound && failure.number() != errors::kUnknownFile) {
-      throw;
+  const bool decimal = decimalTimes(db);
+  for (const Text* t : {&from, &to}) {
+    if (!timeOfDay(*t, decimal)) {
+      throw UsageError("--time: \"" + toUtf8(*t) + "\" is not a time of day; write " +
+                       (decimal ? "decimal hours from 0 to 23.99, as 8.5-10"
+                                : "HH:MM from 00:00 to 23:59, as 08:30-10:00") +
+                       " (TPSPARAM \"1\" attribute 20 says which)");
     }
   }
-  const Text q = u"\"";
-  const std::array<std::pair<Text, Text>, 3> probes{{
-      {u"SSELECT AIDEDETAILTACHE AVEC @ID = " + q + client + u"]" + q, u"AIDEDETAILTACHE"},
-      {u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = " + q + client + q, u"TPSSEMAINETYPE"},
-      {u"SSELECT TPSSEMAINETYPEFLOT AVEC CodeAideFlot = " + q + client + q, u"TPSSEMAINETYPEFLOT"},
-  }};
-  for (const auto& [query, file] : probes) {
-    NorvikRecord request;
-    request.set(1, query);
-    request.set(2, file);
-    request.set(3, u"0");
-    long count = 0;
-    if (db->RunQuery(request.r(), u"", count)->DCount() > 0) return true;
-  }
-  return false;
 }
 
 // Creates the control as a host does, runs Init and prints the result.
@@ -149,10 +165,13 @@ int propose(Arguments& args) {
   const auto client = args.option("client");
   if (!client) throw UsageError("--client CODE is required");
   const Text code = fromUtf8(*client);
-  if (code.size() != 5)
-    throw UsageError("--client is a code of 5 characters, not \"" + *client + "\"");
-  const Text from = dateOption(args, "from", today());
-  const Text to = dateOption(args, "to", u"");
+  try {
+    checkClientCode(code);
+  } catch (const Failure& failure) {
+    throw UsageError(std::string("--client: ") + failure.what());
+  }
+  const Text from = dateOption(args, "from", today(), false);
+  const Text to = dateOption(args, "to", u"", true);
   const Text days = daysOption(args, from);
   const bool floating = args.flag("floating");
   const bool json = args.flag("json");
@@ -181,6 +200,18 @@ Text keyDate(const Text& key) {
   }
 }
 
+// The file and key of the record that Init reads for a full key.
+std::pair<Text, Text> recordOfKey(const Text& code) {
+  const bool isTemplate = instr(code, u"SEMTYPE") > 0;
+  const bool floating = instr(code, u"FLOT") > 0;
+  if (isTemplate) {
+    return floating ? std::pair<Text, Text>{u"TPSSEMAINETYPEFLOT", mid(code, 1, 16)}
+                    : std::pair<Text, Text>{u"TPSSEMAINETYPE", mid(code, 1, 17)};
+  }
+  return {u"TPSDETAILSINTERV",
+          floating ? left(code, static_cast<std::ptrdiff_t>(code.size()) - 4) : code};
+}
+
 int consult(Arguments& args) {
   const std::string path = requiredDatabase(args);
   const Text kind = kindOf(args);
@@ -190,10 +221,25 @@ int consult(Arguments& args) {
   if (code.size() == 5 || (code.size() == 9 && instr(code, u"FLOT") > 0)) {
     throw UsageError("--key is a full key; for a client code use velmora propose");
   }
-  const Text date = dateOption(args, "date", keyDate(code));
+  if (code.find_first_of(u"\"[]") != Text::npos) {
+    throw UsageError(
+        "--key holds a double quote or a bracket; the control would write it "
+        "into its queries, where it changes what they select");
+  }
+  const Text date = dateOption(args, "date", keyDate(code), true);
   const bool json = args.flag("json");
   args.positionals(0, 0);
   const DatabaseRef db = openDatabase(path);
+  const auto [file, recordKey] = recordOfKey(code);
+  try {
+    db->OpenFile(file)->ReadRecord(recordKey);
+  } catch (const Failure& failure) {
+    if (failure.number() != errors::kRecordNotFound) throw;
+    throw Failure(errors::kRecordNotFound, "unknown key \"" + *key + "\": " + toUtf8(file) +
+                                               " has no record \"" + toUtf8(recordKey) +
+                                               "\"; check the key (velmora query --db " + path +
+                                               " 'SSELECT " + toUtf8(file) + "')");
+  }
   InitArguments init{kind, code, date, u"", u"", u"", u""};
   return showControl(db, init, json);
 }

@@ -37,6 +37,10 @@ std::size_t width(const Text& text) {
       std::count_if(text.begin(), text.end(), [](char16_t c) { return c < 0xDC00 || c > 0xDFFF; }));
 }
 
+// A column is as wide as its widest cell up to this; a wider cell is printed whole and
+// pushes the rest of its own line only, so one huge cell cannot pad every line.
+constexpr std::size_t kWidestColumn = 40;
+
 void printTable(const NorvikRecord& answer, std::size_t columns) {
   std::vector<std::vector<Text>> rows;
   std::vector<std::size_t> widths(columns, 0);
@@ -44,7 +48,7 @@ void printTable(const NorvikRecord& answer, std::size_t columns) {
     std::vector<Text> row;
     for (std::size_t j = 0; j < columns; ++j) {
       row.push_back(cellText(answer.r(i, static_cast<int>(j) + 1)));
-      widths[j] = std::max(widths[j], width(row.back()));
+      widths[j] = std::max(widths[j], std::min(width(row.back()), kWidestColumn));
     }
     rows.push_back(std::move(row));
   }
@@ -52,7 +56,8 @@ void printTable(const NorvikRecord& answer, std::size_t columns) {
     Text line;
     for (std::size_t j = 0; j < columns; ++j) {
       line += row[j];
-      if (j + 1 < columns) line += Text(widths[j] - width(row[j]) + 2, u' ');
+      const std::size_t shown = width(row[j]);
+      if (j + 1 < columns) line += Text(shown < widths[j] ? widths[j] - shown + 2 : 2, u' ');
     }
     std::cout << toUtf8(line) << '\n';
   }
@@ -80,8 +85,9 @@ const Command& queryCommand() {
       "query", "run a query and print its answer",
       "usage: velmora query --db PATH 'SSELECT FILE [AVEC ...] [PAR ...]' [--columns '0 1 4']\n"
       "  Runs the query on a read-only connection and prints one line per hit, the\n"
-      "  columns aligned; column 0 is the key (the default), n attribute n. The values\n"
-      "  of a multi-valued attribute are separated by \" | \".\n",
+      "  columns aligned up to 40 characters (a wider cell is printed whole and only\n"
+      "  moves its own line); column 0 is the key (the default), n attribute n. The\n"
+      "  values of a multi-valued attribute are separated by \" | \".\n",
       &run};
   return command;
 }

@@ -11,6 +11,7 @@ namespace {
 
 int run(Arguments& args) {
   const std::string target = args.option("db").value_or("velmora-sample.db");
+  if (target.empty()) throw UsageError("--db needs a path (default velmora-sample.db)");
   const std::string from = args.option("from").value_or(apps::sampleDirectory());
   args.positionals(0, 0);
   const SampleBuild built = buildSampleDatabase(target, from);

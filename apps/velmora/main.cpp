@@ -1,5 +1,6 @@
 // velmora: the store's command line. Each subcommand lives in its own file and is listed
 // once in command_list.h.
+#include <csignal>
 #include <iostream>
 #include <string_view>
 #include <vector>
@@ -87,5 +88,8 @@ int main(int argc, char** argv) {
 }  // namespace velmora::cli
 
 int main(int argc, char** argv) {
+  // Past a file-size limit (ulimit -f) a write then fails, and the store rolls the
+  // transaction back, instead of the tool being killed half way through it.
+  std::signal(SIGXFSZ, SIG_IGN);
   return velmora::cli::main(argc, argv);
 }

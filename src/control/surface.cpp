@@ -1,8 +1,10 @@
 // The control's child controls with their documented places (twips), tab indexes,
 // captions and defaults.
 #include <algorithm>
+#include <optional>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/read_snapshot.h"
 
 namespace velmora {
 
@@ -88,17 +90,44 @@ bool Ctr_VelmoraNew::liesInFrame(const toolkit::Control& control) const {
 }
 
 void Ctr_VelmoraNew::wireEvents() {
-  Cac_TouteTache.Click = [this] { Cac_TouteTache_Click(); };
+  // The gestures that read the store run in one snapshot, taken before they change
+  // anything. Cmd_SupprVelmora reads only after its question, through
+  // AuMoinsUneTacheImperative, which takes its own: no lock is held while a planner
+  // thinks over a question box, and Cmd_Obs does not read.
+  Cac_TouteTache.Click = [this] {
+    // While Init resets the switch its click does nothing, and reads nothing.
+    if (W_ClicActif == kFalse) return Cac_TouteTache_Click();
+    std::optional<ProcedureSnapshot> snapshot;
+    try {
+      snapshot.emplace();
+    } catch (const Failure&) {
+      // The switch goes back to what the list still shows.
+      W_ClicActif = kFalse;
+      Cac_TouteTache.setValue(Cac_TouteTache.Value() == 0 ? 1 : 0);
+      W_ClicActif = kTrue;
+      throw;
+    }
+    Cac_TouteTache_Click();
+  };
   Lst_Possible.Click = [this] { Lst_Possible_Click(); };
-  Lst_Possible.DblClick = [this] { Lst_Possible_DblClick(); };
-  Cmd_Select.Click = [this] { Cmd_Select_Click(); };
+  Lst_Possible.DblClick = [this] {
+    const ProcedureSnapshot snapshot;
+    Lst_Possible_DblClick();
+  };
+  Cmd_Select.Click = [this] {
+    const ProcedureSnapshot snapshot;
+    Cmd_Select_Click();
+  };
   Lst_Selectionne.Click = [this] { Lst_Selectionne_Click(); };
   Lst_Selectionne.DblClick = [this] { Lst_Selectionne_DblClick(); };
   // A sort writes the rows in place; only an open edit follows its item.
   const auto editOpen = [this] { return W_DoubleClic != kFalse; };
   Lst_Selectionne.currentFollows = editOpen;
   Lst_CodeSelect.currentFollows = editOpen;
-  Cmd_OKVelmora.Click = [this] { Cmd_OKVelmora_Click(); };
+  Cmd_OKVelmora.Click = [this] {
+    const ProcedureSnapshot snapshot;
+    Cmd_OKVelmora_Click();
+  };
   Cmd_AnnulerVelmora.Click = [this] { Cmd_AnnulerVelmora_Click(); };
   Cmd_SupprVelmora.Click = [this] { Cmd_SupprVelmora_Click(); };
   Cmd_Obs.Click = [this] { Cmd_Obs_Click(); };

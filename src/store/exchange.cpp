@@ -154,7 +154,8 @@ Batch readExchange(std::istream& in, const std::string& sourceName) {
     Json object;
     try {
       object = Json::parse(line);
-    } catch (const Json::parse_error& e) {
+    } catch (const Json::exception& e) {
+      // parse_error, and out_of_range for a number past a double (1e310)
       fail(std::string("not a JSON object (") + e.what() + ")");
     }
     addLine(batch, object, fail);

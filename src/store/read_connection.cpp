@@ -2,18 +2,6 @@
 
 namespace velmora::store {
 
-namespace {
-
-Connection openReadOnly(const std::string& path) {
-  // The control never writes: a read-only handle makes that a property of the file
-  // access, not a promise of the code.
-  auto db = openConnection(path, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
-  checkSchema(db.get(), path);
-  return db;
-}
-
-}  // namespace
-
 constexpr std::array<const char*, 10> kSql = {
     "SELECT 1 FROM files WHERE name = ?1",
     "SELECT body FROM records WHERE file = ?1 AND key = ?2",
@@ -27,7 +15,58 @@ constexpr std::array<const char*, 10> kSql = {
     "PRAGMA data_version",
 };
 
-ReadConnection::ReadConnection(const std::string& path) : path_(path), db_(openReadOnly(path)) {}
+namespace {
+
+// A writer that stopped half way (killed, disk full) leaves a journal that must be rolled
+// back, or a write-ahead log whose index must be rebuilt, before the file can be read;
+// a read-only handle may do neither. A short read-write open does it, as any SQLite
+// reader that may write would: it puts back the last committed state and writes nothing
+// else. False when the file or its folder cannot be written.
+bool recoverAfterAStoppedWriter(const std::string& path) {
+  sqlite3* raw = nullptr;
+  const int opened = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
+  const Connection db(raw);
+  if (opened != SQLITE_OK) return false;
+  sqlite3_busy_timeout(db.get(), static_cast<int>(ReadConnection::kLockWait.count()));
+  return sqlite3_exec(db.get(), "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr) ==
+         SQLITE_OK;
+}
+
+bool needsRecovery(int code) {
+  return code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY ||
+         code == SQLITE_READONLY_CANTINIT || code == SQLITE_READONLY_CANTLOCK;
+}
+
+}  // namespace
+
+ReadConnection::ReadConnection(std::string path) : path_(std::move(path)) {
+  open();
+  try {
+    checkSchema(db_.get(), path_);
+  } catch (const SchemaFailure& failure) {
+    if (!needsRecovery(failure.sqliteCode()) || !recoverAfterAStoppedWriter(path_)) throw;
+    open();
+    checkSchema(db_.get(), path_);
+  }
+}
+
+void ReadConnection::open() {
+  db_.reset();
+  db_ = openConnection(path_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
+  sqlite3_busy_handler(db_.get(), &ReadConnection::onBusy, this);
+  deadline_ = std::chrono::steady_clock::now() + kLockWait;
+}
+
+int ReadConnection::onBusy(void* self, int attempts) {
+  auto& connection = *static_cast<ReadConnection*>(self);
+  // A statement outside any snapshot starts a wait of its own.
+  if (attempts == 0 && connection.snapshotDepth_ == 0) {
+    connection.deadline_ = std::chrono::steady_clock::now() + kLockWait;
+  }
+  if (std::chrono::steady_clock::now() >= connection.deadline_) return 0;
+  sqlite3_sleep(attempts < 10 ? 1 : 10);
+  return 1;
+}
 
 Statement& ReadConnection::statement(Kind kind) {
   auto& slot = statements_[kind];
@@ -36,14 +75,21 @@ Statement& ReadConnection::statement(Kind kind) {
 }
 
 ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {
+  if (connection_.snapshotDepth_ > 0) {
+    ++connection_.snapshotDepth_;
+    return;
+  }
+  // The one wait of the snapshot: reading the data version takes the read lock.
+  connection_.deadline_ = std::chrono::steady_clock::now() + kLockWait;
   connection_.statement(kBegin).reset().run();
+  connection_.snapshotDepth_ = 1;
   try {
     connection_.refreshCaches();
   } catch (...) {
+    connection_.snapshotDepth_ = 0;
     sqlite3_exec(connection_.db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     throw;
   }
-  connection_.inSnapshot_ = true;
 }
 
 void ReadConnection::refreshCaches() {
@@ -57,7 +103,7 @@ void ReadConnection::refreshCaches() {
 }
 
 ReadConnection::Snapshot::~Snapshot() {
-  connection_.inSnapshot_ = false;
+  if (--connection_.snapshotDepth_ > 0) return;
   // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
   try {
     connection_.statement(kCommit).reset().run();
@@ -67,14 +113,14 @@ ReadConnection::Snapshot::~Snapshot() {
 }
 
 bool ReadConnection::hasFile(const Text& name) {
-  if (inSnapshot_) {
+  if (snapshotDepth_ > 0) {
     const auto known = knownFiles_.find(name);
     if (known != knownFiles_.end()) return known->second;
   }
   statement(kFileExists).reset().bind(1, toUtf8(name));
   const bool found = statement(kFileExists).step();
   statement(kFileExists).reset();
-  if (inSnapshot_) knownFiles_.emplace(name, found);
+  if (snapshotDepth_ > 0) knownFiles_.emplace(name, found);
   return found;
 }
 
@@ -91,7 +137,7 @@ std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) 
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {
-  if (inSnapshot_) {
+  if (snapshotDepth_ > 0) {
     const auto known = knownItems_.find({file, name});
     if (known != knownItems_.end()) return known->second;
   }
@@ -103,7 +149,7 @@ std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, c
                           static_cast<int>(read.intColumn(1)), static_cast<int>(read.intColumn(2))};
   }
   read.reset();
-  if (inSnapshot_) knownItems_.emplace(std::make_pair(file, name), item);
+  if (snapshotDepth_ > 0) knownItems_.emplace(std::make_pair(file, name), item);
   return item;
 }
 

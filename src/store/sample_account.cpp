@@ -1,18 +1,25 @@
 #include <velmora/store/sample_account.h>
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
 #include <vector>
+
+#include <sqlite3.h>
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
 #include <velmora/store/writer.h>
+#include "store/replacement_file.h"
+#include "store/sqlite_support.h"
 
 namespace velmora {
 
 namespace fs = std::filesystem;
+using store::ReplacementFile;
 
 namespace {
 
@@ -42,24 +49,80 @@ Batch readAll(const std::vector<fs::path>& files) {
   return all;
 }
 
+[[noreturn]] void refuse(const fs::path& target, const std::string& why) {
+  throw Failure(errors::kDatabase, target.string() + ": " + why + "; nothing was changed");
+}
+
+// What a new store may replace: nothing, or a store. A store left by a writer that stopped
+// is put right first by SQLite itself (a journal rolled back, a log written back into the
+// file and removed), so that no journal of the old file is left beside the new one.
+void prepareToReplace(const fs::path& target) {
+  std::error_code ec;
+  const fs::path journal = target.string() + "-journal";
+  const fs::path log = target.string() + "-wal";
+  // An empty file is what a failed first import leaves: nothing to keep.
+  if (fs::exists(target, ec) && fs::file_size(target, ec) > 0) {
+    if (!fs::is_regular_file(target, ec)) refuse(target, "is not a file");
+    sqlite3* raw = nullptr;
+    const int opened = sqlite3_open_v2(target.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
+    const store::Connection db(raw);
+    if (opened != SQLITE_OK) {
+      refuse(target, std::string("cannot be opened to be replaced (") + sqlite3_errmsg(raw) + ")");
+    }
+    sqlite3_busy_timeout(db.get(), 3000);
+    try {
+      store::checkSchema(db.get(), target.string());
+    } catch (const Failure& failure) {
+      refuse(target, std::string("is not a Velmora store that sample may replace (") +
+                         failure.what() + "); give another --db or move that file away");
+    }
+    // Back to a rollback journal (a log is written back and removed), then one write of
+    // the header as it is, whose commit removes a journal that was left but not hot.
+    int version = 0;
+    sqlite3_exec(
+        db.get(), "PRAGMA user_version",
+        [](void* out, int, char** values, char**) {
+          if (values[0] != nullptr) {
+            const std::string_view text(values[0]);
+            std::from_chars(text.data(), text.data() + text.size(), *static_cast<int*>(out));
+          }
+          return 0;
+        },
+        &version, nullptr);
+    const std::string putRight =
+        "PRAGMA journal_mode = DELETE; BEGIN IMMEDIATE; "
+        "PRAGMA user_version = " +
+        std::to_string(version) + "; COMMIT";
+    if (sqlite3_exec(db.get(), putRight.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+      refuse(target, std::string("its journal cannot be put right (") + sqlite3_errmsg(db.get()) +
+                         "); another program may be writing to it");
+    }
+  }
+  for (const fs::path& left : {journal, log}) {
+    if (fs::exists(left, ec)) {
+      refuse(target, "a journal " + left.string() +
+                         " is left beside it by a program that stopped; open the store once "
+                         "(velmora get) to put it right, or move the journal away if the "
+                         "store is gone");
+    }
+  }
+}
+
 }  // namespace
 
 SampleBuild buildSampleDatabase(const std::string& target, const std::string& directory) {
   const auto files = exchangeFiles(directory);
   const Batch batch = readAll(files);
-  const std::string building = target + ".building";
-  std::error_code ec;
-  fs::remove(building, ec);
+  // Built aside under a name of its own, checked against what it replaces, renamed over.
+  ReplacementFile building(target);
   try {
-    StoreWriter(building).apply(batch);
-    fs::rename(building, target);
-  } catch (const Failure&) {
-    fs::remove(building, ec);
-    throw;
-  } catch (const fs::filesystem_error& e) {
-    fs::remove(building, ec);
-    throw Failure(errors::kDatabase, e.what());
+    StoreWriter(building.path().string()).apply(batch);
+  } catch (const Failure& failure) {
+    throw Failure(failure.number(),
+                  std::string(failure.what()) + "; " + target + " is left as it was");
   }
+  prepareToReplace(target);
+  building.commit();
   return {batch.size(), files.size()};
 }
 

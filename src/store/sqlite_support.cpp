@@ -10,9 +10,23 @@ void ConnectionCloser::operator()(sqlite3* db) const noexcept {
 
 namespace {
 
+// What to do about a failure that the disk causes.
+std::string hint(sqlite3* db) {
+  const int code = db != nullptr ? sqlite3_errcode(db) & 0xFF : SQLITE_NOMEM;
+  if (code == SQLITE_FULL || code == SQLITE_IOERR) {
+    return " (is the disk full, or a file size limit reached? free some space and run it "
+           "again)";
+  }
+  return {};
+}
+
 [[noreturn]] void fail(sqlite3* db, const std::string& path, const std::string& doing) {
   const std::string cause = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
-  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause);
+  if (db != nullptr) {
+    const int code = sqlite3_errcode(db) & 0xFF;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw busyFailure(path);
+  }
+  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause + hint(db));
 }
 
 constexpr const char* kSchema = R"sql(
@@ -38,6 +52,13 @@ CREATE TABLE dictionary (
 constexpr long long kSchemaVersion = 1;
 
 }  // namespace
+
+Failure busyFailure(const std::string& path) {
+  return {errors::kBusy, "La base " + path +
+                             " est verrouillée par un autre programme qui y écrit. "
+                             "Réessayez dans un instant ; si cela dure, fermez "
+                             "l'import ou l'outil qui la modifie."};
+}
 
 Connection openConnection(const std::string& path, int flags) {
   sqlite3* raw = nullptr;
@@ -114,12 +135,61 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
   if (rc == SQLITE_OK) return;
   const std::string cause = message != nullptr ? message : sqlite3_errmsg(db);
   sqlite3_free(message);
-  throw Failure(errors::kDatabase, "database " + path + ": " + cause);
+  if ((rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED) throw busyFailure(path);
+  throw Failure(errors::kDatabase, "database " + path + ": " + cause + hint(db));
 }
 
 void createSchema(sqlite3* db, const std::string& path) {
   execute(db, kSchema, path);
 }
+
+namespace {
+
+// What the schema check met, in words for the planner who may read it: what is wrong with
+// the file and what to do.
+[[noreturn]] void failSchema(sqlite3* db, const std::string& path, int code) {
+  const std::string cause = sqlite3_errmsg(db);
+  const std::string base = "La base " + path;
+  switch (code & 0xFF) {
+    case SQLITE_BUSY:
+      throw SchemaFailure(errors::kBusy, code, busyFailure(path).what());
+    case SQLITE_LOCKED:
+      throw SchemaFailure(errors::kBusy, code,
+                          base +
+                              " est verrouillée par une autre connexion de ce programme. "
+                              "Fermez l'autre fenêtre ou l'autre traitement, puis réessayez.");
+    case SQLITE_NOTADB:
+      throw SchemaFailure(errors::kDatabase, code,
+                          base + " n'est pas une base de données (" + cause +
+                              "). Vérifiez le chemin : il doit désigner une base Velmora.");
+    case SQLITE_CORRUPT:
+      throw SchemaFailure(
+          errors::kDatabase, code,
+          base + " est endommagée (" + cause + "). Remplacez-la par sa dernière sauvegarde.");
+    case SQLITE_ERROR:
+      throw SchemaFailure(errors::kDatabase, code,
+                          base + " n'est pas une base Velmora : il lui manque ses tables (" +
+                              cause + "). Vérifiez le chemin.");
+    default:
+      break;
+  }
+  if (code == SQLITE_READONLY_ROLLBACK || code == SQLITE_READONLY_RECOVERY ||
+      code == SQLITE_READONLY_CANTINIT) {
+    throw SchemaFailure(
+        errors::kDatabase, code,
+        base +
+            " a été laissée à moitié écrite par un programme interrompu, et ce poste ne "
+            "peut pas la remettre en état (dossier ou fichier en lecture seule). Demandez "
+            "à un administrateur de l'ouvrir une fois avec le droit d'écrire dans son "
+            "dossier (par exemple avec « velmora get »), puis réessayez.");
+  }
+  throw SchemaFailure(errors::kDatabase, code,
+                      base + " ne peut pas être lue (" + cause +
+                          "). Vérifiez les droits sur le fichier et son dossier, et le "
+                          "disque, puis réessayez.");
+}
+
+}  // namespace
 
 void checkSchema(sqlite3* db, const std::string& path) {
   // One statement names every table, so that a file without one of them fails to prepare
@@ -132,27 +202,21 @@ void checkSchema(sqlite3* db, const std::string& path) {
   sqlite3_stmt* raw = nullptr;
   const int prepared = sqlite3_prepare_v2(db, sql, -1, &raw, nullptr);
   std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, &sqlite3_finalize);
-  if (prepared != SQLITE_OK) {
-    const bool notSqlite = (prepared & 0xFF) == SQLITE_NOTADB;
-    const bool damaged = (prepared & 0xFF) == SQLITE_CORRUPT;
-    throw Failure(errors::kDatabase, "database " + path + ": " +
-                                         (notSqlite ? "not a database"
-                                          : damaged ? "the file is damaged"
-                                                    : "not a Velmora store") +
-                                         " (" + sqlite3_errmsg(db) + ")");
-  }
+  if (prepared != SQLITE_OK) failSchema(db, path, sqlite3_extended_errcode(db));
   const int rc = sqlite3_step(raw);
   if (rc == SQLITE_DONE) {
-    throw Failure(errors::kDatabase, "database " + path + ": not a Velmora store (no version)");
+    throw SchemaFailure(errors::kDatabase, SQLITE_ERROR,
+                        "La base " + path +
+                            " n'est pas une base Velmora : sa version n'est pas inscrite. "
+                            "Vérifiez le chemin.");
   }
-  if (rc != SQLITE_ROW) {
-    throw Failure(errors::kDatabase,
-                  "database " + path + ": the file is damaged (" + sqlite3_errmsg(db) + ")");
-  }
+  if (rc != SQLITE_ROW) failSchema(db, path, sqlite3_extended_errcode(db));
   const long long version = sqlite3_column_int64(raw, 0);
   if (version != kSchemaVersion) {
-    throw Failure(errors::kDatabase, "database " + path + ": store version " +
-                                         std::to_string(version) + " is not supported");
+    throw SchemaFailure(errors::kDatabase, SQLITE_ERROR,
+                        "La base " + path + " est d'une version (" + std::to_string(version) +
+                            ") que ce programme ne sait pas lire. Installez la version de "
+                            "Velmora qui l'a écrite.");
   }
 }
 

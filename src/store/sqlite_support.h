@@ -11,10 +11,14 @@
 #include <string_view>
 #include <vector>
 
+#include <velmora/base/failure.h>
 #include <velmora/base/text.h>
 #include <velmora/store/writer.h>  // store::Connection
 
 namespace velmora::store {
+
+// errors::kBusy: another connection held the lock past the wait, naming the path.
+Failure busyFailure(const std::string& path);
 
 // Opens the file with the given flags; fails with errors::kDatabase naming the path.
 Connection openConnection(const std::string& path, int flags);
@@ -54,7 +58,21 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path);
 
 // The tables, created by the writer on a new file.
 void createSchema(sqlite3* db, const std::string& path);
-// Fails with errors::kDatabase when the file does not hold this store's tables.
+// A failure of checkSchema, with the extended SQLite code it met, for a caller that can
+// put the file right (a journal left by a writer that stopped) and try again.
+class SchemaFailure : public Failure {
+ public:
+  SchemaFailure(long number, int sqliteCode, const std::string& message)
+      : Failure(number, message), sqliteCode_(sqliteCode) {}
+  int sqliteCode() const noexcept { return sqliteCode_; }
+
+ private:
+  int sqliteCode_;
+};
+
+// Fails with a SchemaFailure (errors::kBusy for a lock, errors::kDatabase otherwise) that
+// tells apart a locked, unreadable, damaged file, one that is not a database and a
+// database that is not a store, in French: the message may reach a planner.
 void checkSchema(sqlite3* db, const std::string& path);
 
 // Keys and bodies are stored as UTF-16 big-endian bytes, so that SQLite's memcmp

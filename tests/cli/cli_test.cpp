@@ -1,14 +1,19 @@
 // The velmora tool, run as a user runs it, on temporary files.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "cli/run_velmora.h"
+#include "store/sqlite_support.h"
 #include "support/account.h"
 
 namespace velmora {
@@ -119,6 +124,45 @@ TEST_F(Cli, SampleReplacesTheDatabaseWholeOrNotAtAll) {
   EXPECT_FALSE(fs::exists(target + ".building"));
 }
 
+// sample replaces a store or nothing: never another file, never the user's own files
+// beside it, and no journal of the old store is left to be played over the new one.
+TEST_F(Cli, SampleReplacesOnlyAStoreAndLeavesNoJournalOfTheOldOne) {
+  const fs::path notes = dir() / "notes.txt";
+  spit(notes, "mes notes\n");
+  const auto refused = run({"sample", "--db", notes.string(), "--from", sampleDir().string()});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_NE(refused.err.find("is not a Velmora store"), std::string::npos) << refused.err;
+  EXPECT_EQ(slurp(notes), "mes notes\n");
+
+  // A hot journal, a log, and a journal that a writer left before it wrote anything (not
+  // hot, but still there).
+  for (const char* left : {"hot", "wal", "stale"}) {
+    const bool wal = std::string(left) == "wal";
+    const std::string target = (dir() / (std::string(left) + ".db")).string();
+    ASSERT_EQ(run({"sample", "--db", target, "--from", sampleDir().string()}).status, 0);
+    spit(target + ".building", "le fichier de quelqu'un\n");
+    if (std::string(left) == "stale") {
+      spit(target + "-journal", std::string(512, '\0'));
+    } else {
+      testing::killWriterHalfWay(target, wal);
+    }
+    const auto built = run({"sample", "--db", target, "--from", sampleDir().string()});
+    EXPECT_EQ(built.status, 0) << built.err;
+    EXPECT_FALSE(fs::exists(target + "-journal"));
+    EXPECT_FALSE(fs::exists(target + "-wal"));
+    EXPECT_EQ(slurp(target + ".building"), "le fichier de quelqu'un\n");
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(target.c_str(), &db), SQLITE_OK);
+    sqlite3_stmt* check = nullptr;
+    sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &check, nullptr);
+    ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok") << left;
+    sqlite3_finalize(check);
+    sqlite3_close(db);
+    EXPECT_EQ(run({"get", "--db", target, "TACHE", "Vitres"}).out, "1\nG-VITRES\n\nN\n45\n");
+  }
+}
+
 TEST_F(Cli, GetPrintsOneAttributePerLine) {
   account_.put("TPSSEMAINETYPE", "0001221500108501A",
                {{""}, {"1000"}, {"A"}, {"T1", "T2"}, {"30", "15"}, {""}, {""}, {"", "Sonner"}});
@@ -161,6 +205,42 @@ TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
   EXPECT_EQ(run({"export", "--db", copy}).out, before.out);
 }
 
+// An export never harms a file it does not replace whole: not the database itself (also
+// through a link), not an existing file when the export fails, and it leaves no temporary.
+TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
+  account_.put("TACHE", "Vitres", {{"1"}});
+  const std::string store = slurp(db());
+  const fs::path link = dir() / "link.db";
+  fs::create_symlink(db(), link);
+  const fs::path kept = dir() / "kept.jsonl";
+  spit(kept, "precious\n");
+  const fs::path garbage = dir() / "garbage.db";
+  spit(garbage, std::string(3000, 'Z'));
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    const char* message;
+  };
+  for (const Case& c : std::vector<Case>{
+           {{"export", "--db", db(), db()}, 2, "is the database itself"},
+           {{"export", "--db", db(), link.string()}, 2, "is the database itself"},
+           {{"export", "--db", db(), dir().string()}, 2, "is a folder"},
+           {{"export", "--db", garbage.string(), kept.string()}, 1, "garbage.db"},
+       }) {
+    const auto outcome = run(c.args);
+    EXPECT_EQ(outcome.status, c.status) << c.args.back();
+    EXPECT_NE(outcome.err.find(c.message), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(slurp(db()), store);
+  EXPECT_EQ(slurp(kept), "precious\n");
+  EXPECT_EQ(run({"get", "--db", link.string(), "TACHE", "Vitres"}).out, "1\n");
+  ASSERT_EQ(run({"export", "--db", db(), kept.string()}).status, 0);
+  EXPECT_NE(slurp(kept).find("Vitres"), std::string::npos);
+  for (const auto& entry : fs::directory_iterator(dir())) {
+    EXPECT_NE(entry.path().filename().string().front(), '.') << entry.path();
+  }
+}
+
 TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
   const fs::path bad = dir() / "bad.jsonl";
   spit(bad, "{\"file\":\"T\",\"key\":\"a\",\"record\":[1]}\n");
@@ -168,6 +248,153 @@ TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
   const auto refused = run({"import", bad.string(), "--db", target});
   EXPECT_EQ(refused.status, 1);
   EXPECT_FALSE(fs::exists(target));
+}
+
+// Small mistakes get a clear message and change nothing.
+TEST_F(Cli, SmallMistakesGetAClearMessage) {
+  const fs::path folder = dir() / "folder";
+  fs::create_directories(folder);
+  const fs::path line = dir() / "line.jsonl";
+  spit(line, "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}\n");
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    const char* message;
+  };
+  for (const Case& c : std::vector<Case>{
+           {{"play", "--db", db(), folder.string()}, 2, "is a folder"},
+           {{"import", folder.string(), "--db", db()}, 2, "is a folder"},
+           {{"import", line.string(), "--db", folder.string()}, 2, "is a folder"},
+           {{"sample", "--db", ""}, 2, "--db needs a path"},
+       }) {
+    const auto outcome = run(c.args);
+    EXPECT_EQ(outcome.status, c.status) << c.args.front();
+    EXPECT_NE(outcome.err.find(c.message), std::string::npos) << outcome.err;
+  }
+
+  // One huge cell does not pad every other line to its width.
+  account_.put("TACHE", std::string(10000, 'k'), {{"x"}});
+  for (int i = 0; i < 50; ++i) account_.put("TACHE", "t" + std::to_string(i), {{"y"}});
+  const auto table = run({"query", "--db", db(), "SSELECT TACHE", "--columns", "0 1"});
+  EXPECT_EQ(table.status, 0);
+  EXPECT_LT(table.out.size(), 10000u + 50 * 50);
+
+  // Past a file-size limit (as on a full disk) the import fails, says what to do and
+  // leaves the store as it was, with no journal beside it.
+  const fs::path big = dir() / "big.jsonl";
+  {
+    std::ofstream out(big, std::ios::binary);
+    for (int i = 0; i < 3000; ++i) {
+      out << "{\"file\":\"TACHE\",\"key\":\"B" << i << "\",\"record\":[\"" << std::string(100, 'b')
+          << "\"]}\n";
+    }
+  }
+  const std::string before = slurp(db());
+  const std::string command = "ulimit -f 200; " + shellWord(VELMORA_CLI) + " import " +
+                              shellWord(big.string()) + " --db " + shellWord(db()) + " 2>" +
+                              shellWord((dir() / "full.txt").string());
+  const int raw = std::system(command.c_str());
+  EXPECT_EQ(WEXITSTATUS(raw), 1);
+  EXPECT_NE(slurp(dir() / "full.txt").find("disk full"), std::string::npos)
+      << slurp(dir() / "full.txt");
+  EXPECT_FALSE(fs::exists(db() + "-journal"));
+  EXPECT_EQ(slurp(db()), before);
+}
+
+// How many rounds the stress tests run: a few by default, VELMORA_STRESS=100 for more.
+int stressRounds(int byDefault) {
+  const char* raised = std::getenv("VELMORA_STRESS");
+  return raised != nullptr ? std::max(1, std::atoi(raised)) : byDefault;
+}
+
+// Imports started together into a new path: each one that says it is done has its record
+// in the store; any other says why (the lock) and exits 1.
+TEST_F(Cli, ImportsAtOnceIntoANewPathLoseNothingReportedDone) {
+  const int imports = stressRounds(8);
+  const fs::path target = dir() / "new.db";
+  std::string script;
+  for (int i = 0; i < imports; ++i) {
+    const std::string n = std::to_string(i);
+    spit(dir() / ("in" + n + ".jsonl"),
+         "{\"file\":\"TACHE\",\"key\":\"K" + n + "\",\"record\":[\"" + n + "\"]}\n");
+    script += "(" + shellWord(VELMORA_CLI) + " import " + shellWord((dir() / ("in" + n)).string()) +
+              ".jsonl --db " + shellWord(target.string()) + " >/dev/null 2>" +
+              shellWord((dir() / ("err" + n)).string()) + "; echo $? >" +
+              shellWord((dir() / ("status" + n)).string()) + ") &\n";
+  }
+  ASSERT_EQ(std::system((script + "wait\n").c_str()), 0);
+  int done = 0;
+  for (int i = 0; i < imports; ++i) {
+    const std::string n = std::to_string(i);
+    const std::string status = slurp(dir() / ("status" + n));
+    const auto got = run({"get", "--db", target.string(), "TACHE", "K" + n});
+    if (status == "0\n") {
+      ++done;
+      EXPECT_EQ(got.out, n + "\n") << "import " << n << " said it was done: " << got.err;
+    } else {
+      EXPECT_EQ(status, "1\n");
+      EXPECT_NE(slurp(dir() / ("err" + n)).find("verrouillée"), std::string::npos);
+    }
+  }
+  EXPECT_GT(done, 0);
+}
+
+// A second import into a new path while the first one holds the lock: it waits, fails
+// clearly and removes nothing, so the first one's work is still there once committed.
+TEST_F(Cli, ASecondImportThatCannotLockFailsClearlyAndRemovesNothing) {
+  const fs::path target = dir() / "new.db";
+  sqlite3* first = nullptr;
+  ASSERT_EQ(sqlite3_open(target.c_str(), &first), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(first, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  store::createSchema(first, target.string());
+  const fs::path line = dir() / "line.jsonl";
+  spit(line, "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}\n");
+  const auto second = run({"import", line.string(), "--db", target.string()});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_NE(second.err.find("verrouillée"), std::string::npos) << second.err;
+  ASSERT_EQ(sqlite3_exec(first,
+                         "INSERT INTO files VALUES ('TACHE'); INSERT INTO records VALUES "
+                         "('TACHE', x'0041', x'0031'); COMMIT",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(first);
+  EXPECT_EQ(run({"get", "--db", target.string(), "TACHE", "A"}).out, "1\n");
+}
+
+// An import killed at a random moment leaves the store whole: all of its batch or none
+// (the batch puts the same records each round, so once applied it stays so).
+TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
+  const fs::path big = dir() / "big.jsonl";
+  {
+    std::ofstream out(big, std::ios::binary);
+    for (int i = 0; i < 3000; ++i) {
+      out << "{\"file\":\"TACHE\",\"key\":\"B" << i << "\",\"record\":[\"" << std::string(100, 'b')
+          << "\"]}\n";
+    }
+  }
+  account_.put("TACHE", "Vitres", {{"1"}});
+  std::mt19937 random(std::random_device{}());
+  const int rounds = stressRounds(4);
+  for (int round = 0; round < rounds; ++round) {
+    // Every other round waits for the journal, so that the kill falls inside the write.
+    const bool inTheWrite = round % 2 == 1;
+    const int delayMs = std::uniform_int_distribution<int>(0, inTheWrite ? 100 : 2000)(random);
+    SCOPED_TRACE("killed " + std::to_string(delayMs) + " ms after " +
+                 (inTheWrite ? "the journal appeared" : "the start"));
+    const std::string waitForJournal = "while [ ! -e " + shellWord(db() + "-journal") +
+                                       " ] && kill -0 $p 2>/dev/null; do :; done; ";
+    const std::string command = shellWord(VELMORA_CLI) + " import " + shellWord(big.string()) +
+                                " --db " + shellWord(db()) + " >/dev/null 2>&1 & p=$!; " +
+                                (inTheWrite ? waitForJournal : "") + "sleep " +
+                                std::to_string(delayMs / 1000.0) + "; kill -9 $p 2>/dev/null; wait";
+    std::system(command.c_str());
+    const auto vitres = run({"get", "--db", db(), "TACHE", "Vitres"});
+    EXPECT_EQ(vitres.status, 0) << vitres.err;
+    EXPECT_EQ(vitres.out, "1\n");
+    const auto count = run({"query", "--db", db(), "SSELECT TACHE AVEC 0 = \"B]\""});
+    const auto lines = std::count(count.out.begin(), count.out.end(), '\n');
+    EXPECT_TRUE(lines == 0 || lines == 3000) << lines;
+  }
 }
 
 TEST_F(Cli, StoreFailuresExitOneWithTheStoresMessage) {

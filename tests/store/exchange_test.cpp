@@ -113,6 +113,7 @@ TEST(Exchange, BadLinesNameTheSourceAndLine) {
   } cases[] = {
       {"{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"a\",\"rec", "t.jsonl:2: not a JSON"},
       {"\n\n[1,2]\n", "t.jsonl:3: expected one JSON object"},
+      {"{\"file\":\"T\",\"key\":\"a\",\"record\":[1e310]}", "t.jsonl:1: not a JSON object"},
       {"{\"file\":\"T\",\"key\":\"a\",\"record\":[1]}", "t.jsonl:1: attribute 1: a value must"},
       {"{\"file\":\"T\",\"key\":\"a\",\"record\":[\"x\",[]]}", "t.jsonl:1: attribute 2: an array"},
       {"{\"file\":\"T\",\"key\":\"a\",\"record\":\"x\"}", "t.jsonl:1: \"record\" must be an array"},

@@ -6,6 +6,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
 #include "store/query/order.h"
+#include "store/query/syntax.h"
 #include "support/account.h"
 
 namespace velmora {
@@ -200,6 +201,41 @@ TEST_F(QueryWords, OpeningBracketComparesTrailingCharacters) {
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 <> \"[1\""), (Keys{"A2", "B2", "C", "Ménage"}));
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 >= \"[2\""), (Keys{"A2", "B2", "C", "Ménage"}));
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = \"[age\""), Keys{"Ménage"});
+}
+
+// A value in single quotes is taken literally, a quote in it doubled: whatever it holds
+// (brackets, double quotes, words and operators of the language), it is one whole value
+// and the query keeps its shape.
+TEST_F(QueryWords, NoLiteralValueChangesTheShapeOfTheQuery) {
+  const std::vector<std::string> values = {"B]",
+                                           "[B",
+                                           "]",
+                                           "[",
+                                           "a\"b",
+                                           "\"",
+                                           "it's",
+                                           "''",
+                                           "x\" AND AVEC 0 = \"A1",
+                                           "' OR = 'A1",
+                                           "PAR 1",
+                                           " ",
+                                           "",
+                                           "A1\" OR = \"A2",
+                                           "[A]"};
+  for (const auto& v : values) account_.put("TACHE", "k" + v, {{v}});
+  for (const auto& v : values) {
+    SCOPED_TRACE(v);
+    const std::string literal = toUtf8(store::literalValue(fromUtf8(v)));
+    // Keys are "k" and the value: a literal that could act as a bracket matches none.
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + literal + " PAR 1"), Keys{});
+    const std::string key = toUtf8(store::literalValue(fromUtf8("k" + v)));
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + key + " AND AVEC 1 = " + literal),
+              Keys{"k" + v});
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 1 = " + literal + " AND AVEC 0 = \"k]\""),
+              Keys{"k" + v});
+  }
+  EXPECT_EQ(failureOf(db_, "SSELECT TACHE AVEC 0 = 'x").message,
+            "requête : à la position 24 : la valeur n'a pas d'apostrophe fermante");
 }
 
 TEST_F(QueryWords, AnyValueOfAMultiValuedAttributeMeetsACondition) {
@@ -484,7 +520,7 @@ TEST_F(QueryWords, MalformedQueriesNameThePositionAndWhatWasExpected) {
       {"SSELECT AVEC", 9, "nom de fichier attendu"},
       {"SSELECT TACHE AVEC 1 \"x\"", 22, "opérateur attendu (=, <=, >=, <>) après « AVEC 1 »"},
       {"SSELECT TACHE AVEC 1 == \"x\"", 22, "opérateur attendu"},
-      {"SSELECT TACHE AVEC 1 = x", 24, "valeur entre guillemets attendue après « AVEC 1 = »"},
+      {"SSELECT TACHE AVEC 1 = x", 24, "valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
       {"SSELECT TACHE AVEC 1 = \"x", 24, "pas de guillemet fermant"},
       {"SSELECT TACHE AVEC = \"x\"", 20, "numéro d'attribut, @ID ou nom du dictionnaire attendu"},
       {"SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\"", 28, "AND attendu avant AVEC"},

@@ -242,9 +242,63 @@ TEST(Store, OpenFailsClearlyOnAnSqliteFileThatIsNotAStore) {
   sqlite3_close(raw);
   std::string message;
   EXPECT_EQ(failureOf([&] { openDatabase(other); }, &message), errors::kDatabase);
-  EXPECT_NE(message.find("not a Velmora store"), std::string::npos) << message;
+  EXPECT_NE(message.find("n'est pas une base Velmora"), std::string::npos) << message;
   // Nor may a writer take it over.
   EXPECT_EQ(failureOf([&] { StoreWriter writer(other); }), errors::kDatabase);
+}
+
+// Each way a file can fail the open has its own words: a planner may read them.
+TEST(Store, OpenTellsApartLockedNotADatabaseDamagedNotAStoreAndAFolder) {
+  TempAccount account;
+  fillPages(account);
+  const std::string damaged = account.directory() + "/damaged.db";
+  std::filesystem::copy_file(account.path(), damaged);
+  damage(damaged, 100, 3000);
+  const std::string text = account.directory() + "/notes.txt";
+  std::ofstream(text) << std::string(2000, 'x');
+  const std::string other = account.directory() + "/other.db";
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(other.c_str(), &raw), SQLITE_OK);
+  sqlite3_exec(raw, "CREATE TABLE t (x)", nullptr, nullptr, nullptr);
+  sqlite3_close(raw);
+  sqlite3* writer = nullptr;
+  ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  struct Case {
+    std::string path;
+    long number;
+    const char* words;
+  };
+  for (const Case& c : std::vector<Case>{
+           {account.path(), errors::kBusy, "verrouillée par un autre programme"},
+           {text, errors::kDatabase, "n'est pas une base de données"},
+           {damaged, errors::kDatabase, "est endommagée"},
+           {other, errors::kDatabase, "n'est pas une base Velmora"},
+           {account.directory(), errors::kDatabase, "est un dossier"},
+       }) {
+    std::string message;
+    EXPECT_EQ(failureOf([&] { openDatabase(c.path); }, &message), c.number) << c.path;
+    EXPECT_NE(message.find(c.words), std::string::npos) << message;
+  }
+  sqlite3_close(writer);
+}
+
+// A writer killed in the middle of a transaction leaves a hot journal, or a log without
+// its index: the control's read-only open puts back the last committed state and reads.
+TEST(Store, ReadOnlyOpenReadsPastAWriterKilledHalfWay) {
+  for (const bool wal : {false, true}) {
+    TempAccount account;
+    account.put("TACHE", "Vitres", {{"committed"}});
+    testing::killWriterHalfWay(account.path(), wal);
+    const std::string left = account.path() + (wal ? "-wal" : "-journal");
+    ASSERT_TRUE(std::filesystem::exists(left)) << left;
+    if (wal) std::filesystem::remove(account.path() + "-shm");
+    const auto db = account.open();
+    EXPECT_EQ(db->OpenFile(u"TACHE")->ReadRecord(u"Vitres")->r(1), u"committed") << wal;
+    long hits = 0;
+    db->RunQuery(u"SSELECT TACHE\xF8FETACHE", u"", hits);
+    EXPECT_EQ(hits, 1) << wal;
+  }
 }
 
 TEST(Store, TheControlsConnectionCannotWrite) {
@@ -257,6 +311,37 @@ TEST(Store, TheControlsConnectionCannotWrite) {
       sqlite3_exec(sqlite.nativeHandle(), "DELETE FROM records", nullptr, nullptr, nullptr);
   EXPECT_EQ(rc & 0xFF, SQLITE_READONLY);
   EXPECT_EQ(db->OpenFile(u"TACHE")->ReadRecord(u"a")->r(1), u"1");
+}
+
+// A held snapshot keeps one read lock until the outermost hold goes: holds and queries
+// inside share it, and a writer cannot commit under it.
+TEST(Store, AHeldSnapshotKeepsOneReadLockUntilTheOutermostHoldGoes) {
+  TempAccount account;
+  account.put("TACHE", "Repassage", {{"avant"}});
+  const auto db = account.open();
+  const auto tache = db->OpenFile(u"TACHE");
+  sqlite3* writer = nullptr;
+  ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
+  const auto tryWrite = [&] {
+    const int rc =
+        sqlite3_exec(writer, "BEGIN; DELETE FROM records; COMMIT", nullptr, nullptr, nullptr);
+    if (rc != SQLITE_OK) sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
+    return rc;
+  };
+  {
+    const auto outer = db->holdSnapshot();
+    {
+      const auto inner = db->holdSnapshot();
+      long hits = 0;
+      db->RunQuery(u"SSELECT TACHE\xF8FETACHE", u"", hits);
+      EXPECT_EQ(hits, 1);
+    }
+    EXPECT_EQ(tryWrite(), SQLITE_BUSY);
+    EXPECT_EQ(tache->ReadRecord(u"Repassage")->r(1), u"avant");
+  }
+  EXPECT_EQ(tryWrite(), SQLITE_OK);
+  EXPECT_EQ(failureOf([&] { tache->ReadRecord(u"Repassage"); }), errors::kRecordNotFound);
+  sqlite3_close(writer);
 }
 
 TEST(Store, ReadsCountAsDecodedRecords) {

@@ -1,6 +1,9 @@
 #include "support/account.h"
 
+#include <sqlite3.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <stdexcept>
@@ -65,6 +68,24 @@ void TempAccount::apply(const Batch& batch) {
 
 DatabaseRef TempAccount::open() const {
   return openDatabase(path_);
+}
+
+void killWriterHalfWay(const std::string& path, bool wal) {
+  const pid_t child = fork();
+  if (child == 0) {
+    sqlite3* db = nullptr;
+    sqlite3_open(path.c_str(), &db);
+    if (wal) sqlite3_exec(db, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+    sqlite3_exec(db,
+                 "PRAGMA cache_size = 1; BEGIN; DELETE FROM records; "
+                 "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < "
+                 "3000) INSERT INTO records SELECT 'TACHE', randomblob(40), randomblob(300) "
+                 "FROM n",
+                 nullptr, nullptr, nullptr);
+    _exit(0);  // no commit, no close
+  }
+  int status = 0;
+  if (child > 0) waitpid(child, &status, 0);
 }
 
 }  // namespace velmora::testing

@@ -33,6 +33,10 @@ class TempAccount {
   StoreWriter writer_;
 };
 
+// Leaves the file as a writer killed in the middle of a large transaction does: a hot
+// journal, or (wal) a write-ahead log, beside it. The committed content is unchanged.
+void killWriterHalfWay(const std::string& path, bool wal);
+
 // The record of those attributes, each a list of UTF-8 values.
 NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes);
 

@@ -15,6 +15,7 @@ struct Token {
   Text text;              // a value's text is without its quotes
   std::size_t start = 0;  // 0-based offset in the query text
   std::size_t end = 0;    // one past the last character
+  bool literal = false;   // a value in single quotes: compared whole, brackets and all
 };
 
 bool isBlank(char16_t c) {
@@ -44,6 +45,24 @@ std::vector<Token> tokenize(TextView text) {
       tokens.push_back(
           {TokenKind::Value, Text(text.substr(i + 1, close - i - 1)), start, close + 1});
       i = close + 1;
+      continue;
+    }
+    if (text[i] == u'\'') {
+      // A literal: any text, a quote in it doubled.
+      Text value;
+      for (++i;; ++i) {
+        if (i >= text.size()) malformed(start, "la valeur n'a pas d'apostrophe fermante");
+        if (text[i] == u'\'') {
+          if (i + 1 < text.size() && text[i + 1] == u'\'') {
+            ++i;
+          } else {
+            break;
+          }
+        }
+        value += text[i];
+      }
+      ++i;
+      tokens.push_back({TokenKind::Value, std::move(value), start, i, true});
       continue;
     }
     if (isOperatorChar(text[i])) {
@@ -161,10 +180,11 @@ class Parser {
     const auto op = operatorOf(current().text);
     if (!op) fail("opérateur attendu (=, <=, >=, <>)");
     advance();
-    if (current().kind != TokenKind::Value) fail("valeur entre guillemets attendue");
-    const Text value = current().text;
+    if (current().kind != TokenKind::Value) fail("valeur entre guillemets ou apostrophes attendue");
+    const Token value = current();
     advance();
-    return comparisonOf(*op, value);
+    if (value.literal) return {*op, Anchor::Whole, value.text};
+    return comparisonOf(*op, value.text);
   }
 
   Condition condition() {
@@ -190,6 +210,15 @@ class Parser {
 
 QuerySyntax parseQuery(TextView text) {
   return Parser(text).parse();
+}
+
+Text literalValue(TextView value) {
+  Text quoted = u"'";
+  for (const char16_t c : value) {
+    if (c == u'\'') quoted += u'\'';
+    quoted += c;
+  }
+  return quoted + u"'";
 }
 
 }  // namespace velmora::store

@@ -1,0 +1,18 @@
+// Any exchange file: a batch or a Failure naming the source and line.
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+
+#include <velmora/base/failure.h>
+#include <velmora/store/exchange.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
+  try {
+    (void)velmora::readExchange(in, "fuzz.jsonl");
+  } catch (const velmora::Failure& failure) {
+    if (std::string(failure.what()).rfind("fuzz.jsonl:", 0) != 0) __builtin_trap();
+  }
+  return 0;
+}
