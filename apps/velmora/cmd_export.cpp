@@ -6,10 +6,27 @@
 #include "base/failure.h"
 #include "command.h"
 #include "store/exchange.h"
+#include "store/replacement_file.h"
 
 namespace velmora::cli {
 
 namespace {
+
+namespace fs = std::filesystem;
+
+// Where the export goes: through a symbolic link to the file it names.
+fs::path outputTarget(const std::string& file, const std::string& database) {
+  std::error_code ec;
+  const fs::path target = fs::weakly_canonical(file, ec);
+  if (ec) throw Failure(errors::kDatabase, file + ": " + ec.message());
+  if (fs::is_directory(target, ec)) {
+    throw UsageError(file + " is a folder: give the path of the file to write");
+  }
+  if (fs::exists(target, ec) && fs::equivalent(target, database, ec)) {
+    throw UsageError(file + " is the database itself: give another path for the export");
+  }
+  return target;
+}
 
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
@@ -20,17 +37,18 @@ int run(Arguments& args) {
     return 0;
   }
   const std::string& file = rest.front();
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  if (!out) throw Failure(errors::kDatabase, file + ": cannot be written");
-  try {
-    writeExchange(database, out);
-    out.close();
-    if (!out) throw Failure(errors::kDatabase, file + ": cannot be written");
-  } catch (...) {
-    std::error_code ec;
-    std::filesystem::remove(file, ec);
-    throw;
+  // Written aside and renamed into place: a failing export leaves FILE as it was.
+  store::ReplacementFile output(outputTarget(file, database));
+  std::ofstream out(output.path(), std::ios::binary | std::ios::trunc);
+  if (!out) throw Failure(errors::kDatabase, output.path().string() + ": cannot be written");
+  writeExchange(database, out);
+  out.close();
+  if (!out) {
+    throw Failure(errors::kDatabase, output.path().string() +
+                                         ": cannot be written (is the disk full?); " + file +
+                                         " is left as it was");
   }
+  output.commit();
   return 0;
 }
 
@@ -42,7 +60,8 @@ const Command& exportCommand() {
       "usage: velmora export --db PATH [FILE]\n"
       "  Writes the files, the dictionary, then the records by file and key, one JSON\n"
       "  object per line, to FILE or to the standard output. Importing the result into\n"
-      "  an empty database and exporting again gives the same bytes.\n",
+      "  an empty database and exporting again gives the same bytes. FILE is written\n"
+      "  aside and replaced only once the export is whole; it cannot be the database.\n",
       &run};
   return command;
 }

@@ -18,6 +18,7 @@ inline constexpr long kBadQuery = -2147221491;        // a malformed query text 
 inline constexpr long kUnknownName = -2147221490;     // an unknown dictionary name
 inline constexpr long kDatabase = -2147221489;        // the database file cannot be used
 inline constexpr long kBadImport = -2147221488;       // an import file that cannot be read whole
+inline constexpr long kBusy = -2147221487;            // another program holds the store's lock
 }  // namespace errors
 
 class Failure : public std::runtime_error {

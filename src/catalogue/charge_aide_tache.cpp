@@ -2,6 +2,7 @@
 // task once with the duration of the latest list that names it.
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "rows/row_format.h"
 #include "search/item_merge.h"
 #include "search/working_table.h"
@@ -11,6 +12,7 @@ namespace velmora {
 using namespace Variable;
 
 void Ctr_VelmoraNew::Charge_AideTache() {
+  const ProcedureSnapshot snapshot;
   // 1.
   NorvikRecord request;
   R_TablePossible = newRecord();

@@ -1,6 +1,7 @@
 // Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label.
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "rows/row_format.h"
 #include "search/working_table.h"
 
@@ -9,6 +10,7 @@ namespace velmora {
 using namespace Variable;
 
 void Ctr_VelmoraNew::Remplir_Soins() {
+  const ProcedureSnapshot snapshot;
   // 1.
   resumeNext([&] { Lst_Possible.Clear(); });
   resumeNext([&] { Lst_CodePos.Clear(); });

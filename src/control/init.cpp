@@ -2,9 +2,11 @@
 // criteria apart, an intervention detail, a weekly template, fixed or floating), and
 // starts the fill that suits it.
 #include <cmath>
+#include <optional>
 
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 
 namespace velmora {
 
@@ -36,10 +38,33 @@ struct Captions {
 constexpr Captions kTaskCaptions{u"Type", u"Groupe", u"Tâche", u"Afficher toutes les tâches"};
 constexpr Captions kCareCaptions{u"Regroupement", u"Type", u"Soin", u"Afficher tous les soins"};
 
+// What a store that cannot be read leaves: no proposal, no selection, no total.
+void emptyLists(Ctr_VelmoraNew& c) {
+  Variable::R_Obs = newRecord();
+  for (toolkit::ListBox* list :
+       {&c.Lst_Selectionne, &c.Lst_Possible, &c.Lst_CodeSelect, &c.Lst_CodePos}) {
+    list->Clear();
+  }
+  c.Etq_Imperativite.setVisible(false);
+  c.W_Total = Currency::whole(0);
+  c.Txt_Duree.setText(u"");
+}
+
 }  // namespace
 
 void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFin, Text& HeureDe,
                           Text& HeureA, Text& Jour) {
+  // One snapshot of the store for the whole of Init. A store that cannot be read (locked
+  // past the wait, damaged) fails Init at once; the lists of an earlier Init are emptied
+  // first, so that they are never taken for the proposal of this intervention.
+  std::optional<ProcedureSnapshot> snapshot;
+  try {
+    snapshot.emplace();
+  } catch (const Failure&) {
+    emptyLists(*this);
+    throw;
+  }
+
   // 1. Files. From here on, continue on error.
   Procedure::Ouvre_Fichiers();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "control/ctr_velmora_new.h"
+#include "control/read_snapshot.h"
 
 namespace velmora {
 
@@ -88,13 +89,29 @@ bool Ctr_VelmoraNew::liesInFrame(const toolkit::Control& control) const {
 }
 
 void Ctr_VelmoraNew::wireEvents() {
-  Cac_TouteTache.Click = [this] { Cac_TouteTache_Click(); };
+  // The gestures that read the store run in one snapshot, taken before they change
+  // anything. Cmd_SupprVelmora reads only after its question, through
+  // AuMoinsUneTacheImperative, which takes its own: no lock is held while a planner
+  // thinks over a question box, and Cmd_Obs does not read.
+  Cac_TouteTache.Click = [this] {
+    const ProcedureSnapshot snapshot;
+    Cac_TouteTache_Click();
+  };
   Lst_Possible.Click = [this] { Lst_Possible_Click(); };
-  Lst_Possible.DblClick = [this] { Lst_Possible_DblClick(); };
-  Cmd_Select.Click = [this] { Cmd_Select_Click(); };
+  Lst_Possible.DblClick = [this] {
+    const ProcedureSnapshot snapshot;
+    Lst_Possible_DblClick();
+  };
+  Cmd_Select.Click = [this] {
+    const ProcedureSnapshot snapshot;
+    Cmd_Select_Click();
+  };
   Lst_Selectionne.Click = [this] { Lst_Selectionne_Click(); };
   Lst_Selectionne.DblClick = [this] { Lst_Selectionne_DblClick(); };
-  Cmd_OKVelmora.Click = [this] { Cmd_OKVelmora_Click(); };
+  Cmd_OKVelmora.Click = [this] {
+    const ProcedureSnapshot snapshot;
+    Cmd_OKVelmora_Click();
+  };
   Cmd_AnnulerVelmora.Click = [this] { Cmd_AnnulerVelmora_Click(); };
   Cmd_SupprVelmora.Click = [this] { Cmd_SupprVelmora_Click(); };
   Cmd_Obs.Click = [this] { Cmd_Obs_Click(); };

@@ -4,6 +4,7 @@
 
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "rows/row_format.h"
 #include "selection/total.h"
 
@@ -28,6 +29,7 @@ bool readOrDrop(const FileRef& file, const Text& key, RecordRef& cursor) {
 }  // namespace
 
 void Ctr_VelmoraNew::Affiche() {
+  const ProcedureSnapshot snapshot;
   using namespace Variable;
   const int count = W_Aff->DCount();
   for (int i = 1; i <= count; ++i) {

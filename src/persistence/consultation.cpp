@@ -3,6 +3,7 @@
 // latest task list at the key's date and, for care, the care-act catalogue.
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "search/item_columns.h"
 #include "search/working_table.h"
 
@@ -23,6 +24,7 @@ struct StoredItems {
 }  // namespace
 
 void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
+  const ProcedureSnapshot snapshot;
   // 1.
   Lst_Selectionne.Clear();
   Etq_Imperativite.setVisible(false);
@@ -90,6 +92,7 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
 }
 
 void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitement) {
+  const ProcedureSnapshot snapshot;
   const bool autre = W_TypeAct == u"AUTRE";
   toolkit::ListBox& rowsList = Traitement == 1 ? Lst_Possible : Lst_Selectionne;
   toolkit::ListBox& codes = Traitement == 1 ? Lst_CodePos : Lst_CodeSelect;

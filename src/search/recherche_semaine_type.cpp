@@ -3,6 +3,7 @@
 // intervention also fill the selection.
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "search/item_merge.h"
 #include "search/search_fill.h"
 #include "search/template_query.h"
@@ -37,6 +38,7 @@ bool fixedDayMet(const Text& jour, const Text& key) {
 }  // namespace
 
 void Ctr_VelmoraNew::Recherche_SemaineType(Boolean& RemplirBas) {
+  const ProcedureSnapshot snapshot;
   // 1. Guard.
   if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
       W_TypeAct.empty() || W_Jour.empty()) {

@@ -2,6 +2,7 @@
 // from them, by the list of days each template holds in attribute 10.
 #include "control/ctr_velmora_new.h"
 #include "control/error_regime.h"
+#include "control/read_snapshot.h"
 #include "search/item_merge.h"
 #include "search/search_fill.h"
 #include "search/template_query.h"
@@ -34,6 +35,7 @@ bool floatingDayMet(const Text& jour, const RecordRef& tpl) {
 }  // namespace
 
 void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
+  const ProcedureSnapshot snapshot;
   // 1. Guard.
   if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
       W_TypeAct.empty() || W_Jour.empty()) {

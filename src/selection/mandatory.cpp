@@ -1,12 +1,14 @@
 // AuMoinsUneTacheImperative: whether a selected home-help task is marked mandatory
 // ("O" in attribute 4 of its TACHE record). Read afresh at each call: nothing cached.
 #include "control/ctr_velmora_new.h"
+#include "control/read_snapshot.h"
 
 namespace velmora {
 
 using namespace Variable;
 
 Boolean Ctr_VelmoraNew::AuMoinsUneTacheImperative() {
+  const ProcedureSnapshot snapshot;
   // 1. Care acts have no mandatory mark.
   if (W_TypeAct != u"AUTRE") return kFalse;
   // 2. In list order; the first mandatory task ends the walk.

@@ -2,6 +2,8 @@
 // and queries that answer with one attribute per hit.
 #pragma once
 
+#include <memory>
+
 #include "base/text.h"
 #include "store/record.h"
 #include "store/ref.h"
@@ -28,6 +30,15 @@ class NorvikDatabase {
   // 3 the columns. The answer has one attribute per hit in query order and one value
   // per column; "" when nothing was selected. Options and Nombre are not used.
   virtual RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) = 0;
+
+  // While the returned guard lives, every read of this database and of its files sees one
+  // state of the store, taken under one lock with one bounded wait; holds taken inside it
+  // share it. A store without transactions gives an empty guard.
+  class Snapshot {
+   public:
+    virtual ~Snapshot() = default;
+  };
+  virtual std::unique_ptr<Snapshot> holdSnapshot() { return {}; }
 };
 
 using DatabaseRef = Ref<NorvikDatabase>;

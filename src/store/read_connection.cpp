@@ -2,18 +2,6 @@
 
 namespace velmora::store {
 
-namespace {
-
-Connection openReadOnly(const std::string& path) {
-  // The control never writes: a read-only handle makes that a property of the file
-  // access, not a promise of the code.
-  auto db = openConnection(path, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX);
-  checkSchema(db.get(), path);
-  return db;
-}
-
-}  // namespace
-
 constexpr std::array<const char*, 10> kSql = {
     "SELECT 1 FROM files WHERE name = ?1",
     "SELECT body FROM records WHERE file = ?1 AND key = ?2",
@@ -27,7 +15,25 @@ constexpr std::array<const char*, 10> kSql = {
     "PRAGMA data_version",
 };
 
-ReadConnection::ReadConnection(const std::string& path) : path_(path), db_(openReadOnly(path)) {}
+// The control never writes: a read-only handle makes that a property of the file access,
+// not a promise of the code.
+ReadConnection::ReadConnection(const std::string& path)
+    : path_(path), db_(openConnection(path, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX)) {
+  sqlite3_busy_handler(db_.get(), &ReadConnection::onBusy, this);
+  deadline_ = std::chrono::steady_clock::now() + kLockWait;
+  checkSchema(db_.get(), path_);
+}
+
+int ReadConnection::onBusy(void* self, int attempts) {
+  auto& connection = *static_cast<ReadConnection*>(self);
+  // A statement outside any snapshot starts a wait of its own.
+  if (attempts == 0 && connection.snapshotDepth_ == 0) {
+    connection.deadline_ = std::chrono::steady_clock::now() + kLockWait;
+  }
+  if (std::chrono::steady_clock::now() >= connection.deadline_) return 0;
+  sqlite3_sleep(attempts < 10 ? 1 : 10);
+  return 1;
+}
 
 Statement& ReadConnection::statement(Kind kind) {
   auto& slot = statements_[kind];
@@ -36,14 +42,21 @@ Statement& ReadConnection::statement(Kind kind) {
 }
 
 ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {
+  if (connection_.snapshotDepth_ > 0) {
+    ++connection_.snapshotDepth_;
+    return;
+  }
+  // The one wait of the snapshot: reading the data version takes the read lock.
+  connection_.deadline_ = std::chrono::steady_clock::now() + kLockWait;
   connection_.statement(kBegin).reset().run();
+  connection_.snapshotDepth_ = 1;
   try {
     connection_.refreshCaches();
   } catch (...) {
+    connection_.snapshotDepth_ = 0;
     sqlite3_exec(connection_.db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     throw;
   }
-  connection_.inSnapshot_ = true;
 }
 
 void ReadConnection::refreshCaches() {
@@ -57,7 +70,7 @@ void ReadConnection::refreshCaches() {
 }
 
 ReadConnection::Snapshot::~Snapshot() {
-  connection_.inSnapshot_ = false;
+  if (--connection_.snapshotDepth_ > 0) return;
   // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
   try {
     connection_.statement(kCommit).reset().run();
@@ -67,14 +80,14 @@ ReadConnection::Snapshot::~Snapshot() {
 }
 
 bool ReadConnection::hasFile(const Text& name) {
-  if (inSnapshot_) {
+  if (snapshotDepth_ > 0) {
     const auto known = knownFiles_.find(name);
     if (known != knownFiles_.end()) return known->second;
   }
   statement(kFileExists).reset().bind(1, toUtf8(name));
   const bool found = statement(kFileExists).step();
   statement(kFileExists).reset();
-  if (inSnapshot_) knownFiles_.emplace(name, found);
+  if (snapshotDepth_ > 0) knownFiles_.emplace(name, found);
   return found;
 }
 
@@ -91,7 +104,7 @@ std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) 
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {
-  if (inSnapshot_) {
+  if (snapshotDepth_ > 0) {
     const auto known = knownItems_.find({file, name});
     if (known != knownItems_.end()) return known->second;
   }
@@ -103,7 +116,7 @@ std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, c
                           static_cast<int>(read.intColumn(1)), static_cast<int>(read.intColumn(2))};
   }
   read.reset();
-  if (inSnapshot_) knownItems_.emplace(std::make_pair(file, name), item);
+  if (snapshotDepth_ > 0) knownItems_.emplace(std::make_pair(file, name), item);
   return item;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -26,7 +27,13 @@ namespace store {
 
 class ReadConnection {
  public:
+  // How long the connection waits, in all, for a writer's lock: at the open, or at the
+  // start of an outermost snapshot for everything read inside it.
+  static constexpr std::chrono::milliseconds kLockWait{3000};
+
   explicit ReadConnection(const std::string& path);
+  ReadConnection(const ReadConnection&) = delete;
+  ReadConnection& operator=(const ReadConnection&) = delete;
 
   const std::string& path() const { return path_; }
   sqlite3* handle() const { return db_.get(); }
@@ -47,7 +54,8 @@ class ReadConnection {
 
   // Holds one read transaction over several statements, so that they see one state of
   // the file and take its lock once: each statement on its own would lock, check and
-  // unlock the file again.
+  // unlock the file again. The lock is taken at once, waiting at most kLockWait, and
+  // fails with errors::kBusy past it. A snapshot taken inside another shares it.
   class Snapshot {
    public:
     explicit Snapshot(ReadConnection& connection);
@@ -76,6 +84,8 @@ class ReadConnection {
   // Files and dictionary items change rarely: within a snapshot they are taken from
   // caches that are emptied whenever another connection has changed the file since.
   void refreshCaches();
+  // SQLite's busy handler: waits while the deadline of the current wait is ahead.
+  static int onBusy(void* self, int attempts);
   // Prepared at first use and kept: opening stays cheap, and the hot paths reuse them.
   Statement& statement(Kind kind);
 
@@ -83,7 +93,8 @@ class ReadConnection {
   Connection db_;
   std::array<std::optional<Statement>, kKinds> statements_;
   StoreStatistics statistics_;
-  bool inSnapshot_ = false;
+  int snapshotDepth_ = 0;
+  std::chrono::steady_clock::time_point deadline_;
   long long dataVersion_ = -1;
   std::map<Text, bool> knownFiles_;
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;

@@ -31,6 +31,17 @@ class SqliteFile final : public NorvikFile {
   Text name_;
 };
 
+// Keeps the connection alive as long as the read transaction it holds.
+class HeldSnapshot final : public NorvikDatabase::Snapshot {
+ public:
+  explicit HeldSnapshot(std::shared_ptr<store::ReadConnection> connection)
+      : connection_(std::move(connection)), snapshot_(*connection_) {}
+
+ private:
+  std::shared_ptr<store::ReadConnection> connection_;
+  store::ReadConnection::Snapshot snapshot_;
+};
+
 std::shared_ptr<store::ReadConnection> connect(const std::string& path) {
   std::error_code ec;
   if (!std::filesystem::is_regular_file(path, ec)) {
@@ -55,6 +66,10 @@ RecordRef SqliteDatabase::RunQuery(const Text& Requete, const Text& /*Options*/,
   auto answer = RecordRef::make(store::runRequest(*connection_, Requete));
   Nombre = answer->DCount();
   return answer;
+}
+
+std::unique_ptr<NorvikDatabase::Snapshot> SqliteDatabase::holdSnapshot() {
+  return std::make_unique<HeldSnapshot>(connection_);
 }
 
 DatabaseRef openDatabase(const std::string& path) {

@@ -17,6 +17,9 @@ class SqliteDatabase final : public NorvikDatabase {
 
   FileRef OpenFile(const Text& Nom) override;
   RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) override;
+  // One read transaction of this connection; fails with errors::kBusy when a writer keeps
+  // the lock past ReadConnection::kLockWait.
+  std::unique_ptr<Snapshot> holdSnapshot() override;
 
   const std::string& path() const { return connection_->path(); }
   // Counters of this connection, for tests and benchmarks.

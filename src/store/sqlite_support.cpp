@@ -8,6 +8,10 @@ namespace {
 
 [[noreturn]] void fail(sqlite3* db, const std::string& path, const std::string& doing) {
   const std::string cause = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
+  if (db != nullptr) {
+    const int code = sqlite3_errcode(db) & 0xFF;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw busyFailure(path);
+  }
   throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause);
 }
 
@@ -34,6 +38,13 @@ CREATE TABLE dictionary (
 constexpr long long kSchemaVersion = 1;
 
 }  // namespace
+
+Failure busyFailure(const std::string& path) {
+  return Failure(errors::kBusy, "La base " + path +
+                                    " est verrouillée par un autre programme qui y écrit. "
+                                    "Réessayez dans un instant ; si cela dure, fermez "
+                                    "l'import ou l'outil qui la modifie.");
+}
 
 Connection openConnection(const std::string& path, int flags) {
   sqlite3* raw = nullptr;
@@ -110,6 +121,7 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
   if (rc == SQLITE_OK) return;
   const std::string cause = message != nullptr ? message : sqlite3_errmsg(db);
   sqlite3_free(message);
+  if ((rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED) throw busyFailure(path);
   throw Failure(errors::kDatabase, "database " + path + ": " + cause);
 }
 

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/failure.h"
 #include "base/text.h"
 
 namespace velmora::store {
@@ -19,6 +20,9 @@ struct ConnectionCloser {
   void operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
 };
 using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
+
+// errors::kBusy: another connection held the lock past the wait, naming the path.
+Failure busyFailure(const std::string& path);
 
 // Opens the file with the given flags; fails with errors::kDatabase naming the path.
 Connection openConnection(const std::string& path, int flags);

@@ -161,6 +161,42 @@ TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
   EXPECT_EQ(run({"export", "--db", copy}).out, before.out);
 }
 
+// An export never harms a file it does not replace whole: not the database itself (also
+// through a link), not an existing file when the export fails, and it leaves no temporary.
+TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
+  account_.put("TACHE", "Vitres", {{"1"}});
+  const std::string store = slurp(db());
+  const fs::path link = dir() / "link.db";
+  fs::create_symlink(db(), link);
+  const fs::path kept = dir() / "kept.jsonl";
+  spit(kept, "precious\n");
+  const fs::path garbage = dir() / "garbage.db";
+  spit(garbage, std::string(3000, 'Z'));
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    const char* message;
+  };
+  for (const Case& c : std::vector<Case>{
+           {{"export", "--db", db(), db()}, 2, "is the database itself"},
+           {{"export", "--db", db(), link.string()}, 2, "is the database itself"},
+           {{"export", "--db", db(), dir().string()}, 2, "is a folder"},
+           {{"export", "--db", garbage.string(), kept.string()}, 1, "garbage.db"},
+       }) {
+    const auto outcome = run(c.args);
+    EXPECT_EQ(outcome.status, c.status) << c.args.back();
+    EXPECT_NE(outcome.err.find(c.message), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(slurp(db()), store);
+  EXPECT_EQ(slurp(kept), "precious\n");
+  EXPECT_EQ(run({"get", "--db", link.string(), "TACHE", "Vitres"}).out, "1\n");
+  ASSERT_EQ(run({"export", "--db", db(), kept.string()}).status, 0);
+  EXPECT_NE(slurp(kept).find("Vitres"), std::string::npos);
+  for (const auto& entry : fs::directory_iterator(dir())) {
+    EXPECT_NE(entry.path().filename().string().front(), '.') << entry.path();
+  }
+}
+
 TEST_F(Cli, ImportOfABadFileCreatesNoDatabase) {
   const fs::path bad = dir() / "bad.jsonl";
   spit(bad, "{\"file\":\"T\",\"key\":\"a\",\"record\":[1]}\n");

@@ -259,6 +259,37 @@ TEST(Store, TheControlsConnectionCannotWrite) {
   EXPECT_EQ(db->OpenFile(u"TACHE")->ReadRecord(u"a")->r(1), u"1");
 }
 
+// A held snapshot keeps one read lock until the outermost hold goes: holds and queries
+// inside share it, and a writer cannot commit under it.
+TEST(Store, AHeldSnapshotKeepsOneReadLockUntilTheOutermostHoldGoes) {
+  TempAccount account;
+  account.put("TACHE", "Repassage", {{"avant"}});
+  const auto db = account.open();
+  const auto tache = db->OpenFile(u"TACHE");
+  sqlite3* writer = nullptr;
+  ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
+  const auto tryWrite = [&] {
+    const int rc =
+        sqlite3_exec(writer, "BEGIN; DELETE FROM records; COMMIT", nullptr, nullptr, nullptr);
+    if (rc != SQLITE_OK) sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
+    return rc;
+  };
+  {
+    const auto outer = db->holdSnapshot();
+    {
+      const auto inner = db->holdSnapshot();
+      long hits = 0;
+      db->RunQuery(u"SSELECT TACHE\xF8FETACHE", u"", hits);
+      EXPECT_EQ(hits, 1);
+    }
+    EXPECT_EQ(tryWrite(), SQLITE_BUSY);
+    EXPECT_EQ(tache->ReadRecord(u"Repassage")->r(1), u"avant");
+  }
+  EXPECT_EQ(tryWrite(), SQLITE_OK);
+  EXPECT_EQ(failureOf([&] { tache->ReadRecord(u"Repassage"); }), errors::kRecordNotFound);
+  sqlite3_close(writer);
+}
+
 TEST(Store, ReadsCountAsDecodedRecords) {
   TempAccount account;
   account.put("TACHE", "a", {{"1"}});

@@ -1,11 +1,17 @@
 // Whole Init journeys on small accounts made for each form of Code. Only what Init
 // itself guarantees is asserted here; what the searches and the consultation fill in
 // the lists is theirs to test.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <chrono>
 
 #include "control/ctr_velmora_new.h"
+#include "store/read_connection.h"
 #include "store/sqlite_database.h"
 #include "support/account.h"
+#include "support/failure_number.h"
 
 namespace velmora {
 namespace {
@@ -356,6 +362,53 @@ TEST_F(Init, WithoutADatabaseStillSetsCaptionsAndButtons) {
   EXPECT_EQ(in.W_Jour(), u"0001000");
   EXPECT_TRUE(Variable::F_DetailsInterv.empty());
   EXPECT_TRUE(Variable::R_DetailsInterv.empty());
+}
+
+// A writer holding the store's lock while the planner works. A gesture that reads fails
+// through the failure handler and leaves the lists as they were; Init fails with its
+// number after one bounded wait, not one per statement, and leaves no list that could be
+// taken for a complete proposal. Once the writer is done, the control reads again.
+TEST_F(Init, AWriterHoldingTheLockFailsClearlyAndLeavesNoPartialProposal) {
+  account.put("SSIADREGROUPSOINS", "01", {{"Hygiène"}});
+  account.put("SSIADTYPESOINS", "0101", {{"Toilette"}});
+  account.put("SSIADSOINS", "010101", {{"Toilette complète"}, {""}, {""}, {"30"}});
+  InitArguments a = args("SSIAD", "00001");
+  c.Init(a);
+  c.Remplir_Soins();
+  ASSERT_EQ(c.Lst_Possible.ListCount(), 1);
+
+  sqlite3* writer = nullptr;
+  ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+
+  std::vector<long> shown;
+  c.setFailureHandler([&](const Failure& f) { shown.push_back(f.number()); });
+  c.Cac_TouteTache.toggle();
+  EXPECT_EQ(shown, std::vector<long>{errors::kBusy});
+  EXPECT_EQ(c.Lst_Possible.ListCount(), 1);
+
+  const auto start = std::chrono::steady_clock::now();
+  std::string message;
+  const long number = testing::failureNumber([&] {
+    try {
+      c.Init(a);
+    } catch (const Failure& f) {
+      message = f.what();
+      throw;
+    }
+  });
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 3 * store::ReadConnection::kLockWait);
+  EXPECT_EQ(number, errors::kBusy);
+  EXPECT_THAT(message, ::testing::HasSubstr("verrouillée par un autre programme"));
+  EXPECT_EQ(c.Lst_Possible.ListCount(), 0);
+  EXPECT_EQ(c.Lst_CodePos.ListCount(), 0);
+  EXPECT_EQ(c.Txt_Duree.getText(), u"");
+
+  sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_close(writer);
+  c.Init(a);
+  c.Remplir_Soins();
+  EXPECT_EQ(c.Lst_Possible.ListCount(), 1);
 }
 
 }  // namespace

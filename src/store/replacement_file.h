@@ -1,0 +1,30 @@
+// A file written aside and put in place whole: the new content goes to a temporary file
+// of a unique name beside the target, which is renamed over the target on commit. Until
+// then the target stays as it was, and a temporary left uncommitted is removed.
+#pragma once
+
+#include <filesystem>
+
+namespace velmora::store {
+
+class ReplacementFile {
+ public:
+  // Creates the temporary beside target; fails with errors::kDatabase naming the folder
+  // when it cannot.
+  explicit ReplacementFile(const std::filesystem::path& target);
+  ~ReplacementFile();
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+  const std::filesystem::path& path() const { return temporary_; }
+  const std::filesystem::path& target() const { return target_; }
+  // Renames the temporary over the target; fails with errors::kDatabase naming both.
+  void commit();
+
+ private:
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;
+  bool committed_ = false;
+};
+
+}  // namespace velmora::store
