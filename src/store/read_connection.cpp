@@ -71,6 +71,7 @@ void ReadConnection::refreshCaches() {
 
 ReadConnection::Snapshot::~Snapshot() {
   if (--connection_.snapshotDepth_ > 0) return;
+  connection_.readInSnapshot_.clear();
   // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
   try {
     connection_.statement(kCommit).reset().run();
@@ -101,6 +102,23 @@ std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) 
   statement(kReadRecord).reset();
   ++statistics_.decodedRecords;
   return body;
+}
+
+std::optional<NorvikRecord> ReadConnection::readRecord(const Text& file, const Text& key) {
+  if (snapshotDepth_ == 0) {
+    auto body = readBody(file, key);
+    if (!body) return std::nullopt;
+    return NorvikRecord(*body);
+  }
+  Text name = file;
+  name += kAttributeMark;
+  name += key;
+  const auto known = readInSnapshot_.find(name);
+  if (known != readInSnapshot_.end()) return known->second;
+  auto body = readBody(file, key);
+  std::optional<NorvikRecord> record;
+  if (body) record.emplace(*body);
+  return readInSnapshot_.emplace(std::move(name), std::move(record)).first->second;
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {

@@ -10,8 +10,10 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
+#include "store/record.h"
 #include "store/sqlite_support.h"
 #include "store/writer.h"
 
@@ -41,6 +43,10 @@ class ReadConnection {
   bool hasFile(const Text& name);
   // The text form of the record, nothing when the key has none.
   std::optional<Text> readBody(const Text& file, const Text& key);
+  // The record stored under the key, nothing when the key has none. Inside a snapshot a
+  // key read once is answered again from memory, since the snapshot sees one state of the
+  // file: a procedure that reads the same records many times reads each from the file once.
+  std::optional<NorvikRecord> readRecord(const Text& file, const Text& key);
   std::optional<DictionaryItem> dictionaryItem(const Text& file, const Text& name);
 
   // Visits the records of a file whose key bytes lie in [lower, upper) in key order
@@ -98,6 +104,8 @@ class ReadConnection {
   long long dataVersion_ = -1;
   std::map<Text, bool> knownFiles_;
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
+  // The records read in the current snapshot, by file and key; emptied when it ends.
+  std::unordered_map<Text, std::optional<NorvikRecord>> readInSnapshot_;
 };
 
 }  // namespace store
