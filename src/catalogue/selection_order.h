@@ -11,23 +11,26 @@
 
 #include <algorithm>
 #include <functional>
-#include <numeric>
+#include <utility>
 #include <vector>
 
 namespace velmora::catalogue {
 
-// The rank of each of n keys among the distinct keys, 0 for the least; less(a, b) tells
-// whether key a is strictly less than key b. Equal keys get equal ranks.
-template <typename Less>
-std::vector<int> denseRanks(int n, Less less) {
-  std::vector<int> order(static_cast<std::size_t>(n));
-  std::iota(order.begin(), order.end(), 0);
-  std::sort(order.begin(), order.end(), less);
-  std::vector<int> ranks(static_cast<std::size_t>(n));
+// The rank of each key among the distinct keys, 0 for the least; less(a, b) tells whether
+// key a is strictly less than key b. Equal keys get equal ranks. The keys are sorted
+// together with their positions, so that a comparison reads them in place.
+template <typename Key, typename Less>
+std::vector<int> denseRanks(const std::vector<Key>& keys, Less less) {
+  std::vector<std::pair<Key, int>> order;
+  order.reserve(keys.size());
+  for (std::size_t i = 0; i < keys.size(); ++i) order.emplace_back(keys[i], static_cast<int>(i));
+  std::sort(order.begin(), order.end(),
+            [&](const auto& a, const auto& b) { return less(a.first, b.first); });
+  std::vector<int> ranks(keys.size());
   int rank = 0;
   for (std::size_t p = 0; p < order.size(); ++p) {
-    if (p > 0 && less(order[p - 1], order[p])) ++rank;
-    ranks[static_cast<std::size_t>(order[p])] = rank;
+    if (p > 0 && less(order[p - 1].first, order[p].first)) ++rank;
+    ranks[static_cast<std::size_t>(order[p].second)] = rank;
   }
   return ranks;
 }

@@ -110,15 +110,13 @@ std::optional<NorvikRecord> ReadConnection::readRecord(const Text& file, const T
     if (!body) return std::nullopt;
     return NorvikRecord(*body);
   }
-  Text name = file;
-  name += kAttributeMark;
-  name += key;
-  const auto known = readInSnapshot_.find(name);
-  if (known != readInSnapshot_.end()) return known->second;
+  auto& read = readInSnapshot_[file];
+  const auto known = read.find(TextView(key));
+  if (known != read.end()) return known->second;
   auto body = readBody(file, key);
   std::optional<NorvikRecord> record;
   if (body) record.emplace(*body);
-  return readInSnapshot_.emplace(std::move(name), std::move(record)).first->second;
+  return read.emplace(key, std::move(record)).first->second;
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {

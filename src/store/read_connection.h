@@ -10,9 +10,9 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
+#include "base/text_map.h"
 #include "store/record.h"
 #include "store/sqlite_support.h"
 #include "store/writer.h"
@@ -105,7 +105,7 @@ class ReadConnection {
   std::map<Text, bool> knownFiles_;
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
   // The records read in the current snapshot, by file and key; emptied when it ends.
-  std::unordered_map<Text, std::optional<NorvikRecord>> readInSnapshot_;
+  TextMap<TextMap<std::optional<NorvikRecord>>> readInSnapshot_;
 };
 
 }  // namespace store
