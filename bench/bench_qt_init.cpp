@@ -1,6 +1,7 @@
 // Init with the whole care-act catalogue of the large account while the control is on
 // screen (offscreen), beside the same Init with no screen. The timing of the shown one
-// runs until the lists have caught up, which is what the planner waits for.
+// runs until the lists have caught up and the window is painted, which is what the
+// planner waits for.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -48,7 +49,9 @@ void InitCareCatalogueShown(benchmark::State& state) {
   for (auto _ : state) {
     init(control);
     QCoreApplication::processEvents();  // the lists refresh here, once each
-    benchmark::DoNotOptimize(widget.listView(control.Lst_Possible)->listModel().rowCount());
+    // The offscreen platform does not paint on its own: render the window, which paints
+    // the visible rows of every list, as a screen would after the refresh.
+    benchmark::DoNotOptimize(widget.grab());
   }
   state.counters["rows"] = widget.listView(control.Lst_Possible)->listModel().rowCount();
   if (state.counters["rows"] != control.Lst_Possible.ListCount()) {
@@ -68,7 +71,7 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   largeAccountDatabase();  // builds the large account before any timing
   const int status = runWithSummary(
-      argc, argv, {RatioGoal{"InitCareCatalogueShown", "InitCareCatalogueHeadless", 1.3}}, {});
+      argc, argv, {RatioGoal{"InitCareCatalogueShown", "InitCareCatalogueHeadless", 1.1}}, {});
   velmora::Variable::resetAll();
   return status;
 }

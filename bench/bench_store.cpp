@@ -83,19 +83,25 @@ BENCHMARK(SqlReadRecordLoop)->Unit(benchmark::kMillisecond);
 // The fixed-template query of the search, for a care client in the middle of the file.
 const Text kClient = u"05000";
 
+Text clientTemplateRequest() {
+  return request(u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = \"" + kClient +
+                     u"\" AND AVEC DateDebSemType <= \"" + kLastDay + u"\" AND AVEC 1 >= \"" +
+                     kFirstDay + u"\" OR = \"\" AND AVEC 4 <> \"\" AND AVEC TypeActSemType = \"S\"",
+                 u"TPSSEMAINETYPE", u"0");
+}
+
 void StoreClientTemplateQuery(benchmark::State& state) {
-  const Text text =
-      request(u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = \"" + kClient +
-                  u"\" AND AVEC DateDebSemType <= \"" + kLastDay + u"\" AND AVEC 1 >= \"" +
-                  kFirstDay + u"\" OR = \"\" AND AVEC 4 <> \"\" AND AVEC TypeActSemType = \"S\"",
-              u"TPSSEMAINETYPE", u"0");
+  const Text text = clientTemplateRequest();
   long count = 0;
   int rows = 0;
   const StoreStatistics before = statistics(account().database);
-  for (auto _ : state) {
-    const RecordRef answer = account().database->RunQuery(text, u"", count);
-    rows = answer->DCount();
-    benchmark::DoNotOptimize(answer);
+  {
+    const UserCpu user(state);
+    for (auto _ : state) {
+      const RecordRef answer = account().database->RunQuery(text, u"", count);
+      rows = answer->DCount();
+      benchmark::DoNotOptimize(answer);
+    }
   }
   const StoreStatistics after = statistics(account().database);
   state.counters["rows"] = rows;
@@ -106,7 +112,15 @@ void StoreClientTemplateQuery(benchmark::State& state) {
 BENCHMARK(StoreClientTemplateQuery)->Unit(benchmark::kMicrosecond);
 
 void SqlClientTemplateQuery(benchmark::State& state) {
+  long count = 0;
+  const RecordRef store = account().database->RunQuery(clientTemplateRequest(), u"", count);
+  if (account().floor.clientTemplates(u"TPSSEMAINETYPE", kClient, kFirstDay, kLastDay, true).r() !=
+      store->r()) {
+    state.SkipWithError("the lookup's answer differs from the store's");
+    return;
+  }
   int rows = 0;
+  const UserCpu user(state);
   for (auto _ : state) {
     const NorvikRecord answer =
         account().floor.clientTemplates(u"TPSSEMAINETYPE", kClient, kFirstDay, kLastDay, true);
@@ -146,7 +160,8 @@ int main(int argc, char** argv) {
       argc, argv,
       {RatioGoal{"StoreCatalogueQuery", "SqlCatalogueQuery", 2.0},
        RatioGoal{"StoreReadRecordLoop", "SqlReadRecordLoop", 2.0},
-       RatioGoal{"StoreClientTemplateQuery", "SqlClientTemplateQuery", 2.0},
+       // Both are mostly the lock calls of one read transaction: user time shows the rest.
+       RatioGoal{"StoreClientTemplateQuery", "SqlClientTemplateQuery", 1.5, true},
        RatioGoal{"StoreOpenDatabase", "SqlOpenDatabase", 2.0}},
-      {TimeGoal{"StoreClientTemplateQuery", 1e-3}});
+      {TimeGoal{"StoreClientTemplateQuery", 0.2e-3}});
 }

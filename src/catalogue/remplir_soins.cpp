@@ -35,10 +35,11 @@ void Ctr_VelmoraNew::Remplir_Soins() {
     resumeNext([&] { R_TypeSoins = F_TypeSoins->ReadRecord(left(code, 4)); });
     if (Err.Number == errors::kRecordNotFound) continue;
     Text row;
-    resumeNext([&] { row += rows::textColumn(R_RegroupSoins->r(1)); });
-    resumeNext([&] { row += rows::textColumn(R_TypeSoins->r(1)); });
-    row += rows::textColumn(answer->r(i, 2));
-    resumeNext([&] { row += rows::proposalDuration(answer->r(i, 3)); });
+    row.reserve(85);
+    resumeNext([&] { rows::appendTextColumn(row, R_RegroupSoins->r(1)); });
+    resumeNext([&] { rows::appendTextColumn(row, R_TypeSoins->r(1)); });
+    rows::appendTextColumn(row, answer->r(i, 2));
+    resumeNext([&] { rows::appendProposalDuration(row, answer->r(i, 3)); });
     resumeNext([&] { Lst_Possible.AddItem(row); });
     resumeNext([&] { Lst_CodePos.AddItem(code); });
   }

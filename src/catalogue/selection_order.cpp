@@ -1,21 +1,22 @@
 #include "catalogue/selection_order.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace velmora::catalogue {
 
 namespace {
 
 // A tournament tree over positions: each inner node holds the winning position of its
-// two children, the winner being the lesser key and, among equal keys, the earlier
+// two children, the winner being the lesser rank and, among equal ranks, the earlier
 // position, which is the row the scan of the selection sort would stop on. Positions
 // already placed drop out of the tournament.
 class Tournament {
  public:
-  explicit Tournament(const std::vector<Text>& keys) : keys_(keys) {
-    while (leaves_ < keys.size()) leaves_ *= 2;
+  explicit Tournament(const std::vector<int>& ranks) : ranks_(ranks) {
+    while (leaves_ < ranks.size()) leaves_ *= 2;
     node_.assign(2 * leaves_, kNone);
-    for (std::size_t p = 0; p < keys.size(); ++p) node_[leaves_ + p] = static_cast<int>(p);
+    for (std::size_t p = 0; p < ranks.size(); ++p) node_[leaves_ + p] = static_cast<int>(p);
     for (std::size_t v = leaves_ - 1; v >= 1; --v)
       node_[v] = winner(node_[2 * v], node_[2 * v + 1]);
   }
@@ -36,28 +37,28 @@ class Tournament {
     if (a == kNone) return b;
     if (b == kNone) return a;
     // Strictly less wins; a tie goes to the earlier position.
-    const int cmp = keys_[b].compare(keys_[a]);
-    if (cmp < 0) return b;
-    if (cmp > 0) return a;
+    const int ra = ranks_[static_cast<std::size_t>(a)];
+    const int rb = ranks_[static_cast<std::size_t>(b)];
+    if (rb != ra) return rb < ra ? b : a;
     return a < b ? a : b;
   }
 
-  const std::vector<Text>& keys_;
+  const std::vector<int>& ranks_;
   std::size_t leaves_ = 1;
   std::vector<int> node_;
 };
 
 }  // namespace
 
-void selectionSortExchanges(std::vector<Text> keys,
+void selectionSortExchanges(std::vector<int> ranks,
                             const std::function<void(int m, int i)>& exchange) {
-  const int n = static_cast<int>(keys.size());
+  const int n = static_cast<int>(ranks.size());
   if (n < 2) return;
-  Tournament tournament(keys);
+  Tournament tournament(ranks);
   for (int i = 0; i < n; ++i) {
     const int m = tournament.champion();
     if (m != i) {
-      keys[static_cast<std::size_t>(m)].swap(keys[static_cast<std::size_t>(i)]);
+      std::swap(ranks[static_cast<std::size_t>(m)], ranks[static_cast<std::size_t>(i)]);
       exchange(m, i);
       tournament.replay(m, true);
     }

@@ -86,8 +86,12 @@ void Ctr_VelmoraNew::Cac_TouteTache_Click() {
       const auto known = knownDurations();
       for (const auto& at : search::taskCatalogueWalk(T, G, K)) {
         const Text& code = K.r(at.task, 1);
-        const Text row = rows::textColumn(T.r(at.type, 1)) + rows::textColumn(G.r(at.group, 1)) +
-                         rows::textColumn(code) + rows::proposalDuration(K.r(at.task, 4));
+        Text row;
+        row.reserve(85);
+        rows::appendTextColumn(row, T.r(at.type, 1));
+        rows::appendTextColumn(row, G.r(at.group, 1));
+        rows::appendTextColumn(row, code);
+        rows::appendProposalDuration(row, K.r(at.task, 4));
         Lst_Possible.AddItem(row);
         Lst_CodePos.AddItem(code);
         applyOverride(Lst_Possible, known, code);

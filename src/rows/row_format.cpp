@@ -1,5 +1,6 @@
 #include "rows/row_format.h"
 
+#include <algorithm>
 #include <string>
 
 #include <velmora/base/failure.h>
@@ -8,12 +9,16 @@ namespace velmora::rows {
 
 namespace {
 
-Text alignedRight(TextView d, int width) {
+void checkWidth(TextView d, int width) {
   if (static_cast<int>(d.size()) > width) {
     throw Failure(errors::kInvalidCall, "appel non valide : la durée « " + toUtf8(d) +
                                             " » dépasse ses " + std::to_string(width) +
                                             " caractères");
   }
+}
+
+Text alignedRight(TextView d, int width) {
+  checkWidth(d, width);
   return padLeft(d, width);
 }
 
@@ -23,8 +28,20 @@ Text textColumn(TextView v) {
   return padRight(left(v, kColumnWidth), kColumnWidth + 1);
 }
 
+void appendTextColumn(Text& row, TextView v) {
+  const std::size_t n = std::min<std::size_t>(v.size(), kColumnWidth);
+  row.append(v.substr(0, n));
+  row.append(kColumnWidth + 1 - n, u' ');
+}
+
 Text proposalDuration(TextView d) {
   return alignedRight(d, 7);
+}
+
+void appendProposalDuration(Text& row, TextView d) {
+  checkWidth(d, 7);
+  row.append(7 - d.size(), u' ');
+  row.append(d);
 }
 
 Text selectionMarkerAndDuration(bool hasObservation, TextView d) {

@@ -16,9 +16,13 @@ inline constexpr int kColumnWidth = 25;
 
 // The first 25 code units of v, then blanks up to 26.
 Text textColumn(TextView v);
+// The same, appended to a row: rows are built in one buffer, without a text per column.
+void appendTextColumn(Text& row, TextView v);
 // 7 minus the length of d blanks, then d. A d longer than 7 cannot be aligned and
 // fails with the invalid-call error, as the platform's Space() of a negative count.
 Text proposalDuration(TextView d);
+// The same, appended to a row; a d that does not fit fails and leaves the row as it was.
+void appendProposalDuration(Text& row, TextView d);
 // "X" when there is an observation, else a blank; then d right-aligned in 6.
 // A d longer than 6 fails as above.
 Text selectionMarkerAndDuration(bool hasObservation, TextView d);

@@ -33,14 +33,14 @@ bool readItemRecords(bool autre, const Text& code) {
 
 void appendColumns(Text& row, bool autre, const Text& code) {
   if (autre) {
-    resumeNext([&] { row += rows::textColumn(R_GroupeTache->r(2)); });
-    resumeNext([&] { row += rows::textColumn(R_Tache->r(2)); });
-    resumeNext([&] { row += rows::textColumn(code); });
+    resumeNext([&] { rows::appendTextColumn(row, R_GroupeTache->r(2)); });
+    resumeNext([&] { rows::appendTextColumn(row, R_Tache->r(2)); });
+    resumeNext([&] { rows::appendTextColumn(row, code); });
     return;
   }
-  resumeNext([&] { row += rows::textColumn(R_RegroupSoins->r(1)); });
-  resumeNext([&] { row += rows::textColumn(R_TypeSoins->r(1)); });
-  resumeNext([&] { row += rows::textColumn(R_Soins->r(1)); });
+  resumeNext([&] { rows::appendTextColumn(row, R_RegroupSoins->r(1)); });
+  resumeNext([&] { rows::appendTextColumn(row, R_TypeSoins->r(1)); });
+  resumeNext([&] { rows::appendTextColumn(row, R_Soins->r(1)); });
 }
 
 void appendDuration(Text& row, TextView duration, int width) {

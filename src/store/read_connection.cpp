@@ -104,6 +104,7 @@ void ReadConnection::refreshCaches() {
 
 ReadConnection::Snapshot::~Snapshot() {
   if (--connection_.snapshotDepth_ > 0) return;
+  connection_.readInSnapshot_.clear();
   // Ending a read transaction cannot lose anything; a failure here has nothing to undo.
   try {
     connection_.statement(kCommit).reset().run();
@@ -134,6 +135,21 @@ std::optional<Text> ReadConnection::readBody(const Text& file, const Text& key) 
   statement(kReadRecord).reset();
   ++statistics_.decodedRecords;
   return body;
+}
+
+std::optional<NorvikRecord> ReadConnection::readRecord(const Text& file, const Text& key) {
+  if (snapshotDepth_ == 0) {
+    auto body = readBody(file, key);
+    if (!body) return std::nullopt;
+    return NorvikRecord(*body);
+  }
+  auto& read = readInSnapshot_[file];
+  const auto known = read.find(TextView(key));
+  if (known != read.end()) return known->second;
+  auto body = readBody(file, key);
+  std::optional<NorvikRecord> record;
+  if (body) record.emplace(*body);
+  return read.emplace(key, std::move(record)).first->second;
 }
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {

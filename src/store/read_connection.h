@@ -12,8 +12,10 @@
 #include <string>
 #include <utility>
 
+#include <velmora/store/record.h>
 #include <velmora/store/sqlite_database.h>  // StoreStatistics
 #include <velmora/store/writer.h>
+#include "base/text_map.h"
 #include "store/sqlite_support.h"
 
 namespace velmora::store {
@@ -34,6 +36,10 @@ class ReadConnection {
   bool hasFile(const Text& name);
   // The text form of the record, nothing when the key has none.
   std::optional<Text> readBody(const Text& file, const Text& key);
+  // The record stored under the key, nothing when the key has none. Inside a snapshot a
+  // key read once is answered again from memory, since the snapshot sees one state of the
+  // file: a procedure that reads the same records many times reads each from the file once.
+  std::optional<NorvikRecord> readRecord(const Text& file, const Text& key);
   std::optional<DictionaryItem> dictionaryItem(const Text& file, const Text& name);
 
   // Visits the records of a file whose key bytes lie in [lower, upper) in key order
@@ -94,6 +100,8 @@ class ReadConnection {
   long long dataVersion_ = -1;
   std::map<Text, bool> knownFiles_;
   std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
+  // The records read in the current snapshot, by file and key; emptied when it ends.
+  TextMap<TextMap<std::optional<NorvikRecord>>> readInSnapshot_;
 };
 
 }  // namespace velmora::store

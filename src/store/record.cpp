@@ -1,5 +1,6 @@
 #include <velmora/store/record.h>
 
+#include <algorithm>
 #include <string>
 
 #include <velmora/base/failure.h>
@@ -138,6 +139,13 @@ int NorvikRecord::DCount(int attribute) const {
   if (attribute < 1 || static_cast<std::size_t>(attribute) > attributes_.size()) return 0;
   const auto& values = attributes_[attribute - 1];
   return isEmptyAttribute(values) ? 0 : static_cast<int>(values.size());
+}
+
+void NorvikRecord::swapAttributes(int a, int b) {
+  checkNumber(a, "attribute");
+  checkNumber(b, "attribute");
+  ensureAttribute(std::max(a, b));
+  attributes_[static_cast<std::size_t>(a - 1)].swap(attributes_[static_cast<std::size_t>(b - 1)]);
 }
 
 void NorvikRecord::Delete(int attribute) {

@@ -16,12 +16,12 @@ class SqliteFile final : public NorvikFile {
       : connection_(std::move(connection)), name_(std::move(name)) {}
 
   RecordRef ReadRecord(const Text& Cle) override {
-    auto body = connection_->readBody(name_, Cle);
-    if (!body) {
+    auto record = connection_->readRecord(name_, Cle);
+    if (!record) {
       throw Failure(errors::kRecordNotFound,
                     "record not found: " + toUtf8(name_) + " has no key \"" + toUtf8(Cle) + "\"");
     }
-    return RecordRef::make(*body);
+    return RecordRef::make(std::move(*record));
   }
 
   const Text& name() const override { return name_; }

@@ -238,6 +238,14 @@ TEST_F(QueryWords, NoLiteralValueChangesTheShapeOfTheQuery) {
             "requête : à la position 24 : la valeur n'a pas d'apostrophe fermante");
 }
 
+// Queries of one shape (the same text but for values of the same length) share a parse:
+// each must still be read with its own values and brackets.
+TEST_F(QueryWords, QueriesDifferingOnlyInTheirValuesAnswerEachForItsOwn) {
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = \"B1\" OR = \"A2\""), (Keys{"A2", "B1"}));
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = \"B]\" OR = \"[1\""), (Keys{"A1", "B1", "B2"}));
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = \"A1\" OR = \"C]\""), (Keys{"A1", "C"}));
+}
+
 TEST_F(QueryWords, AnyValueOfAMultiValuedAttributeMeetsACondition) {
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 2 = \"G3\""), (Keys{"B2", "Ménage"}));
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 2 = \"G2\""), (Keys{"B1", "B2"}));

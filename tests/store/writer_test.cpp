@@ -351,6 +351,18 @@ TEST(Store, ReadsCountAsDecodedRecords) {
   const auto file = db->OpenFile(u"TACHE");
   for (int i = 0; i < 3; ++i) file->ReadRecord(u"a");
   EXPECT_EQ(statistics(db).decodedRecords, 3u);
+  // Inside one snapshot a record, or its absence, is read from the file once; each read
+  // still gives a record of its own.
+  {
+    const auto held = db->holdSnapshot();
+    for (int i = 0; i < 3; ++i) {
+      const RecordRef record = file->ReadRecord(u"a");
+      EXPECT_EQ(record->r(1), u"1");
+      record->set(1, u"changed by the reader");
+      EXPECT_EQ(failureOf([&] { file->ReadRecord(u"absent"); }), errors::kRecordNotFound);
+    }
+  }
+  EXPECT_EQ(statistics(db).decodedRecords, 4u);
 }
 
 }  // namespace

@@ -40,6 +40,9 @@ class VELMORA_EXPORT NorvikRecord {
   int DCount() const;
   // Number of values of attribute i: 0 when it is empty or absent.
   int DCount(int attribute) const;
+  // Exchanges attributes a and b, extending the record with empty attributes up to both
+  // first: the same as writing each with the other's text through a temporary.
+  void swapAttributes(int a, int b);
   // Removes attribute i; those behind it move up by one. Nothing when absent.
   void Delete(int attribute);
 

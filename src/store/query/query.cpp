@@ -4,6 +4,7 @@
 #include <deque>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 #include <velmora/base/failure.h>
 #include "store/query/order.h"
@@ -193,9 +194,22 @@ void decodeAttributes(std::span<const std::uint8_t> body, const std::vector<int>
     auto& values = row.attributes[slot];
     if (unit == kValueMark) {
       values.emplace_back();
-    } else {
-      values.back().push_back(unit);
+      continue;
     }
+    // The whole run of characters up to the next mark, in one append.
+    std::size_t end = i + 2;
+    while (end + 1 < body.size()) {
+      const auto next = static_cast<char16_t>((body[end] << 8) | body[end + 1]);
+      if (next == kAttributeMark || next == kValueMark) break;
+      end += 2;
+    }
+    Text& value = values.back();
+    const std::size_t at = value.size();
+    value.resize(at + (end - i) / 2);
+    for (std::size_t k = i; k < end; k += 2) {
+      value[at + (k - i) / 2] = static_cast<char16_t>((body[k] << 8) | body[k + 1]);
+    }
+    i = end - 2;
   }
 }
 
@@ -204,8 +218,13 @@ const std::vector<Text>& valuesOf(const Plan& plan, const Row& row, int attribut
   return row.attributes[static_cast<std::size_t>(at - plan.attributes.begin())];
 }
 
-Text keyPart(const Text& key, const Field& field) {
-  return mid(key, field.start, field.length);
+// The characters of the key that a key-part field names, as mid() would give them.
+TextView keyPartView(TextView key, const Field& field) {
+  if (field.start < 1 || field.length <= 0 || static_cast<std::size_t>(field.start) > key.size()) {
+    return {};
+  }
+  return key.substr(static_cast<std::size_t>(field.start - 1),
+                    static_cast<std::size_t>(field.length));
 }
 
 bool startsWith(TextView text, TextView prefix) {
@@ -260,8 +279,10 @@ bool meets(const std::vector<Text>& values, const std::vector<Comparison>& alter
 
 bool meetsKeyConditions(const Plan& plan, const Text& key) {
   return std::all_of(plan.keyConditions.begin(), plan.keyConditions.end(), [&](const auto& c) {
-    const Text subject = c.field.kind == Field::Kind::Key ? key : keyPart(key, c.field);
-    return meets({subject}, c.alternatives);
+    const TextView subject =
+        c.field.kind == Field::Kind::Key ? TextView(key) : keyPartView(key, c.field);
+    return std::any_of(c.alternatives.begin(), c.alternatives.end(),
+                       [&](const Comparison& comparison) { return holds(subject, comparison); });
   });
 }
 
@@ -287,7 +308,7 @@ TextView sortText(const Plan& plan, const Row& row, const Field& field, std::deq
     case Field::Kind::Key:
       return row.key;
     case Field::Kind::KeyPart:
-      return made.emplace_back(keyPart(row.key, field));
+      return keyPartView(row.key, field);
     case Field::Kind::Attribute: {
       const auto& values = valuesOf(plan, row, field.attribute);
       if (values.size() == 1) return values.front();
@@ -359,13 +380,110 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
   return answer;
 }
 
+// A query's shape: its text with each value in double quotes replaced by its length, and
+// the values in order. Queries that differ only in their values (a client code, a date)
+// share a shape, and so a parse. The length stays in the shape so that the positions in
+// the parse, which messages name, are the same for every query of the shape.
+struct Shape {
+  Text text;
+  std::vector<Text> values;
+};
+
+std::optional<Shape> shapeOf(TextView query) {
+  Shape shape;
+  shape.text.reserve(query.size());
+  std::size_t i = 0;
+  while (i < query.size()) {
+    if (query[i] != u'"') {
+      shape.text.push_back(query[i++]);
+      continue;
+    }
+    const auto close = query.find(u'"', i + 1);
+    if (close == TextView::npos) return std::nullopt;  // malformed: the parser says why
+    shape.values.emplace_back(query.substr(i + 1, close - i - 1));
+    shape.text += u'"';
+    shape.text += numberText(static_cast<long long>(close - i - 1));
+    shape.text += u'"';
+    i = close + 1;
+  }
+  return shape;
+}
+
+// How a quoted value compares, as the parser reads it: "X]" by its leading characters,
+// "[X" by its trailing ones, else whole.
+Comparison withValue(Operator op, const Text& value) {
+  if (!value.empty() && value.back() == u']') {
+    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
+  }
+  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
+  return {op, Anchor::Whole, value};
+}
+
+// Puts values into the comparisons of syntax, in the order they were written; false when
+// the syntax does not have one comparison per value.
+bool putValues(QuerySyntax& syntax, const std::vector<Text>& values) {
+  std::size_t k = 0;
+  for (auto& condition : syntax.conditions) {
+    for (auto& comparison : condition.alternatives) {
+      if (k == values.size()) return false;
+      comparison = withValue(comparison.op, values[k++]);
+    }
+  }
+  return k == values.size();
+}
+
+bool sameSyntax(const QuerySyntax& a, const QuerySyntax& b) {
+  const auto sameField = [](const FieldName& x, const FieldName& y) {
+    return x.spelling == y.spelling && x.position == y.position;
+  };
+  const auto sameComparison = [](const Comparison& x, const Comparison& y) {
+    return x.op == y.op && x.anchor == y.anchor && x.value == y.value;
+  };
+  return a.verb == b.verb && a.file == b.file &&
+         std::equal(
+             a.conditions.begin(), a.conditions.end(), b.conditions.begin(), b.conditions.end(),
+             [&](const Condition& x, const Condition& y) {
+               return sameField(x.field, y.field) &&
+                      std::equal(x.alternatives.begin(), x.alternatives.end(),
+                                 y.alternatives.begin(), y.alternatives.end(), sameComparison);
+             }) &&
+         std::equal(a.sorts.begin(), a.sorts.end(), b.sorts.begin(), b.sorts.end(),
+                    [&](const SortKey& x, const SortKey& y) {
+                      return sameField(x.field, y.field) && x.descending == y.descending;
+                    });
+}
+
+// The parse of a query, taken from the parse of an earlier query of the same shape with
+// this query's values put in. A shape is kept only when putting its first query's values
+// back into its parse gives that parse again, so that a kept parse always reads a query
+// as the parser would.
+QuerySyntax syntaxOf(TextView query) {
+  constexpr std::size_t kMostShapes = 256;  // a control sends a few dozen shapes
+  thread_local std::unordered_map<Text, std::optional<QuerySyntax>> parsed;
+  auto shape = shapeOf(query);
+  if (!shape) return parseQuery(query);
+  const auto found = parsed.find(shape->text);
+  if (found != parsed.end()) {
+    if (!found->second) return parseQuery(query);
+    QuerySyntax syntax = *found->second;
+    putValues(syntax, shape->values);
+    return syntax;
+  }
+  QuerySyntax syntax = parseQuery(query);
+  QuerySyntax rebound = syntax;
+  const bool reusable = putValues(rebound, shape->values) && sameSyntax(rebound, syntax);
+  if (parsed.size() >= kMostShapes) parsed.clear();
+  parsed.emplace(std::move(shape->text), reusable ? std::optional(syntax) : std::nullopt);
+  return syntax;
+}
+
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const NorvikRecord parts(request);
   const Text query = parts.r(1);
   const Text file = parts.r(2);
-  const QuerySyntax syntax = parseQuery(query);
+  const QuerySyntax syntax = syntaxOf(query);
   const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
