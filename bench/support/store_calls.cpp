@@ -37,6 +37,8 @@ class RecordingDatabase final : public NorvikDatabase {
     calls_->push_back({StoreCall::Kind::Query, {}, Requete});
     return inner_->RunQuery(Requete, Options, Nombre);
   }
+  // The control's snapshots reach the store as they would without the recording.
+  std::unique_ptr<Snapshot> holdSnapshot() override { return inner_->holdSnapshot(); }
 
  private:
   DatabaseRef inner_;

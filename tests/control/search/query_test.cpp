@@ -19,6 +19,7 @@ class RecordingDatabase : public NorvikDatabase {
     queries.push_back(toUtf8(Requete));
     return inner_->RunQuery(Requete, Options, Nombre);
   }
+  std::unique_ptr<Snapshot> holdSnapshot() override { return inner_->holdSnapshot(); }
   Rows queries;
 
  private:
