@@ -4,7 +4,7 @@
 #include <utility>
 
 #include <velmora/base/failure.h>
-#include "store/query/syntax.h"
+#include <velmora/store/database.h>
 
 namespace velmora {
 

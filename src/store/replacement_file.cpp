@@ -19,7 +19,10 @@ namespace fs = std::filesystem;
 ReplacementFile::ReplacementFile(const fs::path& target) : target_(target) {
   const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
   // mkstemp makes the name unique and the file ours: no other run can share it.
-  std::string pattern = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+  std::string leaf = ".";  // appended, not concatenated: GCC 12 warns falsely on "." + s
+  leaf += target.filename().string();
+  leaf += ".XXXXXX";
+  const std::string pattern = (folder / leaf).string();
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   const int fd = mkstemp(name.data());

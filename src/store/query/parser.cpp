@@ -2,6 +2,7 @@
 #include <string>
 
 #include <velmora/base/failure.h>
+#include <velmora/store/database.h>
 #include "store/query/syntax.h"
 
 namespace velmora::store {

@@ -47,8 +47,4 @@ struct QuerySyntax {
 // position and what was expected there.
 QuerySyntax parseQuery(TextView text);
 
-// The value written as a literal ('...', a quote in it doubled): it compares whole, and
-// no character of it can change the shape of the query it stands in.
-Text literalValue(TextView value);
-
 }  // namespace velmora::store
