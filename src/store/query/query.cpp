@@ -70,23 +70,40 @@ int attributeNumber(TextView digits, std::size_t position) {
   return static_cast<int>(*parseNumber(digits));  // six digits at most: exact
 }
 
-Field resolve(ReadConnection& connection, const Text& file, const FieldName& name) {
-  if (name.spelling == u"@ID") return {};
+// Where a plan takes files and dictionary names from: the file, in a snapshot; or only
+// what the connection already knows, for a query run as one statement.
+struct Names {
+  ReadConnection& connection;
+  bool cachedOnly = false;
+};
+
+// The field a name stands for; nothing when names are taken from what the connection
+// knows and it does not know this one, or knows it as unknown (the file then says why).
+std::optional<Field> resolve(const Names& names, const Text& file, const FieldName& name) {
+  if (name.spelling == u"@ID") return Field{};
   if (isDigits(name.spelling)) {
     const int number = attributeNumber(name.spelling, name.position);
-    if (number == 0) return {};
-    return {Field::Kind::Attribute, number};
+    if (number == 0) return Field{};
+    return Field{Field::Kind::Attribute, number};
   }
-  const auto item = connection.dictionaryItem(file, name.spelling);
-  if (!item) {
+  std::optional<DictionaryItem> read;
+  const std::optional<DictionaryItem>* item = &read;
+  if (names.cachedOnly) {
+    item = names.connection.knownItem(file, name.spelling);
+    if (item == nullptr || !*item) return std::nullopt;
+  } else {
+    read = names.connection.dictionaryItem(file, name.spelling);
+  }
+  if (!*item) {
     throw Failure(errors::kUnknownName, "requête : à la position " + std::to_string(name.position) +
                                             " : nom de dictionnaire inconnu « " +
                                             toUtf8(name.spelling) + " » dans le fichier " +
                                             toUtf8(file));
   }
-  if (item->isKeyPart()) return {Field::Kind::KeyPart, 0, item->keyStart, item->keyLength};
-  if (item->attribute == 0) return {};
-  return {Field::Kind::Attribute, item->attribute};
+  const DictionaryItem& known = **item;
+  if (known.isKeyPart()) return Field{Field::Kind::KeyPart, 0, known.keyStart, known.keyLength};
+  if (known.attribute == 0) return Field{};
+  return Field{Field::Kind::Attribute, known.attribute};
 }
 
 std::vector<int> parseColumns(TextView text) {
@@ -142,16 +159,29 @@ void needAttribute(Plan& plan, const Field& field) {
   if (field.readsRecord()) plan.attributes.push_back(field.attribute);
 }
 
-Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text& columns) {
+// Whether the file exists; nothing when names are taken from what the connection knows
+// and it does not know the file as one.
+std::optional<bool> fileExists(const Names& names, const Text& file) {
+  if (!names.cachedOnly) return names.connection.hasFile(file);
+  const auto known = names.connection.knownFile(file);
+  if (!known || !*known) return std::nullopt;
+  return true;
+}
+
+// The plan of a query; nothing when a name is not known from where names are taken.
+std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, const Text& columns) {
   Plan plan;
   plan.file = syntax.file;
-  if (!connection.hasFile(plan.file)) {
+  const auto exists = fileExists(names, plan.file);
+  if (!exists) return std::nullopt;
+  if (!*exists) {
     throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(plan.file) +
-                                            " » dans la base " + connection.path());
+                                            " » dans la base " + names.connection.path());
   }
   for (const auto& condition : syntax.conditions) {
-    ResolvedCondition resolved{resolve(connection, plan.file, condition.field),
-                               condition.alternatives};
+    const auto field = resolve(names, plan.file, condition.field);
+    if (!field) return std::nullopt;
+    ResolvedCondition resolved{*field, condition.alternatives};
     narrowRange(plan, resolved);
     needAttribute(plan, resolved.field);
     (resolved.field.readsRecord() ? plan.recordConditions : plan.keyConditions)
@@ -159,7 +189,9 @@ Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text&
   }
   bool sortsOnKey = false;
   for (const auto& sort : syntax.sorts) {
-    ResolvedSort resolved{resolve(connection, plan.file, sort.field), sort.descending};
+    const auto field = resolve(names, plan.file, sort.field);
+    if (!field) return std::nullopt;
+    const ResolvedSort resolved{*field, sort.descending};
     sortsOnKey = sortsOnKey || resolved.field.kind == Field::Kind::Key;
     needAttribute(plan, resolved.field);
     plan.sorts.push_back(resolved);
@@ -339,20 +371,24 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
   return order;
 }
 
-std::vector<Row> select(ReadConnection& connection, const Plan& plan) {
+// The rows that meet the conditions; nothing when the scan saw another state of the file
+// than the one the plan's names were known in.
+std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& plan) {
   std::vector<Row> rows;
   if (plan.emptyRange) return rows;
   const bool withBody = !plan.attributes.empty();
-  connection.scan(plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
-    Row row{decodeText(keyBytes), {}};
-    if (!meetsKeyConditions(plan, row.key)) return;
-    if (withBody) {
-      decodeAttributes(body, plan.attributes, row);
-      ++connection.statistics().decodedRecords;
-      if (!meetsRecordConditions(plan, row)) return;
-    }
-    rows.push_back(std::move(row));
-  });
+  const bool sameState = connection.scanInCachedState(
+      plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
+        Row row{decodeText(keyBytes), {}};
+        if (!meetsKeyConditions(plan, row.key)) return;
+        if (withBody) {
+          decodeAttributes(body, plan.attributes, row);
+          ++connection.statistics().decodedRecords;
+          if (!meetsRecordConditions(plan, row)) return;
+        }
+        rows.push_back(std::move(row));
+      });
+  if (!sameState) return std::nullopt;
   return rows;
 }
 
@@ -477,6 +513,21 @@ QuerySyntax syntaxOf(TextView query) {
   return syntax;
 }
 
+// The answer to a query; nothing when names are taken from what the connection knows and
+// that is not enough, or no longer true of the file.
+std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax,
+                                   const Text& columns) {
+  const auto plan = makePlan(names, syntax, columns);
+  if (!plan) return std::nullopt;
+  // An empty range reads nothing, so nothing would check the names it came from.
+  if (names.cachedOnly && plan->emptyRange) return std::nullopt;
+  auto rows = select(names.connection, *plan);
+  if (!rows) return std::nullopt;
+  ++names.connection.statistics().queries;
+  const auto order = sortedOrder(*plan, *rows);
+  return answerOf(*plan, *rows, order);
+}
+
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
@@ -484,16 +535,19 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
   const Text query = parts.r(1);
   const Text file = parts.r(2);
   const QuerySyntax syntax = syntaxOf(query);
-  const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
                toUtf8(syntax.file) + " »");
   }
-  const Plan plan = makePlan(connection, syntax, parts.r(3));
-  ++connection.statistics().queries;
-  std::vector<Row> rows = select(connection, plan);
-  const auto order = sortedOrder(plan, rows);
-  return answerOf(plan, rows, order);
+  const Text columns = parts.r(3);
+  // A query on its own whose names the connection knows runs as one statement, the scan,
+  // which is one read transaction and checks that those names still hold in it: no
+  // transaction statements and no dictionary reads.
+  if (!connection.inSnapshot()) {
+    if (auto known = answer(Names{connection, true}, syntax, columns)) return std::move(*known);
+  }
+  const ReadConnection::Snapshot snapshot(connection);
+  return std::move(*answer(Names{connection, false}, syntax, columns));
 }
 
 }  // namespace velmora::store
