@@ -208,41 +208,56 @@ std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, cons
   return plan;
 }
 
-// Reads the wanted attributes straight from the stored UTF-16BE text form, stopping
-// after the last one wanted.
-void decodeAttributes(std::span<const std::uint8_t> body, const std::vector<int>& wanted,
-                      Row& row) {
-  row.attributes.assign(wanted.size(), std::vector<Text>{Text{}});
+// What a scan reuses from one record to the next, so that a record that fails the
+// conditions costs no allocation: its key and body as text, and the wanted attributes'
+// values as views of the body.
+struct Scratch {
+  Text key;
+  Text body;
+  std::vector<std::vector<TextView>> values;  // index = position in Plan::attributes
+};
+
+char16_t unitAt(std::span<const std::uint8_t> bytes, std::size_t unit) {
+  return static_cast<char16_t>((bytes[2 * unit] << 8) | bytes[2 * unit + 1]);
+}
+
+void decodeKey(std::span<const std::uint8_t> bytes, Text& key) {
+  key.resize(bytes.size() / 2);
+  for (std::size_t u = 0; u < key.size(); ++u) key[u] = unitAt(bytes, u);
+}
+
+// Reads the wanted attributes (ascending) straight from the stored UTF-16BE text form,
+// stopping after the last one wanted. An absent attribute counts as one empty value.
+void decodeAttributes(std::span<const std::uint8_t> bytes, const std::vector<int>& wanted,
+                      Scratch& scratch) {
+  const std::size_t units = bytes.size() / 2;
+  Text& body = scratch.body;
+  body.resize(units);  // never grows below: the views stay valid
+  scratch.values.resize(wanted.size());
+  for (auto& values : scratch.values) values.clear();
   std::size_t slot = 0;
-  int attribute = 1;
-  for (std::size_t i = 0; i + 1 < body.size() && slot < wanted.size(); i += 2) {
-    const auto unit = static_cast<char16_t>((body[i] << 8) | body[i + 1]);
-    if (unit == kAttributeMark) {
-      if (attribute == wanted[slot]) ++slot;
-      ++attribute;
-      continue;
+  std::size_t u = 0;
+  for (int attribute = 1; slot < wanted.size(); ++attribute, ++u) {
+    if (attribute == wanted[slot]) {
+      auto& values = scratch.values[slot++];
+      std::size_t begin = u;
+      for (; u < units; ++u) {
+        const char16_t unit = unitAt(bytes, u);
+        if (unit == kAttributeMark) break;
+        if (unit == kValueMark) {
+          values.emplace_back(body.data() + begin, u - begin);
+          begin = u + 1;
+          continue;
+        }
+        body[u] = unit;
+      }
+      values.emplace_back(body.data() + begin, u - begin);
+    } else {
+      while (u < units && unitAt(bytes, u) != kAttributeMark) ++u;
     }
-    if (attribute != wanted[slot]) continue;
-    auto& values = row.attributes[slot];
-    if (unit == kValueMark) {
-      values.emplace_back();
-      continue;
-    }
-    // The whole run of characters up to the next mark, in one append.
-    std::size_t end = i + 2;
-    while (end + 1 < body.size()) {
-      const auto next = static_cast<char16_t>((body[end] << 8) | body[end + 1]);
-      if (next == kAttributeMark || next == kValueMark) break;
-      end += 2;
-    }
-    Text& value = values.back();
-    const std::size_t at = value.size();
-    value.resize(at + (end - i) / 2);
-    for (std::size_t k = i; k < end; k += 2) {
-      value[at + (k - i) / 2] = static_cast<char16_t>((body[k] << 8) | body[k + 1]);
-    }
-    i = end - 2;
+    if (u >= units) break;
   }
+  for (; slot < wanted.size(); ++slot) scratch.values[slot].emplace_back();
 }
 
 const std::vector<Text>& valuesOf(const Plan& plan, const Row& row, int attribute) {
@@ -302,26 +317,32 @@ bool holds(TextView subject, const Comparison& c) {
   }
 }
 
-bool meets(const std::vector<Text>& values, const std::vector<Comparison>& alternatives) {
-  return std::any_of(values.begin(), values.end(), [&](const Text& value) {
+bool meets(const std::vector<TextView>& values, const std::vector<Comparison>& alternatives) {
+  return std::any_of(values.begin(), values.end(), [&](TextView value) {
     return std::any_of(alternatives.begin(), alternatives.end(),
                        [&](const Comparison& c) { return holds(value, c); });
   });
 }
 
-bool meetsKeyConditions(const Plan& plan, const Text& key) {
+bool meetsKeyConditions(const Plan& plan, TextView key) {
   return std::all_of(plan.keyConditions.begin(), plan.keyConditions.end(), [&](const auto& c) {
-    const TextView subject =
-        c.field.kind == Field::Kind::Key ? TextView(key) : keyPartView(key, c.field);
+    const TextView subject = c.field.kind == Field::Kind::Key ? key : keyPartView(key, c.field);
     return std::any_of(c.alternatives.begin(), c.alternatives.end(),
                        [&](const Comparison& comparison) { return holds(subject, comparison); });
   });
 }
 
-bool meetsRecordConditions(const Plan& plan, const Row& row) {
+std::size_t slotOf(const Plan& plan, int attribute) {
+  return static_cast<std::size_t>(
+      std::lower_bound(plan.attributes.begin(), plan.attributes.end(), attribute) -
+      plan.attributes.begin());
+}
+
+bool meetsRecordConditions(const Plan& plan, const Scratch& scratch) {
   return std::all_of(
-      plan.recordConditions.begin(), plan.recordConditions.end(),
-      [&](const auto& c) { return meets(valuesOf(plan, row, c.field.attribute), c.alternatives); });
+      plan.recordConditions.begin(), plan.recordConditions.end(), [&](const auto& c) {
+        return meets(scratch.values[slotOf(plan, c.field.attribute)], c.alternatives);
+      });
 }
 
 Text joined(const std::vector<Text>& values, char16_t mark) {
@@ -377,16 +398,21 @@ std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& p
   std::vector<Row> rows;
   if (plan.emptyRange) return rows;
   const bool withBody = !plan.attributes.empty();
+  Scratch scratch;
   const bool sameState = connection.scanInCachedState(
       plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
-        Row row{decodeText(keyBytes), {}};
-        if (!meetsKeyConditions(plan, row.key)) return;
+        decodeKey(keyBytes, scratch.key);
+        if (!meetsKeyConditions(plan, scratch.key)) return;
         if (withBody) {
-          decodeAttributes(body, plan.attributes, row);
+          decodeAttributes(body, plan.attributes, scratch);
           ++connection.statistics().decodedRecords;
-          if (!meetsRecordConditions(plan, row)) return;
+          if (!meetsRecordConditions(plan, scratch)) return;
         }
-        rows.push_back(std::move(row));
+        Row& row = rows.emplace_back(Row{scratch.key, {}});
+        row.attributes.reserve(scratch.values.size());
+        for (const auto& values : scratch.values) {
+          row.attributes.emplace_back(values.begin(), values.end());
+        }
       });
   if (!sameState) return std::nullopt;
   return rows;
