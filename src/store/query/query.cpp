@@ -52,6 +52,7 @@ struct Plan {
   std::vector<ResolvedSort> sorts;
   std::vector<int> columns;
   std::vector<int> attributes;  // attribute numbers to decode, ascending
+  std::vector<bool> kept;       // by position in attributes: read by the sort or the answer
   std::vector<std::uint8_t> lower;
   std::vector<std::uint8_t> upper;  // empty: no upper bound
   bool emptyRange = false;
@@ -159,6 +160,12 @@ void needAttribute(Plan& plan, const Field& field) {
   if (field.readsRecord()) plan.attributes.push_back(field.attribute);
 }
 
+std::size_t slotOf(const Plan& plan, int attribute) {
+  return static_cast<std::size_t>(
+      std::lower_bound(plan.attributes.begin(), plan.attributes.end(), attribute) -
+      plan.attributes.begin());
+}
+
 // Whether the file exists; nothing when names are taken from what the connection knows
 // and it does not know the file as one.
 std::optional<bool> fileExists(const Names& names, const Text& file) {
@@ -205,6 +212,14 @@ std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, cons
   std::sort(plan.attributes.begin(), plan.attributes.end());
   plan.attributes.erase(std::unique(plan.attributes.begin(), plan.attributes.end()),
                         plan.attributes.end());
+  // Attributes only the conditions read are not kept in the rows.
+  plan.kept.assign(plan.attributes.size(), false);
+  for (const auto& sort : plan.sorts) {
+    if (sort.field.readsRecord()) plan.kept[slotOf(plan, sort.field.attribute)] = true;
+  }
+  for (const int column : plan.columns) {
+    if (column > 0) plan.kept[slotOf(plan, column)] = true;
+  }
   return plan;
 }
 
@@ -332,12 +347,6 @@ bool meetsKeyConditions(const Plan& plan, TextView key) {
   });
 }
 
-std::size_t slotOf(const Plan& plan, int attribute) {
-  return static_cast<std::size_t>(
-      std::lower_bound(plan.attributes.begin(), plan.attributes.end(), attribute) -
-      plan.attributes.begin());
-}
-
 bool meetsRecordConditions(const Plan& plan, const Scratch& scratch) {
   return std::all_of(
       plan.recordConditions.begin(), plan.recordConditions.end(), [&](const auto& c) {
@@ -409,9 +418,10 @@ std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& p
           if (!meetsRecordConditions(plan, scratch)) return;
         }
         Row& row = rows.emplace_back(Row{scratch.key, {}});
-        row.attributes.reserve(scratch.values.size());
-        for (const auto& values : scratch.values) {
-          row.attributes.emplace_back(values.begin(), values.end());
+        row.attributes.resize(scratch.values.size());
+        for (std::size_t slot = 0; slot < scratch.values.size(); ++slot) {
+          if (!plan.kept[slot]) continue;
+          row.attributes[slot].assign(scratch.values[slot].begin(), scratch.values[slot].end());
         }
       });
   if (!sameState) return std::nullopt;
