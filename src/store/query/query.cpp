@@ -176,7 +176,7 @@ std::optional<bool> fileExists(const Names& names, const Text& file) {
 }
 
 // The plan of a query; nothing when a name is not known from where names are taken.
-std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, const Text& columns) {
+std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, TextView columns) {
   Plan plan;
   plan.file = syntax.file;
   const auto exists = fileExists(names, plan.file);
@@ -549,10 +549,23 @@ QuerySyntax syntaxOf(TextView query) {
   return syntax;
 }
 
+// An attribute of the request as written (1: the query, 2: the file, 3: the columns),
+// read in place.
+TextView requestPart(TextView request, int attribute) {
+  std::size_t start = 0;
+  for (int i = 1; i < attribute; ++i) {
+    const auto mark = request.find(kAttributeMark, start);
+    if (mark == TextView::npos) return {};
+    start = mark + 1;
+  }
+  const auto end = request.find(kAttributeMark, start);
+  return request.substr(start, end == TextView::npos ? TextView::npos : end - start);
+}
+
 // The answer to a query; nothing when names are taken from what the connection knows and
 // that is not enough, or no longer true of the file.
 std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax,
-                                   const Text& columns) {
+                                   TextView columns) {
   const auto plan = makePlan(names, syntax, columns);
   if (!plan) return std::nullopt;
   // An empty range reads nothing, so nothing would check the names it came from.
@@ -567,15 +580,14 @@ std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
-  const NorvikRecord parts(request);
-  const Text query = parts.r(1);
-  const Text file = parts.r(2);
+  const TextView query = requestPart(request, 1);
+  const TextView file = requestPart(request, 2);
   const QuerySyntax syntax = syntaxOf(query);
   if (file != syntax.file) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
                toUtf8(syntax.file) + " »");
   }
-  const Text columns = parts.r(3);
+  const TextView columns = requestPart(request, 3);
   // A query on its own whose names the connection knows runs as one statement, the scan,
   // which is one read transaction and checks that those names still hold in it: no
   // transaction statements and no dictionary reads.
