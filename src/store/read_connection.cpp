@@ -12,7 +12,7 @@ constexpr std::array<const char*, 10> kSql = {
     "SELECT key, body FROM records WHERE file = ?1 AND key >= ?2 AND key < ?3 ORDER BY key",
     "BEGIN",
     "COMMIT",
-    "PRAGMA data_version",
+    "PRAGMA data_version",  // read only to take the read lock at the start of a snapshot
 };
 
 namespace {
@@ -93,13 +93,14 @@ ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(con
 }
 
 void ReadConnection::refreshCaches() {
-  Statement& version = statement(kDataVersion).reset();
-  const long long now = version.step() ? version.intColumn(0) : -1;
-  version.reset();
-  if (now == dataVersion_) return;
-  knownFiles_.clear();
-  knownItems_.clear();
-  dataVersion_ = now;
+  statement(kDataVersion).reset().run();
+  static_cast<void>(cachesHold());
+}
+
+unsigned ReadConnection::dataVersion() const {
+  unsigned version = 0;
+  sqlite3_file_control(db_.get(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+  return version;
 }
 
 ReadConnection::Snapshot::~Snapshot() {
@@ -113,10 +114,22 @@ ReadConnection::Snapshot::~Snapshot() {
   }
 }
 
+std::optional<bool> ReadConnection::knownFile(TextView name) const {
+  const auto known = knownFiles_.find(name);
+  if (known == knownFiles_.end()) return std::nullopt;
+  return known->second;
+}
+
+const std::optional<DictionaryItem>* ReadConnection::knownItem(TextView file, TextView name) const {
+  const auto names = knownItems_.find(file);
+  if (names == knownItems_.end()) return nullptr;
+  const auto known = names->second.find(name);
+  return known == names->second.end() ? nullptr : &known->second;
+}
+
 bool ReadConnection::hasFile(const Text& name) {
   if (snapshotDepth_ > 0) {
-    const auto known = knownFiles_.find(name);
-    if (known != knownFiles_.end()) return known->second;
+    if (const auto known = knownFile(name)) return *known;
   }
   statement(kFileExists).reset().bind(1, toUtf8(name));
   const bool found = statement(kFileExists).step();
@@ -154,8 +167,7 @@ std::optional<NorvikRecord> ReadConnection::readRecord(const Text& file, const T
 
 std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, const Text& name) {
   if (snapshotDepth_ > 0) {
-    const auto known = knownItems_.find({file, name});
-    if (known != knownItems_.end()) return known->second;
+    if (const auto* known = knownItem(file, name)) return *known;
   }
   Statement& read = statement(kReadItem);
   read.reset().bind(1, toUtf8(file)).bind(2, toUtf8(name));
@@ -165,19 +177,26 @@ std::optional<DictionaryItem> ReadConnection::dictionaryItem(const Text& file, c
                           static_cast<int>(read.intColumn(1)), static_cast<int>(read.intColumn(2))};
   }
   read.reset();
-  if (snapshotDepth_ > 0) knownItems_.emplace(std::make_pair(file, name), item);
+  if (snapshotDepth_ > 0) knownItems_[file].emplace(name, item);
   return item;
 }
 
-void ReadConnection::scan(const Text& file, const std::vector<std::uint8_t>& lower,
-                          const std::vector<std::uint8_t>& upper, bool withBody,
-                          const Visitor& visit) {
+bool ReadConnection::scanRange(const Text& file, const std::vector<std::uint8_t>& lower,
+                               const std::vector<std::uint8_t>& upper, bool withBody,
+                               const Visitor& visit, bool checkCaches) {
   Statement& statement = this->statement(withBody ? (upper.empty() ? kScanRecords : kScanRecordsTo)
                                                   : (upper.empty() ? kScanKeys : kScanKeysTo));
   statement.reset().bind(1, toUtf8(file)).bindBlob(2, lower);
   if (!upper.empty()) statement.bindBlob(3, upper);
   try {
-    while (statement.step()) {
+    bool more = statement.step();
+    // The first step began the statement's read transaction (and, with no row, ended it:
+    // the version is then still that transaction's).
+    if (checkCaches && snapshotDepth_ == 0 && !cachesHold()) {
+      statement.reset();
+      return false;
+    }
+    for (; more; more = statement.step()) {
       ++statistics_.scannedKeys;
       visit(statement.blobColumn(0),
             withBody ? statement.blobColumn(1) : std::span<const std::uint8_t>{});
@@ -187,6 +206,16 @@ void ReadConnection::scan(const Text& file, const std::vector<std::uint8_t>& low
     throw;
   }
   statement.reset();
+  return true;
+}
+
+bool ReadConnection::cachesHold() {
+  const unsigned now = dataVersion();
+  if (cachedVersion_ == now) return true;
+  knownFiles_.clear();
+  knownItems_.clear();
+  cachedVersion_ = now;
+  return false;
 }
 
 }  // namespace velmora::store

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -47,7 +46,24 @@ class ReadConnection {
   using Visitor =
       std::function<void(std::span<const std::uint8_t> key, std::span<const std::uint8_t> body)>;
   void scan(const Text& file, const std::vector<std::uint8_t>& lower,
-            const std::vector<std::uint8_t>& upper, bool withBody, const Visitor& visit);
+            const std::vector<std::uint8_t>& upper, bool withBody, const Visitor& visit) {
+    static_cast<void>(scanRange(file, lower, upper, withBody, visit, false));
+  }
+  // The same scan for a caller that took names from the caches below. Outside a snapshot
+  // the scan is one statement, and so one read transaction of its own: false, with no
+  // record visited and the caches emptied, when that transaction sees another state of
+  // the file than the one the caches were filled in. Inside a snapshot they always hold.
+  [[nodiscard]] bool scanInCachedState(const Text& file, const std::vector<std::uint8_t>& lower,
+                                       const std::vector<std::uint8_t>& upper, bool withBody,
+                                       const Visitor& visit) {
+    return scanRange(file, lower, upper, withBody, visit, true);
+  }
+
+  // What the caches know, without a statement: nothing when a name was not looked up
+  // since the file last changed. Only a scan's answer tells whether they still hold.
+  std::optional<bool> knownFile(TextView name) const;
+  const std::optional<DictionaryItem>* knownItem(TextView file, TextView name) const;
+  bool inSnapshot() const { return snapshotDepth_ > 0; }
 
   StoreStatistics& statistics() { return statistics_; }
 
@@ -80,9 +96,18 @@ class ReadConnection {
     kDataVersion,
     kKinds
   };
-  // Files and dictionary items change rarely: within a snapshot they are taken from
-  // caches that are emptied whenever another connection has changed the file since.
+  // Files and dictionary items change rarely: they are taken from caches that are
+  // emptied whenever another connection has changed the file since they were filled.
   void refreshCaches();
+  // SQLite's count of the changes it has seen in the file, as of the current (or, past
+  // its end, the last) read transaction: a file control, not a statement.
+  unsigned dataVersion() const;
+  bool scanRange(const Text& file, const std::vector<std::uint8_t>& lower,
+                 const std::vector<std::uint8_t>& upper, bool withBody, const Visitor& visit,
+                 bool checkCaches);
+  // Whether the caches were filled in the state the current read transaction sees;
+  // empties them when not.
+  bool cachesHold();
   // The control never writes: a read-only handle makes that a property of the file
   // access, not a promise of the code.
   void open();
@@ -97,9 +122,10 @@ class ReadConnection {
   StoreStatistics statistics_;
   int snapshotDepth_ = 0;
   std::chrono::steady_clock::time_point deadline_;
-  long long dataVersion_ = -1;
-  std::map<Text, bool> knownFiles_;
-  std::map<std::pair<Text, Text>, std::optional<DictionaryItem>> knownItems_;
+  // The data version the caches were filled in; nothing while they are empty.
+  std::optional<unsigned> cachedVersion_;
+  TextMap<bool> knownFiles_;
+  TextMap<TextMap<std::optional<DictionaryItem>>> knownItems_;  // by file, then name
   // The records read in the current snapshot, by file and key; emptied when it ends.
   TextMap<TextMap<std::optional<NorvikRecord>>> readInSnapshot_;
 };

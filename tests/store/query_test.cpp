@@ -528,7 +528,8 @@ TEST_F(QueryWords, MalformedQueriesNameThePositionAndWhatWasExpected) {
       {"SSELECT AVEC", 9, "nom de fichier attendu"},
       {"SSELECT TACHE AVEC 1 \"x\"", 22, "opérateur attendu (=, <=, >=, <>) après « AVEC 1 »"},
       {"SSELECT TACHE AVEC 1 == \"x\"", 22, "opérateur attendu"},
-      {"SSELECT TACHE AVEC 1 = x", 24, "valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
+      {"SSELECT TACHE AVEC 1 = x", 24,
+       "valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
       {"SSELECT TACHE AVEC 1 = \"x", 24, "pas de guillemet fermant"},
       {"SSELECT TACHE AVEC = \"x\"", 20, "numéro d'attribut, @ID ou nom du dictionnaire attendu"},
       {"SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\"", 28, "AND attendu avant AVEC"},
@@ -579,6 +580,12 @@ TEST_F(QueryWords, AnOpenConnectionSeesFilesAndNamesAddedByTheWriter) {
   removal.deleteRecord(u"TACHE", u"A1");
   account_.apply(removal);
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"G1\""), Keys{"A2"});
+  // A name the writer defines again is read with its new meaning, though the connection
+  // knew the old one.
+  Batch redefinition;
+  redefinition.defineItem(DictionaryItem{u"TACHE", u"Groupe", 4, 0, 0});
+  account_.apply(redefinition);
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"N\""), (Keys{"B1", "B2", "Ménage"}));
 }
 
 TEST_F(QueryWords, BadRequestRecordsFailClearly) {

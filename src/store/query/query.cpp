@@ -52,6 +52,7 @@ struct Plan {
   std::vector<ResolvedSort> sorts;
   std::vector<int> columns;
   std::vector<int> attributes;  // attribute numbers to decode, ascending
+  std::vector<bool> kept;       // by position in attributes: read by the sort or the answer
   std::vector<std::uint8_t> lower;
   std::vector<std::uint8_t> upper;  // empty: no upper bound
   bool emptyRange = false;
@@ -70,23 +71,40 @@ int attributeNumber(TextView digits, std::size_t position) {
   return static_cast<int>(*parseNumber(digits));  // six digits at most: exact
 }
 
-Field resolve(ReadConnection& connection, const Text& file, const FieldName& name) {
-  if (name.spelling == u"@ID") return {};
+// Where a plan takes files and dictionary names from: the file, in a snapshot; or only
+// what the connection already knows, for a query run as one statement.
+struct Names {
+  ReadConnection& connection;
+  bool cachedOnly = false;
+};
+
+// The field a name stands for; nothing when names are taken from what the connection
+// knows and it does not know this one, or knows it as unknown (the file then says why).
+std::optional<Field> resolve(const Names& names, const Text& file, const FieldName& name) {
+  if (name.spelling == u"@ID") return Field{};
   if (isDigits(name.spelling)) {
     const int number = attributeNumber(name.spelling, name.position);
-    if (number == 0) return {};
-    return {Field::Kind::Attribute, number};
+    if (number == 0) return Field{};
+    return Field{Field::Kind::Attribute, number};
   }
-  const auto item = connection.dictionaryItem(file, name.spelling);
-  if (!item) {
+  std::optional<DictionaryItem> read;
+  const std::optional<DictionaryItem>* item = &read;
+  if (names.cachedOnly) {
+    item = names.connection.knownItem(file, name.spelling);
+    if (item == nullptr || !*item) return std::nullopt;
+  } else {
+    read = names.connection.dictionaryItem(file, name.spelling);
+  }
+  if (!*item) {
     throw Failure(errors::kUnknownName, "requête : à la position " + std::to_string(name.position) +
                                             " : nom de dictionnaire inconnu « " +
                                             toUtf8(name.spelling) + " » dans le fichier " +
                                             toUtf8(file));
   }
-  if (item->isKeyPart()) return {Field::Kind::KeyPart, 0, item->keyStart, item->keyLength};
-  if (item->attribute == 0) return {};
-  return {Field::Kind::Attribute, item->attribute};
+  const DictionaryItem& known = **item;
+  if (known.isKeyPart()) return Field{Field::Kind::KeyPart, 0, known.keyStart, known.keyLength};
+  if (known.attribute == 0) return Field{};
+  return Field{Field::Kind::Attribute, known.attribute};
 }
 
 std::vector<int> parseColumns(TextView text) {
@@ -142,16 +160,35 @@ void needAttribute(Plan& plan, const Field& field) {
   if (field.readsRecord()) plan.attributes.push_back(field.attribute);
 }
 
-Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text& columns) {
+std::size_t slotOf(const Plan& plan, int attribute) {
+  return static_cast<std::size_t>(
+      std::lower_bound(plan.attributes.begin(), plan.attributes.end(), attribute) -
+      plan.attributes.begin());
+}
+
+// Whether the file exists; nothing when names are taken from what the connection knows
+// and it does not know the file as one.
+std::optional<bool> fileExists(const Names& names, const Text& file) {
+  if (!names.cachedOnly) return names.connection.hasFile(file);
+  const auto known = names.connection.knownFile(file);
+  if (!known || !*known) return std::nullopt;
+  return true;
+}
+
+// The plan of a query; nothing when a name is not known from where names are taken.
+std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, TextView columns) {
   Plan plan;
   plan.file = syntax.file;
-  if (!connection.hasFile(plan.file)) {
+  const auto exists = fileExists(names, plan.file);
+  if (!exists) return std::nullopt;
+  if (!*exists) {
     throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(plan.file) +
-                                            " » dans la base " + connection.path());
+                                            " » dans la base " + names.connection.path());
   }
   for (const auto& condition : syntax.conditions) {
-    ResolvedCondition resolved{resolve(connection, plan.file, condition.field),
-                               condition.alternatives};
+    const auto field = resolve(names, plan.file, condition.field);
+    if (!field) return std::nullopt;
+    ResolvedCondition resolved{*field, condition.alternatives};
     narrowRange(plan, resolved);
     needAttribute(plan, resolved.field);
     (resolved.field.readsRecord() ? plan.recordConditions : plan.keyConditions)
@@ -159,7 +196,9 @@ Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text&
   }
   bool sortsOnKey = false;
   for (const auto& sort : syntax.sorts) {
-    ResolvedSort resolved{resolve(connection, plan.file, sort.field), sort.descending};
+    const auto field = resolve(names, plan.file, sort.field);
+    if (!field) return std::nullopt;
+    const ResolvedSort resolved{*field, sort.descending};
     sortsOnKey = sortsOnKey || resolved.field.kind == Field::Kind::Key;
     needAttribute(plan, resolved.field);
     plan.sorts.push_back(resolved);
@@ -173,44 +212,67 @@ Plan makePlan(ReadConnection& connection, const QuerySyntax& syntax, const Text&
   std::sort(plan.attributes.begin(), plan.attributes.end());
   plan.attributes.erase(std::unique(plan.attributes.begin(), plan.attributes.end()),
                         plan.attributes.end());
+  // Attributes only the conditions read are not kept in the rows.
+  plan.kept.assign(plan.attributes.size(), false);
+  for (const auto& sort : plan.sorts) {
+    if (sort.field.readsRecord()) plan.kept[slotOf(plan, sort.field.attribute)] = true;
+  }
+  for (const int column : plan.columns) {
+    if (column > 0) plan.kept[slotOf(plan, column)] = true;
+  }
   return plan;
 }
 
-// Reads the wanted attributes straight from the stored UTF-16BE text form, stopping
-// after the last one wanted.
-void decodeAttributes(std::span<const std::uint8_t> body, const std::vector<int>& wanted,
-                      Row& row) {
-  row.attributes.assign(wanted.size(), std::vector<Text>{Text{}});
+// What a scan reuses from one record to the next, so that a record that fails the
+// conditions costs no allocation: its key and body as text, and the wanted attributes'
+// values as views of the body.
+struct Scratch {
+  Text key;
+  Text body;
+  std::vector<std::vector<TextView>> values;  // index = position in Plan::attributes
+};
+
+char16_t unitAt(std::span<const std::uint8_t> bytes, std::size_t unit) {
+  return static_cast<char16_t>((bytes[2 * unit] << 8) | bytes[2 * unit + 1]);
+}
+
+void decodeKey(std::span<const std::uint8_t> bytes, Text& key) {
+  key.resize(bytes.size() / 2);
+  for (std::size_t u = 0; u < key.size(); ++u) key[u] = unitAt(bytes, u);
+}
+
+// Reads the wanted attributes (ascending) straight from the stored UTF-16BE text form,
+// stopping after the last one wanted. An absent attribute counts as one empty value.
+void decodeAttributes(std::span<const std::uint8_t> bytes, const std::vector<int>& wanted,
+                      Scratch& scratch) {
+  const std::size_t units = bytes.size() / 2;
+  Text& body = scratch.body;
+  body.resize(units);  // never grows below: the views stay valid
+  scratch.values.resize(wanted.size());
+  for (auto& values : scratch.values) values.clear();
   std::size_t slot = 0;
-  int attribute = 1;
-  for (std::size_t i = 0; i + 1 < body.size() && slot < wanted.size(); i += 2) {
-    const auto unit = static_cast<char16_t>((body[i] << 8) | body[i + 1]);
-    if (unit == kAttributeMark) {
-      if (attribute == wanted[slot]) ++slot;
-      ++attribute;
-      continue;
+  std::size_t u = 0;
+  for (int attribute = 1; slot < wanted.size(); ++attribute, ++u) {
+    if (attribute == wanted[slot]) {
+      auto& values = scratch.values[slot++];
+      std::size_t begin = u;
+      for (; u < units; ++u) {
+        const char16_t unit = unitAt(bytes, u);
+        if (unit == kAttributeMark) break;
+        if (unit == kValueMark) {
+          values.emplace_back(body.data() + begin, u - begin);
+          begin = u + 1;
+          continue;
+        }
+        body[u] = unit;
+      }
+      values.emplace_back(body.data() + begin, u - begin);
+    } else {
+      while (u < units && unitAt(bytes, u) != kAttributeMark) ++u;
     }
-    if (attribute != wanted[slot]) continue;
-    auto& values = row.attributes[slot];
-    if (unit == kValueMark) {
-      values.emplace_back();
-      continue;
-    }
-    // The whole run of characters up to the next mark, in one append.
-    std::size_t end = i + 2;
-    while (end + 1 < body.size()) {
-      const auto next = static_cast<char16_t>((body[end] << 8) | body[end + 1]);
-      if (next == kAttributeMark || next == kValueMark) break;
-      end += 2;
-    }
-    Text& value = values.back();
-    const std::size_t at = value.size();
-    value.resize(at + (end - i) / 2);
-    for (std::size_t k = i; k < end; k += 2) {
-      value[at + (k - i) / 2] = static_cast<char16_t>((body[k] << 8) | body[k + 1]);
-    }
-    i = end - 2;
+    if (u >= units) break;
   }
+  for (; slot < wanted.size(); ++slot) scratch.values[slot].emplace_back();
 }
 
 const std::vector<Text>& valuesOf(const Plan& plan, const Row& row, int attribute) {
@@ -270,26 +332,26 @@ bool holds(TextView subject, const Comparison& c) {
   }
 }
 
-bool meets(const std::vector<Text>& values, const std::vector<Comparison>& alternatives) {
-  return std::any_of(values.begin(), values.end(), [&](const Text& value) {
+bool meets(const std::vector<TextView>& values, const std::vector<Comparison>& alternatives) {
+  return std::any_of(values.begin(), values.end(), [&](TextView value) {
     return std::any_of(alternatives.begin(), alternatives.end(),
                        [&](const Comparison& c) { return holds(value, c); });
   });
 }
 
-bool meetsKeyConditions(const Plan& plan, const Text& key) {
+bool meetsKeyConditions(const Plan& plan, TextView key) {
   return std::all_of(plan.keyConditions.begin(), plan.keyConditions.end(), [&](const auto& c) {
-    const TextView subject =
-        c.field.kind == Field::Kind::Key ? TextView(key) : keyPartView(key, c.field);
+    const TextView subject = c.field.kind == Field::Kind::Key ? key : keyPartView(key, c.field);
     return std::any_of(c.alternatives.begin(), c.alternatives.end(),
                        [&](const Comparison& comparison) { return holds(subject, comparison); });
   });
 }
 
-bool meetsRecordConditions(const Plan& plan, const Row& row) {
+bool meetsRecordConditions(const Plan& plan, const Scratch& scratch) {
   return std::all_of(
-      plan.recordConditions.begin(), plan.recordConditions.end(),
-      [&](const auto& c) { return meets(valuesOf(plan, row, c.field.attribute), c.alternatives); });
+      plan.recordConditions.begin(), plan.recordConditions.end(), [&](const auto& c) {
+        return meets(scratch.values[slotOf(plan, c.field.attribute)], c.alternatives);
+      });
 }
 
 Text joined(const std::vector<Text>& values, char16_t mark) {
@@ -339,20 +401,30 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
   return order;
 }
 
-std::vector<Row> select(ReadConnection& connection, const Plan& plan) {
+// The rows that meet the conditions; nothing when the scan saw another state of the file
+// than the one the plan's names were known in.
+std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& plan) {
   std::vector<Row> rows;
   if (plan.emptyRange) return rows;
   const bool withBody = !plan.attributes.empty();
-  connection.scan(plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
-    Row row{decodeText(keyBytes), {}};
-    if (!meetsKeyConditions(plan, row.key)) return;
-    if (withBody) {
-      decodeAttributes(body, plan.attributes, row);
-      ++connection.statistics().decodedRecords;
-      if (!meetsRecordConditions(plan, row)) return;
-    }
-    rows.push_back(std::move(row));
-  });
+  Scratch scratch;
+  const bool sameState = connection.scanInCachedState(
+      plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
+        decodeKey(keyBytes, scratch.key);
+        if (!meetsKeyConditions(plan, scratch.key)) return;
+        if (withBody) {
+          decodeAttributes(body, plan.attributes, scratch);
+          ++connection.statistics().decodedRecords;
+          if (!meetsRecordConditions(plan, scratch)) return;
+        }
+        Row& row = rows.emplace_back(Row{scratch.key, {}});
+        row.attributes.resize(scratch.values.size());
+        for (std::size_t slot = 0; slot < scratch.values.size(); ++slot) {
+          if (!plan.kept[slot]) continue;
+          row.attributes[slot].assign(scratch.values[slot].begin(), scratch.values[slot].end());
+        }
+      });
+  if (!sameState) return std::nullopt;
   return rows;
 }
 
@@ -477,23 +549,53 @@ QuerySyntax syntaxOf(TextView query) {
   return syntax;
 }
 
+// An attribute of the request as written (1: the query, 2: the file, 3: the columns),
+// read in place.
+TextView requestPart(TextView request, int attribute) {
+  std::size_t start = 0;
+  for (int i = 1; i < attribute; ++i) {
+    const auto mark = request.find(kAttributeMark, start);
+    if (mark == TextView::npos) return {};
+    start = mark + 1;
+  }
+  const auto end = request.find(kAttributeMark, start);
+  return request.substr(start, end == TextView::npos ? TextView::npos : end - start);
+}
+
+// The answer to a query; nothing when names are taken from what the connection knows and
+// that is not enough, or no longer true of the file.
+std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax,
+                                   TextView columns) {
+  const auto plan = makePlan(names, syntax, columns);
+  if (!plan) return std::nullopt;
+  // An empty range reads nothing, so nothing would check the names it came from.
+  if (names.cachedOnly && plan->emptyRange) return std::nullopt;
+  auto rows = select(names.connection, *plan);
+  if (!rows) return std::nullopt;
+  ++names.connection.statistics().queries;
+  const auto order = sortedOrder(*plan, *rows);
+  return answerOf(*plan, *rows, order);
+}
+
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
-  const NorvikRecord parts(request);
-  const Text query = parts.r(1);
-  const Text file = parts.r(2);
+  const TextView query = requestPart(request, 1);
+  const TextView file = requestPart(request, 2);
   const QuerySyntax syntax = syntaxOf(query);
-  const ReadConnection::Snapshot snapshot(connection);
   if (file != syntax.file) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
                toUtf8(syntax.file) + " »");
   }
-  const Plan plan = makePlan(connection, syntax, parts.r(3));
-  ++connection.statistics().queries;
-  std::vector<Row> rows = select(connection, plan);
-  const auto order = sortedOrder(plan, rows);
-  return answerOf(plan, rows, order);
+  const TextView columns = requestPart(request, 3);
+  // A query on its own whose names the connection knows runs as one statement, the scan,
+  // which is one read transaction and checks that those names still hold in it: no
+  // transaction statements and no dictionary reads.
+  if (!connection.inSnapshot()) {
+    if (auto known = answer(Names{connection, true}, syntax, columns)) return std::move(*known);
+  }
+  const ReadConnection::Snapshot snapshot(connection);
+  return std::move(*answer(Names{connection, false}, syntax, columns));
 }
 
 }  // namespace velmora::store
