@@ -88,14 +88,6 @@ std::optional<Operator> operatorOf(TextView text) {
   return std::nullopt;
 }
 
-Comparison comparisonOf(Operator op, const Text& value) {
-  if (!value.empty() && value.back() == u']') {
-    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
-  }
-  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
-  return {op, Anchor::Whole, value};
-}
-
 class Parser {
  public:
   explicit Parser(TextView text) : text_(text), tokens_(tokenize(text)) {}
@@ -208,6 +200,14 @@ class Parser {
 };
 
 }  // namespace
+
+Comparison comparisonOf(Operator op, const Text& value) {
+  if (!value.empty() && value.back() == u']') {
+    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
+  }
+  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
+  return {op, Anchor::Whole, value};
+}
 
 QuerySyntax parseQuery(TextView text) {
   return Parser(text).parse();

@@ -481,16 +481,6 @@ std::optional<Shape> shapeOf(TextView query) {
   return shape;
 }
 
-// How a quoted value compares, as the parser reads it: "X]" by its leading characters,
-// "[X" by its trailing ones, else whole.
-Comparison withValue(Operator op, const Text& value) {
-  if (!value.empty() && value.back() == u']') {
-    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
-  }
-  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
-  return {op, Anchor::Whole, value};
-}
-
 // Puts values into the comparisons of syntax, in the order they were written; false when
 // the syntax does not have one comparison per value.
 bool putValues(QuerySyntax& syntax, const std::vector<Text>& values) {
@@ -498,7 +488,7 @@ bool putValues(QuerySyntax& syntax, const std::vector<Text>& values) {
   for (auto& condition : syntax.conditions) {
     for (auto& comparison : condition.alternatives) {
       if (k == values.size()) return false;
-      comparison = withValue(comparison.op, values[k++]);
+      comparison = comparisonOf(comparison.op, values[k++]);
     }
   }
   return k == values.size();

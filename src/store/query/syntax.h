@@ -47,4 +47,8 @@ struct QuerySyntax {
 // position and what was expected there.
 QuerySyntax parseQuery(TextView text);
 
+// How a value in double quotes compares: "X]" by its leading characters, "[X" by its
+// trailing ones, else whole.
+Comparison comparisonOf(Operator op, const Text& value);
+
 }  // namespace velmora::store
