@@ -165,13 +165,11 @@ Batch readExchange(std::istream& in, const std::string& sourceName) {
 }
 
 void writeExchange(const std::string& databasePath, std::ostream& out) {
-  store::ReadConnection connection(databasePath);
-  sqlite3* db = connection.handle();
-  const store::ReadConnection::Snapshot snapshot(connection);
+  const auto connection = store::connectToStore(databasePath);
+  const store::ReadConnection::Snapshot snapshot(*connection);
 
   std::vector<std::string> files;
-  store::Statement fileList(db, "SELECT name FROM files", databasePath);
-  while (fileList.step()) files.push_back(fileList.textColumn(0));
+  for (const Text& name : connection->fileNames()) files.push_back(toUtf8(name));
   std::sort(files.begin(), files.end(), byCodeUnits);
   for (const auto& file : files) writeLine(out, Json{{"file", file}});
 
@@ -180,11 +178,9 @@ void writeExchange(const std::string& databasePath, std::ostream& out) {
     long long attribute, start, length;
   };
   std::vector<Item> items;
-  store::Statement itemList(
-      db, "SELECT file, name, attribute, key_start, key_length FROM dictionary", databasePath);
-  while (itemList.step()) {
-    items.push_back({itemList.textColumn(0), itemList.textColumn(1), itemList.intColumn(2),
-                     itemList.intColumn(3), itemList.intColumn(4)});
+  for (const DictionaryItem& item : connection->dictionaryItems()) {
+    items.push_back(
+        {toUtf8(item.file), toUtf8(item.name), item.attribute, item.keyStart, item.keyLength});
   }
   std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
     if (a.file != b.file) return byCodeUnits(a.file, b.file);
@@ -202,7 +198,7 @@ void writeExchange(const std::string& databasePath, std::ostream& out) {
 
   for (const auto& file : files) {
     const Text fileName = fromUtf8(file);
-    connection.scan(fileName, {}, {}, true, [&](auto key, auto body) {
+    connection->scan(fileName, {}, {}, true, [&](auto key, auto body) {
       const NorvikRecord record(store::decodeText(body));
       Json attributes = Json::array();
       for (const auto& values : record.attributes()) attributes.push_back(attributeJson(values));

@@ -1,5 +1,5 @@
 // What the store's SQLite reader and writer share: handles that close themselves,
-// prepared statements, the schema and the byte forms of keys and record bodies.
+// prepared statements and the schema.
 #pragma once
 
 #include <sqlite3.h>
@@ -14,6 +14,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/base/text.h>
 #include <velmora/store/writer.h>  // store::Connection
+#include "store/key_bytes.h"
 
 namespace velmora::store {
 
@@ -74,13 +75,5 @@ class SchemaFailure : public Failure {
 // tells apart a locked, unreadable, damaged file, one that is not a database and a
 // database that is not a store, in French: the message may reach a planner.
 void checkSchema(sqlite3* db, const std::string& path);
-
-// Keys and bodies are stored as UTF-16 big-endian bytes, so that SQLite's memcmp
-// order of blobs is the order of UTF-16 code units.
-std::vector<std::uint8_t> encodeText(TextView text);
-Text decodeText(std::span<const std::uint8_t> bytes);
-// The smallest byte string above every string that begins with prefix; empty when
-// there is none (the prefix is all 0xFF).
-std::vector<std::uint8_t> prefixUpperBound(std::vector<std::uint8_t> prefix);
 
 }  // namespace velmora::store

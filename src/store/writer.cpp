@@ -3,7 +3,8 @@
 #include <optional>
 
 #include <velmora/base/failure.h>
-#include "store/sqlite_support.h"
+#include "store/batch_target.h"
+#include "store/read_connection.h"  // isServerUri
 
 namespace velmora {
 
@@ -74,87 +75,17 @@ void Batch::append(const Batch& other) {
   changes_.insert(changes_.end(), other.changes_.begin(), other.changes_.end());
 }
 
-namespace {
+StoreWriter::StoreWriter(const std::string& path, Sync sync)
+    : path_(path),
+      target_(store::isServerUri(path) ? store::serverTarget(path, sync)
+                                       : store::sqliteTarget(path, sync)) {}
 
-// True when the file holds no table yet: a new file, or one whose creation was rolled back.
-bool holdsNoTable(sqlite3* db, const std::string& path) {
-  store::Statement count(db, "SELECT count(*) FROM sqlite_master", path);
-  return count.step() && count.intColumn(0) == 0;
-}
-
-}  // namespace
-
-StoreWriter::StoreWriter(const std::string& path, Sync sync) : path_(path) {
-  db_ = store::openConnection(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-  if (sync == Sync::Fast) store::execute(db_.get(), "PRAGMA synchronous = OFF", path_);
-  // A file with tables must be a store; a new one gets its tables in the first batch's
-  // transaction, so that two writers creating it at once cannot see it half made.
-  if (!holdsNoTable(db_.get(), path_)) store::checkSchema(db_.get(), path_);
-}
+StoreWriter::~StoreWriter() = default;
+StoreWriter::StoreWriter(StoreWriter&&) noexcept = default;
+StoreWriter& StoreWriter::operator=(StoreWriter&&) noexcept = default;
 
 void StoreWriter::apply(const Batch& batch) {
-  using store::Statement;
-  // The write lock first (a second writer waits here, then fails with errors::kBusy),
-  // then the tables if the file has none yet: creation and batch commit as one.
-  store::execute(db_.get(), "BEGIN IMMEDIATE", path_);
-  std::optional<Statement> addFile, put, remove, define;
-  try {
-    if (holdsNoTable(db_.get(), path_)) {
-      store::createSchema(db_.get(), path_);
-    } else {
-      store::checkSchema(db_.get(), path_);
-    }
-    addFile.emplace(db_.get(), "INSERT OR IGNORE INTO files (name) VALUES (?1)", path_);
-    put.emplace(db_.get(), "INSERT OR REPLACE INTO records (file, key, body) VALUES (?1, ?2, ?3)",
-                path_);
-    remove.emplace(db_.get(), "DELETE FROM records WHERE file = ?1 AND key = ?2", path_);
-    define.emplace(db_.get(),
-                   "INSERT OR REPLACE INTO dictionary (file, name, attribute, key_start, "
-                   "key_length) VALUES (?1, ?2, ?3, ?4, ?5)",
-                   path_);
-  } catch (...) {
-    sqlite3_exec(db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-    throw;
-  }
-  try {
-    for (const auto& change : batch.changes()) {
-      std::visit(
-          [&](const auto& c) {
-            using T = std::decay_t<decltype(c)>;
-            if constexpr (std::is_same_v<T, Batch::CreateFile>) {
-              addFile->reset().bind(1, toUtf8(c.name)).run();
-            } else if constexpr (std::is_same_v<T, Batch::PutRecord>) {
-              addFile->reset().bind(1, toUtf8(c.file)).run();
-              put->reset()
-                  .bind(1, toUtf8(c.file))
-                  .bindBlob(2, store::encodeText(c.key))
-                  .bindBlob(3, store::encodeText(c.body))
-                  .run();
-            } else if constexpr (std::is_same_v<T, Batch::DeleteRecord>) {
-              remove->reset().bind(1, toUtf8(c.file)).bindBlob(2, store::encodeText(c.key)).run();
-            } else {
-              addFile->reset().bind(1, toUtf8(c.file)).run();
-              define->reset()
-                  .bind(1, toUtf8(c.file))
-                  .bind(2, toUtf8(c.name))
-                  .bind(3, static_cast<long long>(c.attribute))
-                  .bind(4, static_cast<long long>(c.isKeyPart() ? c.keyStart : 0))
-                  .bind(5, static_cast<long long>(c.isKeyPart() ? c.keyLength : 0))
-                  .run();
-            }
-          },
-          change);
-    }
-    store::execute(db_.get(), "COMMIT", path_);
-  } catch (...) {
-    // Statements must let go of the transaction before it can be rolled back.
-    addFile.reset();
-    put.reset();
-    remove.reset();
-    define.reset();
-    sqlite3_exec(db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-    throw;
-  }
+  target_->apply(batch);
 }
 
 }  // namespace velmora

@@ -1,11 +1,15 @@
 #include "support/account.h"
 
+#include <libpq-fe.h>
 #include <sqlite3.h>
 #include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
 
@@ -24,7 +28,40 @@ std::string makeTemporaryDirectory() {
   return pattern;
 }
 
+// Runs one statement as the server's administrator (the PG* variables name the server).
+void administer(const std::string& sql) {
+  const std::unique_ptr<PGconn, decltype(&PQfinish)> admin(PQconnectdb(""), &PQfinish);
+  if (PQstatus(admin.get()) != CONNECTION_OK) {
+    throw std::runtime_error(std::string("no test server: ") + PQerrorMessage(admin.get()));
+  }
+  const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(admin.get(), sql.c_str()),
+                                                             &PQclear);
+  if (PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+    throw std::runtime_error(sql + ": " + PQerrorMessage(admin.get()));
+  }
+}
+
+// A schema of its own for each account of this process.
+std::string makeSchema() {
+  if (!TempAccount::onServer()) return {};
+  static std::atomic<int> made{0};
+  const std::string schema =
+      "velmora_test_" + std::to_string(getpid()) + "_" + std::to_string(++made);
+  administer("CREATE SCHEMA " + schema);
+  return schema;
+}
+
+std::string locationOf(const std::string& directory, const std::string& schema) {
+  if (schema.empty()) return directory + "/account.db";
+  return "postgresql://?options=-csearch_path%3D" + schema;
+}
+
 }  // namespace
+
+bool TempAccount::onServer() {
+  const char* store = std::getenv("VELMORA_TEST_STORE");
+  return store != nullptr && std::string_view(store) == "postgresql";
+}
 
 NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes) {
   NorvikRecord record;
@@ -39,7 +76,8 @@ NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes)
 
 TempAccount::TempAccount()
     : directory_(makeTemporaryDirectory()),
-      path_(directory_ + "/account.db"),
+      schema_(makeSchema()),
+      path_(locationOf(directory_, schema_)),
       writer_(path_, StoreWriter::Sync::Fast) {
   writer_.apply(standardLayout());
 }
@@ -47,6 +85,13 @@ TempAccount::TempAccount()
 TempAccount::~TempAccount() {
   std::error_code ec;
   std::filesystem::remove_all(directory_, ec);
+  if (!schema_.empty()) {
+    try {
+      administer("SET client_min_messages = warning; DROP SCHEMA " + schema_ + " CASCADE");
+    } catch (const std::exception&) {
+      // The server went away with the schema: nothing is left to remove.
+    }
+  }
 }
 
 void TempAccount::put(std::string_view file, std::string_view key,

@@ -1,4 +1,6 @@
-// A real store file in a fresh temporary directory, laid out as an account, for tests.
+// A real store in a fresh temporary directory, laid out as an account, for tests. With
+// VELMORA_TEST_STORE=postgresql in the environment, the store is a fresh schema of the
+// PostgreSQL server the PG* variables name (pg_virtualenv sets them), and path() its URI.
 #pragma once
 
 #include <string>
@@ -17,7 +19,10 @@ class TempAccount {
   TempAccount(const TempAccount&) = delete;
   TempAccount& operator=(const TempAccount&) = delete;
 
+  // The store's location: a file path, or a server URI.
   const std::string& path() const { return path_; }
+  // Whether accounts are made on a server (VELMORA_TEST_STORE=postgresql).
+  static bool onServer();
   const std::string& directory() const { return directory_; }
 
   // Puts one record. attributes: one entry per attribute, each a list of values (UTF-8).
@@ -29,6 +34,7 @@ class TempAccount {
 
  private:
   std::string directory_;
+  std::string schema_;  // the account's schema on the server; empty for a file
   std::string path_;
   StoreWriter writer_;
 };

@@ -33,7 +33,7 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
   FileRef OpenFile(const Text& Nom) override;
   RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) override;
   // One read transaction of this connection; fails with errors::kBusy when a writer keeps
-  // the lock past ReadConnection::kLockWait.
+  // the lock past store::ReadConnection::kLockWait.
   std::unique_ptr<Snapshot> holdSnapshot() override;
 
   const std::string& path() const;
@@ -47,8 +47,10 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
   std::shared_ptr<store::ReadConnection> connection_;
 };
 
-// A new read-only connection to the store in that file.
-VELMORA_EXPORT DatabaseRef openDatabase(const std::string& path);
+// A new read-only connection to the store at that location: a file path, or a PostgreSQL
+// server's URI (postgresql://user@host/database or postgres://...), whose session is then
+// read-only on the server. Fails with errors::kDatabase and a French message.
+VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
 
 // The counters of a connection made by openDatabase; fails with errors::kInvalidCall
 // for any other kind of database.

@@ -22,6 +22,8 @@ struct VELMORA_EXPORT ConnectionCloser {
   void operator()(sqlite3* db) const noexcept;
 };
 using Connection = std::unique_ptr<sqlite3, ConnectionCloser>;
+// Where a writer's batches go: one backend of the store.
+class BatchTarget;
 }  // namespace store
 
 // A name that queries may use for a field of a file: either an attribute (0 is the key)
@@ -81,9 +83,14 @@ class VELMORA_EXPORT StoreWriter {
   // (tests, a sample built aside and renamed into place).
   enum class Sync { Durable, Fast };
 
-  // Creates the database file when absent; fails with errors::kDatabase when the file
-  // exists and is not a store.
+  // path is a file, or a PostgreSQL URI (postgresql://... or postgres://...). Creates the
+  // database file when absent, the tables in an empty server database (or schema); fails
+  // with errors::kDatabase when the file or the database holds something else than a
+  // store. The writer has a connection of its own, able to write.
   explicit StoreWriter(const std::string& path, Sync sync = Sync::Durable);
+  ~StoreWriter();
+  StoreWriter(StoreWriter&&) noexcept;
+  StoreWriter& operator=(StoreWriter&&) noexcept;
 
   // One transaction: all or nothing.
   void apply(const Batch& batch);
@@ -92,7 +99,7 @@ class VELMORA_EXPORT StoreWriter {
 
  private:
   std::string path_;
-  store::Connection db_;
+  std::unique_ptr<store::BatchTarget> target_;
 };
 
 }  // namespace velmora

@@ -1,0 +1,196 @@
+#include "store/postgresql_read_connection.h"
+
+#include <charconv>
+#include <cstring>
+
+#include "store/key_bytes.h"
+
+namespace velmora::store {
+
+namespace {
+
+constexpr std::array<const char*, 7> kSql = {
+    "SELECT 1 FROM files WHERE name = $1",
+    "SELECT body FROM records WHERE file = $1 AND key = $2",
+    "SELECT attribute, key_start, key_length FROM dictionary WHERE file = $1 AND name = $2",
+    "SELECT key%s FROM records WHERE file = $1 AND key >= $2 ORDER BY key",
+    "SELECT key%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
+    "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 ORDER BY key",
+    "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
+};
+
+// The state version as a last column, read by the same statement and so in its snapshot.
+constexpr std::string_view kStateColumn = ", (SELECT generation FROM velmora_store)";
+
+std::string sqlOf(const char* pattern, bool withState) {
+  std::string sql = pattern;
+  const auto mark = sql.find("%s");
+  if (mark != std::string::npos) sql.replace(mark, 2, withState ? kStateColumn : "");
+  return sql;
+}
+
+bool lost(PGconn* connection) {
+  return connection == nullptr || PQstatus(connection) == CONNECTION_BAD;
+}
+
+}  // namespace
+
+PostgresqlReadConnection::PostgresqlReadConnection(std::string uri)
+    : uri_(std::move(uri)), name_(displayUri(uri_)) {
+  connect();
+}
+
+void PostgresqlReadConnection::connect() {
+  connection_.reset();
+  prepared_ = {};
+  inTransaction_ = false;
+  forgetCaches();
+  connection_ = connectToServer(uri_, name_);
+  // The session cannot write, whatever role it logged in with; and a statement that a
+  // lock or a load keeps waiting ends with a failure instead of a hang, unless the
+  // office set its own limit.
+  execute(connection_.get(),
+          "SET default_transaction_read_only = on; "
+          "SELECT CASE WHEN current_setting('statement_timeout') = '0' "
+          "THEN set_config('statement_timeout', '30s', false) END",
+          name_);
+  checkServerSchema(connection_.get(), name_);
+}
+
+void PostgresqlReadConnection::connectIfLost() {
+  if (lost(connection_.get())) connect();
+}
+
+Result PostgresqlReadConnection::run(Kind kind, const Parameters& parameters, bool withState) {
+  // Outside a snapshot a read is one statement of its own: if the session was lost since
+  // the last one, it is opened again and the read made once more.
+  for (int attempt = 0;; ++attempt) {
+    if (!inTransaction_) connectIfLost();
+    const std::string statementName = "v" + std::to_string(kind) + (withState ? "s" : "");
+    try {
+      if (!prepared_[kind][withState ? 1 : 0]) {
+        const Result prepared(PQprepare(connection_.get(), statementName.c_str(),
+                                        sqlOf(kSql[kind], withState).c_str(), 0, nullptr));
+        if (prepared == nullptr || PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) {
+          throw statementFailure(connection_.get(), prepared.get(), name_);
+        }
+        prepared_[kind][withState ? 1 : 0] = true;
+      }
+      Result result(PQexecPrepared(connection_.get(), statementName.c_str(), parameters.size(),
+                                   parameters.values(), parameters.lengths(), parameters.formats(),
+                                   1));
+      if (result != nullptr && PQresultStatus(result.get()) == PGRES_TUPLES_OK) return result;
+      throw statementFailure(connection_.get(), result.get(), name_);
+    } catch (const Failure&) {
+      if (inTransaction_ || attempt > 0 || !lost(connection_.get())) throw;
+    }
+  }
+}
+
+std::uint64_t PostgresqlReadConnection::beginSnapshot() {
+  // Nothing is read yet: a session found lost at the first statement is opened again.
+  for (int attempt = 0;; ++attempt) {
+    connectIfLost();
+    try {
+      const Result result = execute(connection_.get(),
+                                    "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; "
+                                    "SELECT generation FROM velmora_store",
+                                    name_);
+      inTransaction_ = true;
+      if (PQntuples(result.get()) != 1) {
+        endSnapshot();
+        checkServerSchema(connection_.get(), name_);  // says what is wrong
+      }
+      const char* text = PQgetvalue(result.get(), 0, 0);
+      std::uint64_t version = 0;
+      std::from_chars(text, text + std::strlen(text), version);
+      return version;
+    } catch (const Failure&) {
+      if (inTransaction_) endSnapshot();
+      if (attempt > 0 || !lost(connection_.get())) throw;
+    }
+  }
+}
+
+void PostgresqlReadConnection::endSnapshot() noexcept {
+  inTransaction_ = false;
+  // Ending a read-only transaction cannot lose anything; a failure has nothing to undo.
+  if (!lost(connection_.get())) PQclear(PQexec(connection_.get(), "COMMIT"));
+}
+
+bool PostgresqlReadConnection::lookupFile(const Text& name) {
+  return PQntuples(run(kFileExists, Parameters().text(toUtf8(name))).get()) > 0;
+}
+
+std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const Text& key) {
+  const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(encodeText(key)));
+  if (PQntuples(result.get()) == 0) return std::nullopt;
+  return decodeText(bytesAt(result.get(), 0, 0));
+}
+
+std::optional<DictionaryItem> PostgresqlReadConnection::lookupItem(const Text& file,
+                                                                   const Text& name) {
+  const Result result = run(kReadItem, Parameters().text(toUtf8(file)).text(toUtf8(name)));
+  if (PQntuples(result.get()) == 0) return std::nullopt;
+  return DictionaryItem{file, name, static_cast<int>(integerAt(result.get(), 0, 0)),
+                        static_cast<int>(integerAt(result.get(), 0, 1)),
+                        static_cast<int>(integerAt(result.get(), 0, 2))};
+}
+
+bool PostgresqlReadConnection::scanRecords(const Range& range, const Visitor& visit,
+                                           bool checkState) {
+  const bool bounded = !range.upper.empty();
+  const Kind kind = range.withBody ? (bounded ? kScanRecordsTo : kScanRecords)
+                                   : (bounded ? kScanKeysTo : kScanKeys);
+  Parameters parameters;
+  parameters.text(toUtf8(range.file)).bytes(range.lower);
+  if (bounded) parameters.bytes(range.upper);
+  const Result result = run(kind, parameters, checkState);
+  const int rows = PQntuples(result.get());
+  if (checkState) {
+    // No row, no state version: the caller asks again in a snapshot.
+    const int stateColumn = range.withBody ? 2 : 1;
+    if (rows == 0 ||
+        !stateHolds(static_cast<std::uint64_t>(integerAt(result.get(), 0, stateColumn)))) {
+      return false;
+    }
+  }
+  for (int row = 0; row < rows; ++row) {
+    ++statistics().scannedKeys;
+    visit(bytesAt(result.get(), row, 0),
+          range.withBody ? bytesAt(result.get(), row, 1) : std::span<const std::uint8_t>{});
+  }
+  return true;
+}
+
+std::vector<Text> PostgresqlReadConnection::fileNames() {
+  connectIfLost();
+  const Result result = execute(connection_.get(), "SELECT name FROM files", name_);
+  std::vector<Text> names;
+  for (int row = 0; row < PQntuples(result.get()); ++row) {
+    names.push_back(fromUtf8(PQgetvalue(result.get(), row, 0)));
+  }
+  return names;
+}
+
+std::vector<DictionaryItem> PostgresqlReadConnection::dictionaryItems() {
+  connectIfLost();
+  const Result result =
+      execute(connection_.get(),
+              "SELECT file, name, attribute, key_start, key_length FROM dictionary", name_);
+  std::vector<DictionaryItem> items;
+  const auto number = [&](int row, int column) {
+    const char* text = PQgetvalue(result.get(), row, column);
+    int value = 0;
+    std::from_chars(text, text + std::strlen(text), value);
+    return value;
+  };
+  for (int row = 0; row < PQntuples(result.get()); ++row) {
+    items.push_back({fromUtf8(PQgetvalue(result.get(), row, 0)),
+                     fromUtf8(PQgetvalue(result.get(), row, 1)), number(row, 2), number(row, 3),
+                     number(row, 4)});
+  }
+  return items;
+}
+
+}  // namespace velmora::store

@@ -1,0 +1,173 @@
+#include <optional>
+#include <type_traits>
+
+#include <velmora/base/failure.h>
+#include "store/batch_target.h"
+#include "store/key_bytes.h"
+#include "store/postgresql_support.h"
+
+namespace velmora::store {
+
+namespace {
+
+constexpr std::array<std::pair<const char*, const char*>, 4> kChanges = {{
+    {"w_file", "INSERT INTO files (name) VALUES ($1) ON CONFLICT DO NOTHING"},
+    {"w_put",
+     "INSERT INTO records (file, key, body) VALUES ($1, $2, $3) "
+     "ON CONFLICT (file, key) DO UPDATE SET body = EXCLUDED.body"},
+    {"w_delete", "DELETE FROM records WHERE file = $1 AND key = $2"},
+    {"w_define",
+     "INSERT INTO dictionary (file, name, attribute, key_start, key_length) "
+     "VALUES ($1, $2, $3, $4, $5) ON CONFLICT (file, name) DO UPDATE SET "
+     "attribute = EXCLUDED.attribute, key_start = EXCLUDED.key_start, "
+     "key_length = EXCLUDED.key_length"},
+}};
+enum Change { kAddFile, kPut, kDelete, kDefine };
+
+// Statements sent before their answers are read: a batch costs a round trip per chunk,
+// not per change. Small enough that the answers of a chunk fit in the socket's buffer.
+constexpr int kChunk = 256;
+
+// Writers take this lock for the whole of a batch, so that two of them creating the
+// tables of a new database at once cannot see it half made.
+constexpr const char* kWriterLock = "SELECT pg_advisory_xact_lock(1447382381)";
+
+class ServerTarget final : public BatchTarget {
+ public:
+  ServerTarget(const std::string& uri, StoreWriter::Sync sync)
+      : uri_(uri), name_(displayUri(uri)), sync_(sync) {
+    connect();
+    // A schema with tables must be a store; an empty one gets its tables in the first
+    // batch's transaction.
+    if (!holdsNoTable()) checkServerSchema(connection_.get(), name_);
+  }
+
+  void apply(const Batch& batch) override {
+    if (PQstatus(connection_.get()) == CONNECTION_BAD) connect();
+    PGconn* db = connection_.get();
+    execute(db, std::string("BEGIN; ") + kWriterLock, name_);
+    try {
+      if (holdsNoTable()) {
+        execute(db, kServerSchema, name_);
+      } else {
+        checkServerSchema(db, name_);
+      }
+      prepare();
+      sendAll(batch);
+      execute(db, "UPDATE velmora_store SET generation = generation + 1; COMMIT", name_);
+    } catch (...) {
+      if (PQpipelineStatus(db) != PQ_PIPELINE_OFF) PQexitPipelineMode(db);
+      if (PQstatus(db) != CONNECTION_BAD) PQclear(PQexec(db, "ROLLBACK"));
+      throw;
+    }
+  }
+
+ private:
+  void connect() {
+    connection_ = connectToServer(uri_, name_);
+    prepared_ = false;
+    if (sync_ == StoreWriter::Sync::Fast) {
+      execute(connection_.get(), "SET synchronous_commit = off", name_);
+    }
+  }
+
+  bool holdsNoTable() {
+    const Result count =
+        execute(connection_.get(),
+                "SELECT count(*) FROM pg_tables WHERE schemaname = current_schema()", name_);
+    return std::string_view(PQgetvalue(count.get(), 0, 0)) == "0";
+  }
+
+  void prepare() {
+    if (prepared_) return;
+    for (const auto& [name, sql] : kChanges) {
+      const Result result(PQprepare(connection_.get(), name, sql, 0, nullptr));
+      if (result == nullptr || PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+        throw statementFailure(connection_.get(), result.get(), name_);
+      }
+    }
+    prepared_ = true;
+  }
+
+  void send(Change change, const Parameters& parameters) {
+    if (PQsendQueryPrepared(connection_.get(), kChanges[change].first, parameters.size(),
+                            parameters.values(), parameters.lengths(), parameters.formats(),
+                            0) == 0) {
+      throw statementFailure(connection_.get(), nullptr, name_);
+    }
+    ++pending_;
+  }
+
+  // Sends every change in order, a chunk at a time, and reads their answers.
+  void sendAll(const Batch& batch) {
+    PGconn* db = connection_.get();
+    if (PQenterPipelineMode(db) == 0) throw statementFailure(db, nullptr, name_);
+    pending_ = 0;
+    for (const auto& change : batch.changes()) {
+      std::visit(
+          [&](const auto& c) {
+            using T = std::decay_t<decltype(c)>;
+            if constexpr (std::is_same_v<T, Batch::CreateFile>) {
+              send(kAddFile, Parameters().text(toUtf8(c.name)));
+            } else if constexpr (std::is_same_v<T, Batch::PutRecord>) {
+              send(kAddFile, Parameters().text(toUtf8(c.file)));
+              send(kPut, Parameters()
+                             .text(toUtf8(c.file))
+                             .bytes(encodeText(c.key))
+                             .bytes(encodeText(c.body)));
+            } else if constexpr (std::is_same_v<T, Batch::DeleteRecord>) {
+              send(kDelete, Parameters().text(toUtf8(c.file)).bytes(encodeText(c.key)));
+            } else {
+              send(kAddFile, Parameters().text(toUtf8(c.file)));
+              send(kDefine, Parameters()
+                                .text(toUtf8(c.file))
+                                .text(toUtf8(c.name))
+                                .integer(c.attribute)
+                                .integer(c.isKeyPart() ? c.keyStart : 0)
+                                .integer(c.isKeyPart() ? c.keyLength : 0));
+            }
+          },
+          change);
+      if (pending_ >= kChunk) readAnswers();
+    }
+    readAnswers();
+    if (PQexitPipelineMode(db) == 0) throw statementFailure(db, nullptr, name_);
+  }
+
+  // Reads the answers of what was sent, up to the sync that ends them; fails with the
+  // first failure among them (those after it were not run).
+  void readAnswers() {
+    PGconn* db = connection_.get();
+    if (PQpipelineSync(db) == 0) throw statementFailure(db, nullptr, name_);
+    std::optional<Failure> failure;
+    for (;;) {
+      const Result result(PQgetResult(db));
+      if (result == nullptr) {
+        if (PQstatus(db) == CONNECTION_BAD) throw statementFailure(db, nullptr, name_);
+        continue;
+      }
+      const auto status = PQresultStatus(result.get());
+      if (status == PGRES_PIPELINE_SYNC) break;
+      if (status == PGRES_FATAL_ERROR && !failure) {
+        failure = statementFailure(db, result.get(), name_);
+      }
+    }
+    pending_ = 0;
+    if (failure) throw *failure;
+  }
+
+  std::string uri_;
+  std::string name_;
+  StoreWriter::Sync sync_;
+  ServerConnection connection_;
+  bool prepared_ = false;
+  int pending_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<BatchTarget> serverTarget(const std::string& uri, StoreWriter::Sync sync) {
+  return std::make_unique<ServerTarget>(uri, sync);
+}
+
+}  // namespace velmora::store
