@@ -28,18 +28,22 @@ std::string makeTemporaryDirectory() {
   return pattern;
 }
 
-// Runs one statement as the server's administrator (the PG* variables name the server).
-void administer(const std::string& sql) {
+}  // namespace
+
+void administerServer(const std::string& sql) {
   const std::unique_ptr<PGconn, decltype(&PQfinish)> admin(PQconnectdb(""), &PQfinish);
   if (PQstatus(admin.get()) != CONNECTION_OK) {
     throw std::runtime_error(std::string("no test server: ") + PQerrorMessage(admin.get()));
   }
-  const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(admin.get(), sql.c_str()),
-                                                             &PQclear);
-  if (PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+  const std::unique_ptr<PGresult, decltype(&PQclear)> result(
+      PQexec(admin.get(), ("SET client_min_messages = warning; " + sql).c_str()), &PQclear);
+  const auto status = PQresultStatus(result.get());
+  if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
     throw std::runtime_error(sql + ": " + PQerrorMessage(admin.get()));
   }
 }
+
+namespace {
 
 // A schema of its own for each account of this process.
 std::string makeSchema() {
@@ -47,7 +51,7 @@ std::string makeSchema() {
   static std::atomic<int> made{0};
   const std::string schema =
       "velmora_test_" + std::to_string(getpid()) + "_" + std::to_string(++made);
-  administer("CREATE SCHEMA " + schema);
+  administerServer("CREATE SCHEMA " + schema);
   return schema;
 }
 
@@ -87,7 +91,7 @@ TempAccount::~TempAccount() {
   std::filesystem::remove_all(directory_, ec);
   if (!schema_.empty()) {
     try {
-      administer("SET client_min_messages = warning; DROP SCHEMA " + schema_ + " CASCADE");
+      administerServer("DROP SCHEMA " + schema_ + " CASCADE");
     } catch (const std::exception&) {
       // The server went away with the schema: nothing is left to remove.
     }

@@ -39,6 +39,10 @@ class TempAccount {
   StoreWriter writer_;
 };
 
+// Runs statements as the administrator of the server the PG* variables name; fails with
+// std::runtime_error.
+void administerServer(const std::string& sql);
+
 // Leaves the file as a writer killed in the middle of a large transaction does: a hot
 // journal, or (wal) a write-ahead log, beside it. The committed content is unchanged.
 void killWriterHalfWay(const std::string& path, bool wal);
