@@ -30,7 +30,9 @@ const Command& sampleCommand() {
       "  (default DIR: the sample account installed with velmora, or the source\n"
       "  tree's data/sample).\n"
       "  PATH (default velmora-sample.db) is replaced whole once the new store is built;\n"
-      "  a bad file leaves it as it was.\n",
+      "  a bad file leaves it as it was. PATH may also be a PostgreSQL URI\n"
+      "  (postgresql://user@host/database): an empty database or schema is filled\n"
+      "  in one transaction; one that holds a store is left as it is.\n",
       &run};
   return command;
 }

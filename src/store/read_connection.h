@@ -136,8 +136,4 @@ class ReadConnection {
 // Fails with errors::kDatabase (or kBusy) and a French message saying what to do.
 std::shared_ptr<ReadConnection> connectToStore(const std::string& location);
 
-// Whether the text names a PostgreSQL server (a postgresql:// or postgres:// URI) rather
-// than a file.
-bool isServerUri(std::string_view location);
-
 }  // namespace velmora::store

@@ -13,6 +13,8 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
 #include <velmora/store/writer.h>
+#include "store/postgresql_support.h"  // displayUri
+#include "store/read_connection.h"
 #include "store/replacement_file.h"
 #include "store/sqlite_support.h"
 
@@ -108,11 +110,33 @@ void prepareToReplace(const fs::path& target) {
   }
 }
 
+// A server's database is shared by an office: the sample fills one that holds no store
+// yet, or an empty one, in one transaction, and never replaces what an office wrote.
+void fillServerDatabase(const std::string& target, const Batch& batch) {
+  StoreWriter writer(target);  // fails when the database holds something else
+  bool holdsFiles = false;
+  try {
+    holdsFiles = !store::connectToStore(target)->fileNames().empty();
+  } catch (const Failure&) {
+    // No store yet: the writer makes its tables in the batch's transaction.
+  }
+  if (holdsFiles) {
+    throw Failure(errors::kDatabase, store::displayUri(target) +
+                                         ": already holds a store; sample fills only an empty "
+                                         "database or schema on a server; nothing was changed");
+  }
+  writer.apply(batch);
+}
+
 }  // namespace
 
 SampleBuild buildSampleDatabase(const std::string& target, const std::string& directory) {
   const auto files = exchangeFiles(directory);
   const Batch batch = readAll(files);
+  if (store::isServerUri(target)) {
+    fillServerDatabase(target, batch);
+    return {batch.size(), files.size()};
+  }
   // Built aside under a name of its own, checked against what it replaces, renamed over.
   ReplacementFile building(target);
   try {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <velmora/store/database.h>
 
@@ -51,6 +52,12 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
 // server's URI (postgresql://user@host/database or postgres://...), whose session is then
 // read-only on the server. Fails with errors::kDatabase and a French message.
 VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
+
+namespace store {
+// Whether the location names a PostgreSQL server (a postgresql:// or postgres:// URI)
+// rather than a file.
+VELMORA_EXPORT bool isServerUri(std::string_view location);
+}  // namespace store
 
 // The counters of a connection made by openDatabase; fails with errors::kInvalidCall
 // for any other kind of database.
