@@ -9,7 +9,7 @@ namespace velmora::store {
 
 namespace {
 
-constexpr std::array<const char*, 7> kSql = {
+constexpr std::array<const char*, 8> kSql = {
     "SELECT 1 FROM files WHERE name = $1",
     "SELECT body FROM records WHERE file = $1 AND key = $2",
     "SELECT attribute, key_start, key_length FROM dictionary WHERE file = $1 AND name = $2",
@@ -17,6 +17,7 @@ constexpr std::array<const char*, 7> kSql = {
     "SELECT key%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
     "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 ORDER BY key",
     "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
+    "SELECT key, body FROM records WHERE file = $1 AND key >= $2 ORDER BY key LIMIT 512",  // ahead
 };
 
 // The state version as a last column, read by the same statement and so in its snapshot.
@@ -114,6 +115,7 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
 
 void PostgresqlReadConnection::endSnapshot() noexcept {
   inTransaction_ = false;
+  readAhead_.clear();
   // Ending a read-only transaction cannot lose anything; a failure has nothing to undo.
   if (!lost(connection_.get())) PQclear(PQexec(connection_.get(), "COMMIT"));
 }
@@ -123,9 +125,51 @@ bool PostgresqlReadConnection::lookupFile(const Text& name) {
 }
 
 std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const Text& key) {
-  const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(encodeText(key)));
+  std::vector<std::uint8_t> bytes = encodeText(key);
+  if (inTransaction_) {
+    ReadAhead& ahead = readAhead_[file];
+    std::optional<Text> body;
+    if (knownAhead(ahead, bytes, body)) return body;
+    if (++ahead.pointReads > kPointReadsAlone) {
+      readAhead(file, bytes, ahead);
+      static_cast<void>(knownAhead(ahead, bytes, body));
+      return body;
+    }
+  }
+  const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(std::move(bytes)));
   if (PQntuples(result.get()) == 0) return std::nullopt;
   return decodeText(bytesAt(result.get(), 0, 0));
+}
+
+bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead,
+                                          const std::vector<std::uint8_t>& key,
+                                          std::optional<Text>& body) {
+  auto range = ahead.ranges.upper_bound(key);
+  if (range == ahead.ranges.begin()) return false;
+  --range;
+  if (range->second && *range->second < key) return false;
+  const auto found = ahead.bodies.find(key);
+  if (found != ahead.bodies.end()) body = decodeText(found->second);
+  return true;
+}
+
+void PostgresqlReadConnection::readAhead(const Text& file, const std::vector<std::uint8_t>& key,
+                                         ReadAhead& ahead) {
+  const Result result = run(kReadAhead, Parameters().text(toUtf8(file)).bytes(key));
+  const int rows = PQntuples(result.get());
+  for (int row = 0; row < rows; ++row) {
+    const auto rowKey = bytesAt(result.get(), row, 0);
+    const auto body = bytesAt(result.get(), row, 1);
+    ahead.bodies.insert_or_assign(std::vector<std::uint8_t>(rowKey.begin(), rowKey.end()),
+                                  std::vector<std::uint8_t>(body.begin(), body.end()));
+  }
+  // Fewer rows than asked: the range runs to the end of the file.
+  std::optional<std::vector<std::uint8_t>> last;
+  if (rows == kReadAheadRows) {
+    const auto lastKey = bytesAt(result.get(), rows - 1, 0);
+    last.emplace(lastKey.begin(), lastKey.end());
+  }
+  ahead.ranges.insert_or_assign(key, std::move(last));
 }
 
 std::optional<DictionaryItem> PostgresqlReadConnection::lookupItem(const Text& file,
@@ -167,7 +211,9 @@ std::vector<Text> PostgresqlReadConnection::fileNames() {
   connectIfLost();
   const Result result = execute(connection_.get(), "SELECT name FROM files", name_);
   std::vector<Text> names;
-  for (int row = 0; row < PQntuples(result.get()); ++row) {
+  const int rows = PQntuples(result.get());
+  names.reserve(static_cast<std::size_t>(rows));
+  for (int row = 0; row < rows; ++row) {
     names.push_back(fromUtf8(PQgetvalue(result.get(), row, 0)));
   }
   return names;
@@ -185,7 +231,9 @@ std::vector<DictionaryItem> PostgresqlReadConnection::dictionaryItems() {
     std::from_chars(text, text + std::strlen(text), value);
     return value;
   };
-  for (int row = 0; row < PQntuples(result.get()); ++row) {
+  const int rows = PQntuples(result.get());
+  items.reserve(static_cast<std::size_t>(rows));
+  for (int row = 0; row < rows; ++row) {
     items.push_back({fromUtf8(PQgetvalue(result.get(), row, 0)),
                      fromUtf8(PQgetvalue(result.get(), row, 1)), number(row, 2), number(row, 3),
                      number(row, 4)});

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <array>
+#include <map>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "store/postgresql_support.h"
 #include "store/read_connection.h"
@@ -38,8 +41,21 @@ class PostgresqlReadConnection final : public ReadConnection {
     kScanKeysTo,
     kScanRecords,
     kScanRecordsTo,
+    kReadAhead,
     kKinds
   };
+  // What a snapshot fetched ahead of a file: the records of some key ranges, whole.
+  struct ReadAhead {
+    std::map<std::vector<std::uint8_t>, std::vector<std::uint8_t>> bodies;  // by key
+    // Ranges known whole: first key -> last key (nothing: to the end of the file).
+    std::map<std::vector<std::uint8_t>, std::optional<std::vector<std::uint8_t>>> ranges;
+    int pointReads = 0;
+  };
+  // Whether the key lies in a range already fetched whole; its body then, if any.
+  static bool knownAhead(const ReadAhead& ahead, const std::vector<std::uint8_t>& key,
+                         std::optional<Text>& body);
+  // Fetches the next kReadAheadRows records of the file from key on.
+  void readAhead(const Text& file, const std::vector<std::uint8_t>& key, ReadAhead& ahead);
   // A session lost (server restarted, network cut) is opened again at the next read
   // outside a snapshot or at the next snapshot, so that the next procedure works once the
   // server is back; inside a snapshot its reads fail.
@@ -54,6 +70,12 @@ class PostgresqlReadConnection final : public ReadConnection {
   // Per kind, whether it is prepared in this session, without and with the state version.
   std::array<std::array<bool, 2>, kKinds> prepared_{};
   bool inTransaction_ = false;
+  // A snapshot that reads many records of a file one by one (a catalogue's labels) reads
+  // them kReadAheadRows at a time after its first kPointReadsAlone: one round trip for
+  // hundreds of records, and none more for a key in a range already fetched.
+  static constexpr int kPointReadsAlone = 16;
+  static constexpr int kReadAheadRows = 512;  // the LIMIT of its statement
+  TextMap<ReadAhead> readAhead_;              // by file, in the current snapshot
 };
 
 }  // namespace velmora::store
