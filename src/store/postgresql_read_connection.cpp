@@ -1,5 +1,6 @@
 #include "store/postgresql_read_connection.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -9,7 +10,7 @@ namespace velmora::store {
 
 namespace {
 
-constexpr std::array<const char*, 8> kSql = {
+constexpr std::array<const char*, 9> kSql = {
     "SELECT 1 FROM files WHERE name = $1",
     "SELECT body FROM records WHERE file = $1 AND key = $2",
     "SELECT attribute, key_start, key_length FROM dictionary WHERE file = $1 AND name = $2",
@@ -17,7 +18,9 @@ constexpr std::array<const char*, 8> kSql = {
     "SELECT key%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
     "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 ORDER BY key",
     "SELECT key, body%s FROM records WHERE file = $1 AND key >= $2 AND key < $3 ORDER BY key",
-    "SELECT key, body FROM records WHERE file = $1 AND key >= $2 ORDER BY key LIMIT 512",  // ahead
+    "SELECT key, body FROM records WHERE file = $1 AND key >= $2 ORDER BY key LIMIT $3",
+    "SELECT key, body FROM records WHERE file = $1 AND key >= $2 AND key < $4 ORDER BY key "
+    "LIMIT $3",
 };
 
 // The state version as a last column, read by the same statement and so in its snapshot.
@@ -147,7 +150,7 @@ bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead,
   auto range = ahead.ranges.upper_bound(key);
   if (range == ahead.ranges.begin()) return false;
   --range;
-  if (range->second && *range->second < key) return false;
+  if (range->second && !(key < *range->second)) return false;
   const auto found = ahead.bodies.find(key);
   if (found != ahead.bodies.end()) body = decodeText(found->second);
   return true;
@@ -155,7 +158,13 @@ bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead,
 
 void PostgresqlReadConnection::readAhead(const Text& file, const std::vector<std::uint8_t>& key,
                                          ReadAhead& ahead) {
-  const Result result = run(kReadAhead, Parameters().text(toUtf8(file)).bytes(key));
+  const auto next = ahead.ranges.upper_bound(key);
+  const int limit = ahead.nextRows;
+  ahead.nextRows = std::min(2 * limit, kMostReadAhead);
+  Parameters parameters;
+  parameters.text(toUtf8(file)).bytes(key).integer(limit);
+  if (next != ahead.ranges.end()) parameters.bytes(next->first);
+  const Result result = run(next != ahead.ranges.end() ? kReadAheadTo : kReadAhead, parameters);
   const int rows = PQntuples(result.get());
   for (int row = 0; row < rows; ++row) {
     const auto rowKey = bytesAt(result.get(), row, 0);
@@ -163,13 +172,17 @@ void PostgresqlReadConnection::readAhead(const Text& file, const std::vector<std
     ahead.bodies.insert_or_assign(std::vector<std::uint8_t>(rowKey.begin(), rowKey.end()),
                                   std::vector<std::uint8_t>(body.begin(), body.end()));
   }
-  // Fewer rows than asked: the range runs to the end of the file.
-  std::optional<std::vector<std::uint8_t>> last;
-  if (rows == kReadAheadRows) {
+  // All rows asked: known up to the last one (the key past it is that key and a zero
+  // byte); fewer: up to the next range, or the end of the file.
+  std::optional<std::vector<std::uint8_t>> past;
+  if (rows == limit) {
     const auto lastKey = bytesAt(result.get(), rows - 1, 0);
-    last.emplace(lastKey.begin(), lastKey.end());
+    past.emplace(lastKey.begin(), lastKey.end());
+    past->push_back(0);
+  } else if (next != ahead.ranges.end()) {
+    past = next->first;
   }
-  ahead.ranges.insert_or_assign(key, std::move(last));
+  ahead.ranges.insert_or_assign(key, std::move(past));
 }
 
 std::optional<DictionaryItem> PostgresqlReadConnection::lookupItem(const Text& file,

@@ -42,19 +42,21 @@ class PostgresqlReadConnection final : public ReadConnection {
     kScanRecords,
     kScanRecordsTo,
     kReadAhead,
+    kReadAheadTo,
     kKinds
   };
   // What a snapshot fetched ahead of a file: the records of some key ranges, whole.
   struct ReadAhead {
     std::map<std::vector<std::uint8_t>, std::vector<std::uint8_t>> bodies;  // by key
-    // Ranges known whole: first key -> last key (nothing: to the end of the file).
+    // Ranges known whole: first key -> the key past them (nothing: the end of the file).
     std::map<std::vector<std::uint8_t>, std::optional<std::vector<std::uint8_t>>> ranges;
     int pointReads = 0;
+    int nextRows = kFirstReadAhead;  // doubles at each fetch, up to kMostReadAhead
   };
   // Whether the key lies in a range already fetched whole; its body then, if any.
   static bool knownAhead(const ReadAhead& ahead, const std::vector<std::uint8_t>& key,
                          std::optional<Text>& body);
-  // Fetches the next kReadAheadRows records of the file from key on.
+  // Fetches the next records of the file from key on, up to the next range known whole.
   void readAhead(const Text& file, const std::vector<std::uint8_t>& key, ReadAhead& ahead);
   // A session lost (server restarted, network cut) is opened again at the next read
   // outside a snapshot or at the next snapshot, so that the next procedure works once the
@@ -71,11 +73,12 @@ class PostgresqlReadConnection final : public ReadConnection {
   std::array<std::array<bool, 2>, kKinds> prepared_{};
   bool inTransaction_ = false;
   // A snapshot that reads many records of a file one by one (a catalogue's labels) reads
-  // them kReadAheadRows at a time after its first kPointReadsAlone: one round trip for
-  // hundreds of records, and none more for a key in a range already fetched.
+  // them by key ranges after its first kPointReadsAlone: one round trip for hundreds of
+  // records, none for a key in a range already fetched, and no record fetched twice.
   static constexpr int kPointReadsAlone = 16;
-  static constexpr int kReadAheadRows = 512;  // the LIMIT of its statement
-  TextMap<ReadAhead> readAhead_;              // by file, in the current snapshot
+  static constexpr int kFirstReadAhead = 256;
+  static constexpr int kMostReadAhead = 4096;
+  TextMap<ReadAhead> readAhead_;  // by file, in the current snapshot
 };
 
 }  // namespace velmora::store
