@@ -6,9 +6,11 @@
 //   pg_virtualenv -o fsync=off env PGHOST=/var/run/postgresql
 //   build/release/bench/bench_control_server
 #include <benchmark/benchmark.h>
+#include <libpq-fe.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 #include <velmora/base/failure.h>
@@ -98,6 +100,18 @@ void ClientTemplateQuery(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(database->RunQuery(text, u"", count));
   state.counters["rows"] = static_cast<double>(count);
 }
+
+// The floor of anything on the server: one round trip of a prepared statement that reads
+// nothing, on the benchmark's own session.
+void ServerRoundTrip(benchmark::State& state) {
+  const std::unique_ptr<PGconn, decltype(&PQfinish)> session(PQconnectdb(serverUri().c_str()),
+                                                             &PQfinish);
+  PQclear(PQprepare(session.get(), "nothing", "SELECT 1", 0, nullptr));
+  for (auto _ : state) {
+    PQclear(PQexecPrepared(session.get(), "nothing", 0, nullptr, nullptr, nullptr, 1));
+  }
+}
+BENCHMARK(ServerRoundTrip)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 // Argument 0: the SQLite file; 1: the server. Real time: the server's work is done in
 // its own processes, which the processor time of this one does not count.

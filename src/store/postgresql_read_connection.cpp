@@ -53,8 +53,13 @@ void PostgresqlReadConnection::connect() {
   // The session cannot write, whatever role it logged in with; and a statement that a
   // lock or a load keeps waiting ends with a failure instead of a hang, unless the
   // office set its own limit.
+  // Its statements are planned once: their plan does not depend on the values, and
+  // planning each execution again costs more than running it. That plan walks the primary
+  // key in its order (the order asked): never a sort, which a plan made without the
+  // values would otherwise choose for a whole file, and spill to disk.
   execute(connection_.get(),
           "SET default_transaction_read_only = on; "
+          "SET plan_cache_mode = force_generic_plan; SET enable_sort = off; "
           "SELECT CASE WHEN current_setting('statement_timeout') = '0' "
           "THEN set_config('statement_timeout', '30s', false) END",
           name_);
@@ -70,7 +75,9 @@ Result PostgresqlReadConnection::run(Kind kind, const Parameters& parameters, bo
   // the last one, it is opened again and the read made once more.
   for (int attempt = 0;; ++attempt) {
     if (!inTransaction_) connectIfLost();
-    const std::string statementName = "v" + std::to_string(kind) + (withState ? "s" : "");
+    std::string statementName(1, 'v');
+    statementName += std::to_string(kind);
+    if (withState) statementName += 's';
     try {
       if (!prepared_[kind][withState ? 1 : 0]) {
         const Result prepared(PQprepare(connection_.get(), statementName.c_str(),
@@ -131,11 +138,12 @@ std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const
   std::vector<std::uint8_t> bytes = encodeText(key);
   if (inTransaction_) {
     ReadAhead& ahead = readAhead_[file];
+    const std::string keyBytes(bytes.begin(), bytes.end());
     std::optional<Text> body;
-    if (knownAhead(ahead, bytes, body)) return body;
+    if (knownAhead(ahead, keyBytes, body)) return body;
     if (++ahead.pointReads > kPointReadsAlone) {
-      readAhead(file, bytes, ahead);
-      static_cast<void>(knownAhead(ahead, bytes, body));
+      readAhead(file, keyBytes, ahead);
+      static_cast<void>(knownAhead(ahead, keyBytes, body));
       return body;
     }
   }
@@ -144,41 +152,41 @@ std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const
   return decodeText(bytesAt(result.get(), 0, 0));
 }
 
-bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead,
-                                          const std::vector<std::uint8_t>& key,
+bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead, const std::string& key,
                                           std::optional<Text>& body) {
   auto range = ahead.ranges.upper_bound(key);
   if (range == ahead.ranges.begin()) return false;
   --range;
   if (range->second && !(key < *range->second)) return false;
   const auto found = ahead.bodies.find(key);
-  if (found != ahead.bodies.end()) body = decodeText(found->second);
+  if (found != ahead.bodies.end()) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(found->second.data());
+    body = decodeText({bytes, found->second.size()});
+  }
   return true;
 }
 
-void PostgresqlReadConnection::readAhead(const Text& file, const std::vector<std::uint8_t>& key,
+void PostgresqlReadConnection::readAhead(const Text& file, const std::string& key,
                                          ReadAhead& ahead) {
   const auto next = ahead.ranges.upper_bound(key);
   const int limit = ahead.nextRows;
   ahead.nextRows = std::min(2 * limit, kMostReadAhead);
   Parameters parameters;
-  parameters.text(toUtf8(file)).bytes(key).integer(limit);
-  if (next != ahead.ranges.end()) parameters.bytes(next->first);
+  parameters.text(toUtf8(file)).bytes({key.begin(), key.end()}).integer(limit);
+  if (next != ahead.ranges.end()) parameters.bytes({next->first.begin(), next->first.end()});
   const Result result = run(next != ahead.ranges.end() ? kReadAheadTo : kReadAhead, parameters);
   const int rows = PQntuples(result.get());
-  for (int row = 0; row < rows; ++row) {
-    const auto rowKey = bytesAt(result.get(), row, 0);
-    const auto body = bytesAt(result.get(), row, 1);
-    ahead.bodies.insert_or_assign(std::vector<std::uint8_t>(rowKey.begin(), rowKey.end()),
-                                  std::vector<std::uint8_t>(body.begin(), body.end()));
-  }
+  const auto text = [&](int row, int column) {
+    return std::string(PQgetvalue(result.get(), row, column),
+                       static_cast<std::size_t>(PQgetlength(result.get(), row, column)));
+  };
+  for (int row = 0; row < rows; ++row) ahead.bodies.insert_or_assign(text(row, 0), text(row, 1));
   // All rows asked: known up to the last one (the key past it is that key and a zero
   // byte); fewer: up to the next range, or the end of the file.
-  std::optional<std::vector<std::uint8_t>> past;
+  std::optional<std::string> past;
   if (rows == limit) {
-    const auto lastKey = bytesAt(result.get(), rows - 1, 0);
-    past.emplace(lastKey.begin(), lastKey.end());
-    past->push_back(0);
+    past = text(rows - 1, 0);
+    past->push_back('\0');
   } else if (next != ahead.ranges.end()) {
     past = next->first;
   }

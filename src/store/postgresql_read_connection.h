@@ -45,19 +45,19 @@ class PostgresqlReadConnection final : public ReadConnection {
     kReadAheadTo,
     kKinds
   };
-  // What a snapshot fetched ahead of a file: the records of some key ranges, whole.
+  // What a snapshot fetched ahead of a file: the records of some key ranges, whole. Keys
+  // are byte strings (std::string compares bytes as unsigned: the server's order).
   struct ReadAhead {
-    std::map<std::vector<std::uint8_t>, std::vector<std::uint8_t>> bodies;  // by key
+    std::map<std::string, std::string, std::less<>> bodies;  // by key
     // Ranges known whole: first key -> the key past them (nothing: the end of the file).
-    std::map<std::vector<std::uint8_t>, std::optional<std::vector<std::uint8_t>>> ranges;
+    std::map<std::string, std::optional<std::string>, std::less<>> ranges;
     int pointReads = 0;
     int nextRows = kFirstReadAhead;  // doubles at each fetch, up to kMostReadAhead
   };
   // Whether the key lies in a range already fetched whole; its body then, if any.
-  static bool knownAhead(const ReadAhead& ahead, const std::vector<std::uint8_t>& key,
-                         std::optional<Text>& body);
+  static bool knownAhead(const ReadAhead& ahead, const std::string& key, std::optional<Text>& body);
   // Fetches the next records of the file from key on, up to the next range known whole.
-  void readAhead(const Text& file, const std::vector<std::uint8_t>& key, ReadAhead& ahead);
+  void readAhead(const Text& file, const std::string& key, ReadAhead& ahead);
   // A session lost (server restarted, network cut) is opened again at the next read
   // outside a snapshot or at the next snapshot, so that the next procedure works once the
   // server is back; inside a snapshot its reads fail.
