@@ -124,14 +124,15 @@ Failure statementFailure(PGconn* connection, const PGresult* result, const std::
                                    cause + "). Vérifiez l'adresse."};
   }
   if (code == "42501") {
-    return {errors::kDatabase, base + " refuse la lecture à cet utilisateur (" + cause +
-                                   "). Demandez à l'administrateur le droit de lire la base."};
+    return {errors::kDatabase, base + " refuse cette opération à cet utilisateur (" + cause +
+                                   "). Demandez à l'administrateur de la base le droit qu'il "
+                                   "faut : lire pour un planificateur, écrire pour l'import."};
   }
   if (code == "25006") {
     return {errors::kDatabase, base + " est ouverte en lecture seule (" + cause +
                                    "). Pour y écrire, utilisez le rôle prévu pour l'import."};
   }
-  return {errors::kDatabase, base + " ne peut pas être lue (" + cause +
+  return {errors::kDatabase, base + " ne peut pas être utilisée (" + cause +
                                  "). Vérifiez le serveur et la base, puis réessayez."};
 }
 
