@@ -55,6 +55,7 @@ TEST(ConcurrentProposals, EachIsTheProposalOfOneCommittedState) {
   std::atomic<bool> stop{false};
   std::vector<std::string> wrong(2);
   std::vector<std::thread> planners;
+  planners.reserve(2);
   for (int p = 0; p < 2; ++p) {
     planners.emplace_back([&, p] {
       const auto dir = std::filesystem::path(account.directory()) / ("planner" + std::to_string(p));

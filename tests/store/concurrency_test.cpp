@@ -120,6 +120,7 @@ TEST(Concurrency, ReadersSeeWholeCommittedRoundsWhileAWriterImportsAndDeletes) {
   std::vector<Seen> results(kReaders);
   std::vector<std::set<int>> rounds(kReaders);
   std::vector<std::thread> readers;
+  readers.reserve(kReaders);
   for (int r = 0; r < kReaders; ++r) {
     readers.emplace_back([&, r] { results[r] = readUntil(account.path(), stop, rounds[r]); });
   }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
@@ -54,7 +55,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
     GTEST_SKIP() << "needs a PostgreSQL server: runs in test_store_pg (pg_virtualenv)";
   }
   const std::string schemaOption = "postgresql://?options=-csearch_path%3D";
-  const Case cases[] = {
+  const std::vector<Case> cases = {
       {"server down at open",
        [](TempAccount& account, DatabaseRef&, std::function<void()>& call) {
          cluster("stop");

@@ -49,8 +49,7 @@ namespace {
 std::string makeSchema() {
   if (!TempAccount::onServer()) return {};
   static std::atomic<int> made{0};
-  const std::string schema =
-      "velmora_test_" + std::to_string(getpid()) + "_" + std::to_string(++made);
+  std::string schema = "velmora_test_" + std::to_string(getpid()) + "_" + std::to_string(++made);
   administerServer("CREATE SCHEMA " + schema);
   return schema;
 }
