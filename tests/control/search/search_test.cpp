@@ -1,0 +1,554 @@
+// Whole searches through Init on a small account, in both vocabularies: the template
+// searches, the catalogue fills that stand in when no template exists, the show-all
+// switch, the consultation of a full key, and the texts the store is sent.
+#include <velmora/base/failure.h>
+#include "control/fixture.h"
+#include "search/time_conversion.h"
+
+namespace velmora::testing {
+namespace {
+
+const std::string kClient = "00001";
+
+// A template record: end time, kind ("S" care), items with durations and observations,
+// and for floating templates the days.
+struct TemplateSpec {
+  std::string end;
+  std::string kind;
+  Rows codes;
+  Rows durations;
+  Rows observations;
+  std::string days = {};
+};
+Table templateRecord(const TemplateSpec& t, const std::string& endDate = "") {
+  return {{endDate}, {t.end}, {t.kind},       t.codes, t.durations,
+          {""},      {""},    t.observations, {""},    {t.days}};
+}
+
+// A connection that keeps the text of every query it passes on.
+class RecordingDatabase : public NorvikDatabase {
+ public:
+  explicit RecordingDatabase(DatabaseRef inner) : inner_(std::move(inner)) {}
+  FileRef OpenFile(const Text& Nom) override { return inner_->OpenFile(Nom); }
+  RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) override {
+    queries.push_back(toUtf8(Requete));
+    return inner_->RunQuery(Requete, Options, Nombre);
+  }
+  std::unique_ptr<Snapshot> holdSnapshot() override { return inner_->holdSnapshot(); }
+  Rows queries;
+
+ private:
+  DatabaseRef inner_;
+};
+
+// Home help: types MENAGE and SOINS, groups ENTRETIEN (MENAGE) and TOILETTE (SOINS), tasks
+// A and B in ENTRETIEN, C and D in TOILETTE. Care: acts 010101, 010102 and 010103 under
+// type 0101 and regroupment 01, 020101 under 0201 and 02.
+class SearchJourney : public ControlTest {
+ protected:
+  void SetUp() override {
+    ControlTest::SetUp();
+    account.put("TPSPARAM", "1", {});
+    account.put("TYPETACHE", "MENAGE", {{"1"}});
+    account.put("TYPETACHE", "SOINS", {{"2"}});
+    account.put("GROUPETACHE", "ENTRETIEN", {{"1"}, {"MENAGE"}});
+    account.put("GROUPETACHE", "TOILETTE", {{"1"}, {"SOINS"}});
+    account.put("TACHE", "A", {{"1"}, {"ENTRETIEN"}, {""}, {""}, {"20"}});
+    account.put("TACHE", "B", {{"2"}, {"ENTRETIEN"}, {""}, {""}, {"25"}});
+    account.put("TACHE", "C", {{"1"}, {"TOILETTE"}, {""}, {""}, {"35"}});
+    account.put("TACHE", "D", {{"2"}, {"TOILETTE"}, {""}, {""}, {"40"}});
+    account.put("SSIADREGROUPSOINS", "01", {{"Soins de base"}});
+    account.put("SSIADREGROUPSOINS", "02", {{"Relationnel"}});
+    account.put("SSIADTYPESOINS", "0101", {{"Hygiène"}});
+    account.put("SSIADTYPESOINS", "0201", {{"Écoute"}});
+    account.put("SSIADSOINS", "010101", {{"Toilette complète"}, {""}, {""}, {"30"}});
+    account.put("SSIADSOINS", "010102", {{"Change"}, {""}, {""}, {"10"}});
+    account.put("SSIADSOINS", "010103", {{"Pansement"}, {""}, {""}, {"20"}});
+    account.put("SSIADSOINS", "020101", {{"Accompagnement"}, {""}, {""}, {"45"}});
+  }
+
+  std::string fixedKey(char day, const std::string& time, const char* start = "01/01/2026") {
+    return kClient + internal(start) + day + time + "01";
+  }
+  std::string floatingKey(const std::string& time) {
+    return kClient + internal("01/01/2026") + time + "01";
+  }
+  void putFixed(char day, const std::string& time, const TemplateSpec& t) {
+    account.put("TPSSEMAINETYPE", fixedKey(day, time), templateRecord(t));
+  }
+  void putFloating(const std::string& time, const TemplateSpec& t) {
+    account.put("TPSSEMAINETYPEFLOT", floatingKey(time), templateRecord(t));
+  }
+  void putList(const char* date, const Rows& codes, const Rows& minutes) {
+    account.put("AIDEDETAILTACHE", kClient + internal(date), {codes, minutes});
+  }
+  // Init with a bare client code: the search runs with the lower half filled.
+  void search(const std::string& typeAct, const std::string& code, const std::string& heureDe,
+              const std::string& heureA, const std::string& jour,
+              const std::string& dateFin = "30/11/2026") {
+    init(typeAct, code, "23/11/2026", dateFin, heureDe, heureA, jour);
+  }
+  // Init with a full key: the consultation runs.
+  void consult(const std::string& typeAct, const std::string& key,
+               const char* date = "23/11/2026") {
+    init(typeAct, key, date);
+  }
+  // Day 2 from 09:00 to 10:00. A fixed template of day 2 from 0930 to 1030 with items 0 and
+  // 1, one of day 4 with items 2 and 3, a floating one with 3 and 4.
+  void putTemplates(const std::string& kind, const Rows& c) {
+    putFixed('2', "0930", {"1030", kind, {c[0], c[1]}, {"30", "15"}, {"Sonner deux fois", ""}});
+    putFixed('4', "0800", {"1200", kind, {c[2], c[3]}, {"20", "10"}, {"", ""}});
+    putFloating("0900", {"1000", kind, {c[3], c[4]}, {"50", "25"}, {"", "obs D"}, "4"});
+  }
+  // What the lists and the total show.
+  void expectShown(const Rows& possible, const Rows& selected, const std::string& duree) {
+    EXPECT_EQ(items(ctl.Lst_Possible), possible);
+    EXPECT_EQ(items(ctl.Lst_Selectionne), selected);
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), duree);
+  }
+};
+using WholeCase = SearchJourney;
+
+TEST_F(WholeCase, HomeHelpProposesAllFourItemsAndSelectsTheMatchingTemplate) {
+  putTemplates("A", {"A", "B", "B", "C", "D"});
+  search("AUTRE", kClient, "09:00", "10:00", "0010000");
+  EXPECT_EQ(ctl.W_AfficheTache, kTrue);
+  EXPECT_EQ(table(Variable::R_TablePossible),
+            (Table{{"A", "30", ""}, {"B", "15", ""}, {"C", "10", ""}, {"D", "25", "*"}}));
+  EXPECT_EQ(table(Variable::R_TableSelection),
+            (Table{{"A", "30", "Sonner deux fois"}, {"B", "15", ""}}));
+  EXPECT_EQ(table(Variable::R_TableDurees),
+            (Table{{"A", "30"}, {"B", "15"}, {"C", "10"}, {"D", "25"}}));
+  expectShown(
+      {fixedRow("MENAGE", "ENTRETIEN", "A", "30"), fixedRow("MENAGE", "ENTRETIEN", "B", "15"),
+       fixedRow("SOINS", "TOILETTE", "C", "10"), floatingRow("SOINS", "TOILETTE", "D", "25")},
+      {selectedRow("MENAGE", "ENTRETIEN", "A", true, "30"),
+       selectedRow("MENAGE", "ENTRETIEN", "B", false, "15")},
+      "0h45");
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "B"}));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"Sonner deux fois", ""}));
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "45");
+  EXPECT_TRUE(CtrInspector(ctl).W_ListeSem().empty());  // released after the fill
+}
+
+TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
+  struct Case {
+    const char* typeAct;
+    const char* kind;
+    const char* jour;
+    Rows codesPos;
+    Rows codesSel;
+    Rows obs;
+    const char* duree;
+  };
+  const Rows acts{"010101", "010102", "010102", "020101", "010103"};
+  const Case cases[] = {
+      // Care: the labels come from the care catalogue, observations move with their rows.
+      {"SSIAD",
+       "S",
+       "0010000",
+       {"020101", "010102", "010101", "010103"},
+       {"010102", "010101"},
+       {"", "Sonner deux fois"},
+       "0h45"},
+      // Care templates are invisible to a home-help search, which falls back on the lists.
+      {"AUTRE", "S", "0010000", {}, {}, {}, ""},
+      {"AUTRE", "A", "0000000", {"A", "B", "C", "D"}, {}, {}, ""},  // another day
+      {"AUTRE", "A", "0000100", {"A", "B", "C", "D"}, {"B", "C"}, {"", ""}, "0h30"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.typeAct) + " " + c.kind + " " + c.jour);
+    const bool care = std::string(c.typeAct) == "SSIAD";
+    putTemplates(c.kind, care ? acts : Rows{"A", "B", "B", "C", "D"});
+    search(c.typeAct, kClient, "09:00", "10:00", c.jour);
+    EXPECT_EQ(ctl.W_AfficheTache, c.codesPos.empty() ? kFalse : kTrue);
+    EXPECT_EQ(items(ctl.Lst_CodePos), c.codesPos);
+    EXPECT_EQ(items(ctl.Lst_CodeSelect), c.codesSel);
+    EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
+  }
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{selectedRow("MENAGE", "ENTRETIEN", "B", false, "20"),
+                                              selectedRow("SOINS", "TOILETTE", "C", false, "10")}));
+  putTemplates("S", acts);
+  search("SSIAD", kClient, "09:00", "10:00", "0010000");
+  expectShown({fixedRow("Relationnel", "Écoute", "Accompagnement", "10"),
+               fixedRow("Soins de base", "Hygiène", "Change", "15"),
+               fixedRow("Soins de base", "Hygiène", "Toilette complète", "30"),
+               floatingRow("Soins de base", "Hygiène", "Pansement", "25")},
+              {selectedRow("Soins de base", "Hygiène", "Change", false, "15"),
+               selectedRow("Soins de base", "Hygiène", "Toilette complète", true, "30")},
+              "0h45");
+}
+
+// Which fixed templates of a day match a slot: those that touch it at either end, with
+// the host's times in minutes (08:01 is 0802) or, when the parameter says so, in decimal
+// hours; and, without an end date, one that starts later too.
+TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
+  struct Case {
+    const char* decimal;  // attribute 20 of the parameter record
+    const char* heureDe;
+    const char* heureA;
+    const char* dateFin;
+    Table selected;
+  };
+  const Case cases[] = {
+      {"0", "09:00", "10:00", "30/11/2026", {{"B", "6", ""}, {"A", "5", ""}}},
+      {"0",
+       "08:01",
+       "08:59",
+       "30/11/2026",
+       {{"D", "8", ""}, {"C", "7", ""}, {"B", "6", ""}, {"E", "9", ""}}},
+      {"1", "8.5", "9", "30/11/2026", {{"D", "8", ""}, {"B", "6", ""}, {"E", "9", ""}}},
+      {"0", "09:00", "10:00", "", {{"B", "6", ""}, {"A", "5", ""}, {"F", "4", ""}}},
+  };
+  // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0700-0850,
+  // E 0898-0899, G 1001-1100, H 0700-0801; F starts on 01/01/2027.
+  const std::vector<std::tuple<const char*, const char*, const char*>> templates{
+      {"1000", "1100", "A"}, {"0800", "0900", "B"}, {"0700", "0802", "C"}, {"0600", "0850", "D"},
+      {"0898", "0899", "E"}, {"1001", "1100", "G"}, {"0500", "0801", "H"}};
+  const char* durations = "5678912";
+  for (std::size_t i = 0; i < templates.size(); ++i) {
+    const auto& [from, to, code] = templates[i];
+    putFixed('2', from, {to, "A", {code}, {std::string(1, durations[i])}, {""}});
+  }
+  account.put("TPSSEMAINETYPE", fixedKey('2', "0900", "01/01/2027"),
+              templateRecord({"1000", "A", {"F"}, {"4"}, {""}}));
+  // One whose validity ended the day before the period is left out.
+  account.put("TPSSEMAINETYPE", fixedKey('2', "0930"),
+              templateRecord({"1000", "A", {"Z"}, {"3"}, {""}}, internal("22/11/2026")));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.heureDe) + "-" + c.heureA + " " + c.dateFin);
+    Table parameter(20, Rows{""});
+    parameter[19] = {c.decimal};
+    account.put("TPSPARAM", "1", parameter);
+    search("AUTRE", kClient, c.heureDe, c.heureA, "0010000", c.dateFin);
+    EXPECT_EQ(table(Variable::R_TableSelection), c.selected);
+  }
+}
+
+TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryRow) {
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});  // not looked at
+  putFloating("0800", {"0930", "A", {"B"}, {"20"}, {""}, "6"});
+  putFloating("0900", {"1000", "A", {"C", "D"}, {"50", "25"}, {"", "obs D"}, "24"});
+  putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
+  // Day 2 and the seventh position set: the template of day 6 never matches.
+  search("AUTRE", kClient + "FLOT", "09:00", "10:00", "0010001");
+  EXPECT_EQ(table(Variable::R_TablePossible),
+            (Table{{"B", "20"}, {"C", "50"}, {"D", "25"}, {"A", "5"}}));
+  EXPECT_EQ(table(Variable::R_TableSelection), (Table{{"C", "50", ""}, {"D", "25", "obs D"}}));
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
+  EXPECT_EQ(ctl.Lst_Possible.List(3), fromUtf8(floatingRow("SOINS", "TOILETTE", "D", "25")));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{selectedRow("SOINS", "TOILETTE", "C", false, "50"),
+                                              selectedRow("SOINS", "TOILETTE", "D", true, "25")}));
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "75");
+
+  putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
+  search("SSIAD", kClient + "FLOT", "09:00", "10:00", "010000");
+  expectShown({floatingRow("Relationnel", "Écoute", "Accompagnement", "15"),
+               floatingRow("Soins de base", "Hygiène", "Toilette complète", "30")},
+              {selectedRow("Relationnel", "Écoute", "Accompagnement", false, "15"),
+               selectedRow("Soins de base", "Hygiène", "Toilette complète", true, "30")},
+              "0h45");
+}
+
+TEST_F(SearchJourney, ItemsWithoutCatalogueRecordsOrTooWideKeepTheTablesAndObservationNumbers) {
+  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});  // group missing
+  putFixed('3', "0900", {"1000", "A", {"ZZ", "E", "A"}, {"5", "6", "7"}, {"o1", "o2", "o3"}});
+  search("AUTRE", kClient, "09:00", "10:00", "0001000");
+  EXPECT_EQ(table(Variable::R_TableDurees), (Table{{"ZZ", "5"}, {"E", "6"}, {"A", "7"}}));
+  expectShown({fixedRow("MENAGE", "ENTRETIEN", "A", "7")},
+              {selectedRow("MENAGE", "ENTRETIEN", "A", true, "7")}, "0h07");
+  EXPECT_EQ(attributes(Variable::R_Obs, 3), (Rows{"", "", "o3"}));  // at the table's row
+  // A duration wider than its column leaves the row without one.
+  putFixed('3', "0900", {"1000", "A", {"A", "B"}, {"12345678", "1234567"}, {"", ""}});
+  search("AUTRE", kClient, "09:00", "10:00", "0001000");
+  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{col("MENAGE") + col("ENTRETIEN") + col("A") + "  ",
+                                           fixedRow("MENAGE", "ENTRETIEN", "B", "1234567")}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{col("MENAGE") + col("ENTRETIEN") + col("A") + " ",
+                                              col("MENAGE") + col("ENTRETIEN") + col("B") + " "}));
+
+  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
+  account.put("SSIADSOINS", "019901", {{"Sans type"}, {""}, {""}, {"5"}});
+  putFixed('3', "0900", {"1000", "S", {"990101", "019901", "010101"}, {"5", "6", "7"}, {}});
+  search("SSIAD", kClient, "09:00", "10:00", "0001000");
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"010101"}));
+}
+
+TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
+  // An empty criterion stops the search before any table is made.
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"5"}, {""}});
+  search("AUTRE", kClient, "09:00", "", "0010000");
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty());
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+  account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
+
+  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});
+  putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
+  putList("01/10/2026", {"A", "B"}, {"12", "45"});
+  account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
+  search("AUTRE", kClient, "09:00", "10:00", "0000001");
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_EQ(table(Variable::R_TableDurees),
+            (Table{{"B", "30"}, {"ZZ", "5"}, {"C", ""}, {"E", "9"}, {"A", "12"}}));
+  expectShown(
+      {catalogueRow("MENAGE", "ENTRETIEN", "A", "12"),
+       catalogueRow("MENAGE", "ENTRETIEN", "B", "30"), catalogueRow("SOINS", "TOILETTE", "C", "")},
+      {}, "");
+
+  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
+  account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
+  search("SSIAD", kClient, "09:00", "10:00", "0000001");
+  expectShown({catalogueRow("Relationnel", "Écoute", "Accompagnement", "45"),
+               catalogueRow("Soins de base", "Hygiène", "Change", "10"),
+               catalogueRow("Soins de base", "Hygiène", "Pansement", "20"),
+               catalogueRow("Soins de base", "Hygiène", "Surveillance", ""),
+               catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30")},
+              {}, "");
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"020101", "010102", "010103", "010104", "010101"}));
+}
+
+TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAndGoesBack) {
+  account.put("GROUPETACHE", "SANSTYPE", {{"1"}, {"INCONNU"}});  // cannot be placed
+  account.put("TACHE", "G", {{"1"}, {"SANSTYPE"}, {""}, {""}, {"1"}});
+  account.put("TACHE", "F", {{"1"}, {"ORPHELIN"}, {""}, {""}, {"2"}});
+  putFixed('2', "0900", {"1000", "A", {"A", "B", "C"}, {"0", "", "12"}, {"obs", "", ""}});
+  search("AUTRE", kClient, "09:00", "10:00", "0010000");
+  const Rows selection = items(ctl.Lst_Selectionne);
+  ctl.Cac_TouteTache.toggle();
+  // A keeps the catalogue's 20 over a "0", B its 25 over a "", C shows the client's 12.
+  expectShown(
+      {catalogueRow("MENAGE", "ENTRETIEN", "A", "20"),
+       catalogueRow("MENAGE", "ENTRETIEN", "B", "25"), catalogueRow("SOINS", "TOILETTE", "C", "12"),
+       catalogueRow("SOINS", "TOILETTE", "D", "40")},
+      selection, "0h12");
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
+  ctl.Cac_TouteTache.toggle();
+  // Back to the search, without the lower half: the total starts again from nothing.
+  expectShown({fixedRow("MENAGE", "ENTRETIEN", "A", "0"), fixedRow("MENAGE", "ENTRETIEN", "B", ""),
+               fixedRow("SOINS", "TOILETTE", "C", "12")},
+              selection, "");
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "0");
+
+  // Without any duration table (the guard stopped the search) the catalogue keeps its own.
+  search("AUTRE", kClient, "09:00", "", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogueRow("MENAGE", "ENTRETIEN", "A", "20")));
+  // Without task types the catalogue is empty.
+  account.remove("TYPETACHE", "MENAGE");
+  account.remove("TYPETACHE", "SOINS");
+  search("AUTRE", kClient, "09:00", "10:00", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty() && items(ctl.Lst_CodePos).empty());
+}
+
+TEST_F(SearchJourney, CareAndFloatingSearchesTickToTheCatalogueAndBack) {
+  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
+  search("SSIAD", kClient, "09:00", "10:00", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  expectShown({catalogueRow("Relationnel", "Écoute", "Accompagnement", "45"),
+               catalogueRow("Soins de base", "Hygiène", "Change", "10"),
+               catalogueRow("Soins de base", "Hygiène", "Pansement", "20"),
+               catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30")},
+              {selectedRow("Soins de base", "Hygiène", "Toilette complète", false, "35")}, "0h35");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible),
+            (Rows{fixedRow("Soins de base", "Hygiène", "Toilette complète", "35")}));
+
+  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
+  search("AUTRE", kClient + "FLOT", "09:00", "10:00", "001000");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogueRow("SOINS", "TOILETTE", "C", "50")));
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{floatingRow("SOINS", "TOILETTE", "C", "50")}));
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
+}
+
+class Consultation : public SearchJourney {
+ protected:
+  void SetUp() override {
+    SearchJourney::SetUp();
+    putList("01/10/2026", {"A", "B"}, {"12", "45"});
+    putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
+    putList("01/12/2026", {"D"}, {"99"});
+  }
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
+};
+
+TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
+  account.put("TPSDETAILSINTERV", detailKey,
+              {{""},
+               {"1000"},
+               {""},
+               {""},
+               {""},
+               {""},
+               {"C", "ZZ", "A"},
+               {"10", "5", ""},
+               {"", "obs ZZ", "obs A"}});
+  consult("AUTRE", detailKey);
+  // The list of 01/11 alone; "0" and "" are passed over without a gap.
+  EXPECT_EQ(table(Variable::R_TableDurees),
+            (Table{{"B", "30"}, {"C", ""}, {"A", "40"}, {"A", "50"}}));
+  // ZZ has no task record: left out, and the observations stay with their rows.
+  expectShown({selectedRow("MENAGE", "ENTRETIEN", "A", false, "40"),
+               selectedRow("MENAGE", "ENTRETIEN", "A", false, "50"),
+               selectedRow("MENAGE", "ENTRETIEN", "B", false, "30"),
+               selectedRow("SOINS", "TOILETTE", "C", false, "")},
+              {selectedRow("MENAGE", "ENTRETIEN", "A", true, ""),
+               selectedRow("SOINS", "TOILETTE", "C", false, "10")},
+              "0h10");
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "C"}));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"obs A", ""}));
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
+  // Ticking lets the last valid duration win: A shows 50, C its catalogue 35.
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible)[0], catalogueRow("MENAGE", "ENTRETIEN", "A", "50"));
+  EXPECT_EQ(items(ctl.Lst_Possible)[2], catalogueRow("SOINS", "TOILETTE", "C", "35"));
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "A", "B", "C"}));
+  EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h10");
+
+  // Before the first list, or at 15/10 with the list of 01/10, and without items.
+  account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
+  consult("AUTRE", detailKey, "15/10/2026");
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B"}));
+  EXPECT_TRUE(items(ctl.Lst_Selectionne).empty());
+  EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
+  consult("AUTRE", detailKey, "01/01/2026");
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+}
+
+TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
+  putFixed('2', "0930",
+           {"1030", "S", {"020101", "010101"}, {"15", "30"}, {"", "Sonner deux fois"}});
+  consult("SSIAD", fixedKey('2', "0930") + "SEMTYPE");
+  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
+  EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
+  expectShown({catalogueRow("Relationnel", "Écoute", "Accompagnement", "45"),
+               catalogueRow("Soins de base", "Hygiène", "Change", "10"),
+               catalogueRow("Soins de base", "Hygiène", "Pansement", "20"),
+               catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30")},
+              {selectedRow("Relationnel", "Écoute", "Accompagnement", false, "15"),
+               selectedRow("Soins de base", "Hygiène", "Toilette complète", true, "30")},
+              "0h45");
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
+
+  putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
+  consult("AUTRE", floatingKey("0900") + "SEMTYPEFLOT");
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{selectedRow("MENAGE", "ENTRETIEN", "A", false, "5"),
+                                              selectedRow("SOINS", "TOILETTE", "D", true, "25")}));
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "A", "B", "C"}));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
+}
+
+TEST_F(SearchJourney, TheQueriesSentToTheStore) {
+  const auto request = [](const std::string& query, const char* file, const char* columns) {
+    const std::string mark = toUtf8(Text(1, kAttributeMark));
+    return query + mark + file + mark + columns;
+  };
+  const std::string d1 = internal("23/11/2026");
+  const std::string d2 = internal("30/11/2026");
+  const auto templates = [&](const char* file, const char* suffix, bool withEnd, const char* kind) {
+    std::string q =
+        std::string("SSELECT ") + file + " AVEC CodeAide" + suffix + " = \"00001\" AND AVEC ";
+    if (withEnd) q += std::string("DateDeb") + suffix + " <= \"" + d2 + "\" AND AVEC ";
+    return request(
+        q + "1 >= \"" + d1 + "\" OR = \"\" AND AVEC 4 <> \"\" AND AVEC TypeAct" + suffix + kind,
+        file, "0");
+  };
+  const std::string lists =
+      request("SSELECT AIDEDETAILTACHE AVEC @ID = \"00001]\" PAR-DECR @ID", "AIDEDETAILTACHE", "0");
+  const std::string care = request("SSELECT SSIADSOINS PAR 1", "SSIADSOINS", "0 1 4");
+  struct Case {
+    const char* typeAct;
+    std::string code;
+    const char* dateFin;
+    const char* heureA;
+    Rows sent;
+  };
+  const Case cases[] = {
+      {"AUTRE",
+       kClient,
+       "30/11/2026",
+       "10:00",
+       {templates("TPSSEMAINETYPEFLOT", "Flot", true, " <> \"S\""),
+        templates("TPSSEMAINETYPE", "SemType", true, " <> \"S\""), lists}},
+      {"SSIAD",
+       kClient,
+       "",
+       "10:00",
+       {templates("TPSSEMAINETYPEFLOT", "Flot", false, " = \"S\""),
+        templates("TPSSEMAINETYPE", "SemType", false, " = \"S\""), care}},
+      // A floating code asks the floating file alone; neither vocabulary: care stands in.
+      {"OTHER",
+       kClient + "FLOT",
+       "",
+       "10:00",
+       {templates("TPSSEMAINETYPEFLOT", "Flot", false, " <> \"S\""), care}},
+      {"AUTRE", kClient, "", "", {}},  // the guard sends nothing
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.typeAct);
+    auto recording = std::make_shared<RecordingDatabase>(account.open());
+    ctl.TheDatabase(DatabaseRef(recording));
+    InitArguments a{fromUtf8(c.typeAct), fromUtf8(c.code), u"23/11/2026",
+                    fromUtf8(c.dateFin), u"09:00",         fromUtf8(c.heureA),
+                    u"0010000"};
+    ctl.Init(a);
+    EXPECT_EQ(recording->queries, c.sent);
+    if (c.sent.size() != 3 || c.sent[2] != lists) continue;
+    recording->queries.clear();
+    ctl.Cac_TouteTache.toggle();
+    EXPECT_EQ(recording->queries,
+              (Rows{request("SSELECT TYPETACHE PAR 1", "TYPETACHE", "0 1"),
+                    request("SSELECT GROUPETACHE PAR 2 PAR 1", "GROUPETACHE", "0 1 2"),
+                    request("SSELECT TACHE PAR 2 PAR 1", "TACHE", "0 1 2 5")}));
+  }
+  // An end date that is no date drops both date clauses; a consultation limits the lists
+  // to the key's date.
+  auto recording = std::make_shared<RecordingDatabase>(account.open());
+  ctl.TheDatabase(DatabaseRef(recording));
+  InitArguments a{u"AUTRE", fromUtf8(kClient), u"23/11/2026", u"pas une date",
+                  u"09:00", u"10:00",          u"0010000"};
+  ctl.Init(a);
+  EXPECT_EQ(
+      recording->queries.at(1),
+      request("SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = \"00001\" AND AVEC 4 <> \"\" AND "
+              "AVEC TypeActSemType <> \"S\"",
+              "TPSSEMAINETYPE", "0"));
+  recording->queries.clear();
+  InitArguments key{
+      u"AUTRE", fromUtf8("INT01" + kClient + d1 + "XXXXXX20900"), u"20/11/2026", u"", u"", u"",
+      u""};
+  ctl.Init(key);
+  EXPECT_EQ(recording->queries,
+            Rows{request("SELECT AIDEDETAILTACHE AVEC 0 = \"00001]\" AND AVEC 0 <= \"[" +
+                             internal("20/11/2026") + "\" PAR-DECR 0",
+                         "AIDEDETAILTACHE", "0")});
+}
+
+TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
+  const std::vector<std::pair<const char*, const char*>> cases = {
+      {"08:00", "0800"}, {"08:01", "0802"}, {"08:15", "0825"}, {"08:20", "0833"},
+      {"08:30", "0850"}, {"08:40", "0867"}, {"08:45", "0875"}, {"08:59", "0898"},
+      {"23:10", "2317"}, {"07h05", "0708"}};
+  for (const auto& [in, out] : cases) {
+    EXPECT_EQ(toUtf8(search::minutesToFourDigit(fromUtf8(in))), out) << in;
+  }
+  for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
+           {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
+    EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
+  }
+  for (const Text bad : {u"08:xx", u"8", u""}) {
+    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
+        << toUtf8(bad);
+  }
+  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
+            errors::kTypeMismatch);
+}
+
+}  // namespace
+}  // namespace velmora::testing
