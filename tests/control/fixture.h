@@ -157,7 +157,7 @@ class ControlTest : public ::testing::Test {
   void edit(int row, std::string_view minutes) {
     ctl.Lst_Selectionne.click(row);
     ctl.Lst_Selectionne.doubleClick(row);
-    while (!ctl.Txt_DureeSoin.getText().empty()) ctl.Txt_DureeSoin.typeKey(8);
+    for (int i = 0; i < 5; ++i) ctl.Txt_DureeSoin.typeKey(8);
     ctl.Txt_DureeSoin.typeText(fromUtf8(minutes));
     ctl.Cmd_OKVelmora.press();
   }
