@@ -403,10 +403,11 @@ TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   select({0, 1, 2});
   observe(0, "A");
   observe(2, "C");
-  edit(1, "10");
+  edit(0, "10");  // the marker survives the edit
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0, true, "10"), sel(1), sel(2, true)}));
   remove(0);
-  EXPECT_EQ(snapshot(ctl), state({sel(1, false, "10"), sel(2, true)}, {"VAISSELLE", "DEJEUNER"},
-                                 {"", "C"}, "0h10", "10", kDone));
+  EXPECT_EQ(snapshot(ctl), state({sel(1), sel(2, true)}, {"VAISSELLE", "DEJEUNER"}, {"", "C"},
+                                 "0h40", "40", kDone));
   EXPECT_EQ(Variable::R_Obs->r(), u"\uF8FEC");
   remove(0);
   EXPECT_EQ(snapshot(ctl).total, "0");
