@@ -54,22 +54,6 @@ Table templateRecord(const TemplateSpec& t, const std::string& endDate = "") {
           {""},      {""},    t.observations, {""},    {t.days}};
 }
 
-// A connection that keeps the text of every query it passes on.
-class RecordingDatabase : public NorvikDatabase {
- public:
-  explicit RecordingDatabase(DatabaseRef inner) : inner_(std::move(inner)) {}
-  FileRef OpenFile(const Text& Nom) override { return inner_->OpenFile(Nom); }
-  RecordRef RunQuery(const Text& Requete, const Text& Options, long& Nombre) override {
-    queries.push_back(toUtf8(Requete));
-    return inner_->RunQuery(Requete, Options, Nombre);
-  }
-  std::unique_ptr<Snapshot> holdSnapshot() override { return inner_->holdSnapshot(); }
-  Rows queries;
-
- private:
-  DatabaseRef inner_;
-};
-
 // Home help: types MENAGE and SOINS, groups ENTRETIEN (MENAGE) and TOILETTE (SOINS), tasks
 // A and B in ENTRETIEN, C and D in TOILETTE. Care: acts 010101, 010102 and 010103 under
 // type 0101 and regroupment 01, 020101 under 0201 and 02.
@@ -223,6 +207,12 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
        {{"D", "8", ""}, {"C", "7", ""}, {"B", "6", ""}, {"E", "9", ""}}},
       {"1", "8.5", "9", "30/11/2026", {{"D", "8", ""}, {"B", "6", ""}, {"E", "9", ""}}},
       {"0", "09:00", "10:00", "", {{"B", "6", ""}, {"A", "5", ""}, {"F", "4", ""}}},
+      // An end date that is no date drops both date tests.
+      {"0",
+       "09:00",
+       "10:00",
+       "pas une date",
+       {{"B", "6", ""}, {"Z", "3", ""}, {"A", "5", ""}, {"F", "4", ""}}},
   };
   // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0600-0850,
   // E 0898-0899, G 1001-1100, H 0500-0801; F starts on 01/01/2027.
@@ -319,6 +309,8 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
       {catalogueRow("020101", "45"), catalogueRow("010102", "10"), catalogueRow("010103", "20"),
        catalogueRow("010104", ""), catalogueRow("010101", "30")},
       {}, "");
+  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"020101", "010102", "010103", "010104", "010101"}));
+  search("OTHER", kClient, "09:00", "10:00", "0000001");  // neither vocabulary: care acts
   EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"020101", "010102", "010103", "010104", "010101"}));
 }
 
@@ -440,92 +432,6 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
             (Rows{selectedRow("A", false, "5"), selectedRow("D", true, "25")}));
   EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "A", "B", "C"}));
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
-}
-
-TEST_F(SearchJourney, TheQueriesSentToTheStore) {
-  const auto request = [](const std::string& query, const char* file, const char* columns) {
-    const std::string mark = toUtf8(Text(1, kAttributeMark));
-    return query + mark + file + mark + columns;
-  };
-  const std::string d1 = internal("23/11/2026");
-  const std::string d2 = internal("30/11/2026");
-  const auto templates = [&](const char* file, const char* suffix, bool withEnd, const char* kind) {
-    std::string q =
-        std::string("SSELECT ") + file + " AVEC CodeAide" + suffix + " = \"00001\" AND AVEC ";
-    if (withEnd) q += std::string("DateDeb") + suffix + " <= \"" + d2 + "\" AND AVEC ";
-    return request(
-        q + "1 >= \"" + d1 + "\" OR = \"\" AND AVEC 4 <> \"\" AND AVEC TypeAct" + suffix + kind,
-        file, "0");
-  };
-  const std::string lists =
-      request("SSELECT AIDEDETAILTACHE AVEC @ID = \"00001]\" PAR-DECR @ID", "AIDEDETAILTACHE", "0");
-  const std::string care = request("SSELECT SSIADSOINS PAR 1", "SSIADSOINS", "0 1 4");
-  struct Case {
-    const char* typeAct;
-    std::string code;
-    const char* dateFin;
-    const char* heureA;
-    Rows sent;
-  };
-  const Case cases[] = {
-      {"AUTRE",
-       kClient,
-       "30/11/2026",
-       "10:00",
-       {templates("TPSSEMAINETYPEFLOT", "Flot", true, " <> \"S\""),
-        templates("TPSSEMAINETYPE", "SemType", true, " <> \"S\""), lists}},
-      {"SSIAD",
-       kClient,
-       "",
-       "10:00",
-       {templates("TPSSEMAINETYPEFLOT", "Flot", false, " = \"S\""),
-        templates("TPSSEMAINETYPE", "SemType", false, " = \"S\""), care}},
-      // A floating code asks the floating file alone; neither vocabulary: care stands in.
-      {"OTHER",
-       kClient + "FLOT",
-       "",
-       "10:00",
-       {templates("TPSSEMAINETYPEFLOT", "Flot", false, " <> \"S\""), care}},
-      {"AUTRE", kClient, "", "", {}},  // the guard sends nothing
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.typeAct);
-    auto recording = std::make_shared<RecordingDatabase>(account.open());
-    ctl.TheDatabase(DatabaseRef(recording));
-    InitArguments a{fromUtf8(c.typeAct), fromUtf8(c.code), u"23/11/2026",
-                    fromUtf8(c.dateFin), u"09:00",         fromUtf8(c.heureA),
-                    u"0010000"};
-    ctl.Init(a);
-    EXPECT_EQ(recording->queries, c.sent);
-    if (c.sent.size() != 3 || c.sent[2] != lists) continue;
-    recording->queries.clear();
-    ctl.Cac_TouteTache.toggle();
-    EXPECT_EQ(recording->queries,
-              (Rows{request("SSELECT TYPETACHE PAR 1", "TYPETACHE", "0 1"),
-                    request("SSELECT GROUPETACHE PAR 2 PAR 1", "GROUPETACHE", "0 1 2"),
-                    request("SSELECT TACHE PAR 2 PAR 1", "TACHE", "0 1 2 5")}));
-  }
-  // An end date that is no date drops both date clauses; a consultation limits the lists
-  // to the key's date.
-  auto recording = std::make_shared<RecordingDatabase>(account.open());
-  ctl.TheDatabase(DatabaseRef(recording));
-  InitArguments a{u"AUTRE", fromUtf8(kClient), u"23/11/2026", u"pas une date",
-                  u"09:00", u"10:00",          u"0010000"};
-  ctl.Init(a);
-  EXPECT_EQ(
-      recording->queries.at(1),
-      request("SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = \"00001\" AND AVEC 4 <> \"\" AND "
-              "AVEC TypeActSemType <> \"S\"",
-              "TPSSEMAINETYPE", "0"));
-  recording->queries.clear();
-  InitArguments key{
-      u"AUTRE", fromUtf8("INT01" + kClient + d1 + "XXXXXX20900"), u"20/11/2026", u"", u"", u"",
-      u""};
-  ctl.Init(key);
-  EXPECT_EQ(recording->queries,
-            Rows{request("SELECT AIDEDETAILTACHE AVEC 0 = \"00001]\" AND AVEC 0 <= \"[" +
-                             internal("20/11/2026") + "\" PAR-DECR 0",
-                         "AIDEDETAILTACHE", "0")});
 }
 
 TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
