@@ -35,7 +35,7 @@ TEST(Events, KeysActAtTheCaretAndOnTheSelection) {
     const char16_t* after;
     int caret;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {u"15", 0, 2, '4', u"4", 1},        {u"15", 0, 0, '4', u"415", 1},
       {u"15", 1, 0, '4', u"145", 2},      {u"145", 1, 1, 8, u"15", 1},
       {u"145", 1, 0, 8, u"45", 0},        {u"145", 0, 0, 8, u"145", 0},

@@ -54,7 +54,7 @@ Lists randomLists(std::mt19937& random, int n) {
   static const std::vector<Text> durations{u"", u"5", u"30", u"120", u"0", u"12345"};
   Lists l;
   for (int i = 0; i < n; ++i) {
-    const Text duration = durations[below(6)];
+    const Text& duration = durations[below(6)];
     Text r;
     for (int c = 0; c < 3; ++c) r += rows::textColumn(values[below(8)]);
     const unsigned kind = below(4);
@@ -89,8 +89,8 @@ class Sorts : public ControlTest {
     R_Obs = RecordRef::make(l.observations);
     selection ? CtrDriver(ctl).Trie_Selectionne() : CtrDriver(ctl).Trie_Possible();
     documentedSort(l, selection);
-    std::vector<bool> marks;
-    for (int i = 0; i < rows.ListCount(); ++i) marks.push_back(rows.Selected(i));
+    std::vector<bool> marks(static_cast<std::size_t>(rows.ListCount()));
+    for (std::size_t i = 0; i < marks.size(); ++i) marks[i] = rows.Selected(static_cast<int>(i));
     ASSERT_EQ(items(rows), toUtf8(l.rows));
     ASSERT_EQ(items(codes), toUtf8(l.codes));
     if (!selection) ASSERT_EQ(marks, l.marks);
@@ -139,8 +139,8 @@ TEST_F(Sorts, ListsOfMoreThan32767RowsSortWhole) {
   std::mt19937 random(5);
   const int n = 40000;
   for (int i = 0; i < n; ++i) {
-    ctl.Lst_Possible.AddItem(rows::textColumn(numberText(random() % 5000)) + Text(52, u' ') +
-                             rows::proposalDuration(numberText(i)));
+    ctl.Lst_Possible.AddItem(rows::textColumn(numberText(static_cast<int>(random() % 5000))) +
+                             Text(52, u' ') + rows::proposalDuration(numberText(i)));
     ctl.Lst_CodePos.AddItem(numberText(i));
   }
   CtrDriver(ctl).Trie_Possible();

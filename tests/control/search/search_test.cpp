@@ -153,7 +153,7 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
     const char* duree;
   };
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
-  const Case cases[] = {
+  const std::vector<Case> cases{
       // Care: the labels come from the care catalogue, observations move with their rows.
       {"SSIAD",
        "S",
@@ -198,7 +198,7 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
     const char* dateFin;
     Table selected;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {"0", "09:00", "10:00", "30/11/2026", {{"B", "6", ""}, {"A", "5", ""}}},
       {"0",
        "08:01",

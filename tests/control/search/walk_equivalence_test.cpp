@@ -20,8 +20,8 @@ using Answer = std::vector<std::vector<std::string>>;
 NorvikRecord answer(const Answer& rows) {
   NorvikRecord r;
   for (const auto& row : rows) {
-    std::vector<Text> values;
-    for (const auto& v : row) values.push_back(fromUtf8(v));
+    std::vector<Text> values(row.size());
+    for (std::size_t i = 0; i < row.size(); ++i) values[i] = fromUtf8(row[i]);
     r.appendAttribute(std::move(values));
   }
   return r;
@@ -65,7 +65,7 @@ Text directOverride(const NorvikRecord& durees, const Text& code, Text row) {
   }
   return row;
 }
-Text indexedOverride(const DurationOverrides& known, const Text& code, Text row) {
+Text indexedOverride(const DurationOverrides& known, const Text& code, const Text& row) {
   const auto* found = known.find(code);
   return found != nullptr && found->duration ? withOverriddenDuration(row, *found->duration) : row;
 }
@@ -154,7 +154,7 @@ TEST(TaskCatalogueWalk, TheDocumentedEdgeCases) {
     Answer T, G, K;
     std::vector<CatalogueRow> rows;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {"groups sorted by type",
        {{"MENAGE", "1"}, {"REPAS", "2"}},
        {{"LINGE", "1", "MENAGE"}, {"SOLS", "2", "MENAGE"}, {"CUISINE", "1", "REPAS"}},

@@ -95,7 +95,7 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
     Rows codes;
     const char* duree;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {"a second item with the same task column is a duplicate",
        {{catalogueRow("Ménage", "Entretien", "VAISSELLE", "25"), "VAISSELLE"},
         {catalogueRow("Repas", "Cuisine", "VAISSELLE", "10"), "VAISSELLE2"}},
@@ -157,7 +157,7 @@ TEST_F(Selection, EveryOperationRefreshesTheMandatoryLabelEvenWhenItChangesNothi
     std::function<void()> action;
     bool unchanged;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {"nothing marked",
        [&] {
          select({0, 0});
@@ -217,7 +217,7 @@ TEST_F(Editing, EditsChangeTheRowTheTotalAndWhatTheHostReads) {
     const char* duree;
     const char* total;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {{1, 0}, {"10"}, 0, "10", "0h50", "50"}, {{1, 0}, {"10", ""}, 0, "", "0h40", "40"},
       {{0, 1}, {"0"}, 0, "0", "0h40", "40"},   {{2}, {"75"}, 2, "75", "1h15", "75"},
       {{0, 1}, {"25"}, 0, "25", "1h05", "65"},
@@ -311,7 +311,7 @@ TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemOnlyDuringAnEdit) {
 TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   select({0, 1, 2});
   observe(1, "Sonner deux fois\nCode 1234");
-  Text shown[4];
+  std::array<Text, 4> shown;
   withDialog(1, [&](Frm_AjoutObsTache& d) {
     shown[0] = d.Txt_Type.getText() + u"|" + d.Txt_Groupe.getText() + u"|" + d.Txt_Tache.getText();
     shown[1] = d.Txt_Obs.getText();
@@ -450,7 +450,7 @@ TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRo
     std::size_t questions;
     int dialogs;
   };
-  const Case cases[] = {
+  const std::vector<Case> cases{
       {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 0, "", 1, 0},
       {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, errors::kInvalidCall, "0h00", 1, 0},
       {&ctl.Cmd_OKVelmora, 0, errors::kInvalidCall, "0h45", 0, 0},
