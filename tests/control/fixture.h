@@ -40,10 +40,6 @@ inline std::string catalogueRow(std::string_view c1, std::string_view c2, std::s
                                 std::string_view minutes) {
   return col(c1) + col(c2) + col(c3) + right(minutes, 7);
 }
-inline std::string fixedRow(std::string_view c1, std::string_view c2, std::string_view c3,
-                            std::string_view minutes) {
-  return catalogueRow(c1, c2, c3, minutes) + "  ";
-}
 inline std::string floatingRow(std::string_view c1, std::string_view c2, std::string_view c3,
                                std::string_view minutes) {
   return catalogueRow(c1, c2, c3, minutes) + "  *";
