@@ -125,22 +125,26 @@ TEST(Events, ListGesturesMarksAndTheCurrentRow) {
 TEST(Events, ListenersHearEachChangeUntilTheyUnsubscribe) {
   ListBox list("Lst", kAnywhere, 0, false);
   Label label("Etq", kAnywhere, 0, u"");
+  CheckBox box("Cac", kAnywhere, 0, u"", 0);
   std::vector<std::pair<Change, int>> heard;
   const auto listen = [&](Change c, int row) { heard.emplace_back(c, row); };
   auto token = list.subscribe(listen);
   auto labelToken = label.subscribe(listen);
+  auto boxToken = box.subscribe(listen);
   list.AddItem(u"x");
   list.setList(0, u"y");
   list.RemoveItem(0);
   list.Clear();
   label.setCaption(u"Total");
+  box.setValue(1);
   token.reset();
   list.AddItem(u"z");
   EXPECT_EQ(heard, (std::vector<std::pair<Change, int>>{{Change::RowAdded, 0},
                                                         {Change::RowChanged, 0},
                                                         {Change::RowRemoved, 0},
                                                         {Change::RowsReset, -1},
-                                                        {Change::Caption, -1}}));
+                                                        {Change::Caption, -1},
+                                                        {Change::Value, -1}}));
 }
 
 TEST(Events, AFormRefusesToUnloadAndScriptedServicesAnswerInOrder) {

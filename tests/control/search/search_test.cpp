@@ -244,16 +244,19 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   putFloating("0800", {"0930", "A", {"B"}, {"20"}, {""}, "6"});
   putFloating("0900", {"1000", "A", {"C", "D"}, {"50", "25"}, {"", "obs D"}, "24"});
   putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
+  putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
   search("AUTRE", kClient + "FLOT", "09:00", "10:00", "0010001");
   EXPECT_EQ(table(Variable::R_TablePossible),
-            (Table{{"B", "20"}, {"C", "50"}, {"D", "25"}, {"A", "5"}}));
-  EXPECT_EQ(table(Variable::R_TableSelection), (Table{{"C", "50", ""}, {"D", "25", "obs D"}}));
+            (Table{{"A", "5"}, {"B", "20"}, {"C", "50"}, {"D", "25"}}));
+  EXPECT_EQ(table(Variable::R_TableSelection),
+            (Table{{"A", "5", ""}, {"C", "50", ""}, {"D", "25", "obs D"}}));
   EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
   EXPECT_EQ(ctl.Lst_Possible.List(3), fromUtf8(floatingRow("D", "25")));
   EXPECT_EQ(items(ctl.Lst_Selectionne),
-            (Rows{selectedRow("C", false, "50"), selectedRow("D", true, "25")}));
-  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "75");
+            (Rows{selectedRow("A", false, "5"), selectedRow("C", false, "50"),
+                  selectedRow("D", true, "25")}));
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
 
   putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
   search("SSIAD", kClient + "FLOT", "09:00", "10:00", "010000");
