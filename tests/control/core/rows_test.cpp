@@ -71,6 +71,7 @@ TEST(Durations, MinutesShowAsHoursAndReadBack) {
         << key;
   }
   // Text that is no number fails and stays as written; the next write converts again.
+  EXPECT_EQ(failureNumber([&] { c.Txt_Duree.setText(u"9000000000000000"); }), errors::kOverflow);
   EXPECT_EQ(failureNumber([&] { c.Txt_Duree.setText(u"1h30"); }), errors::kTypeMismatch);
   EXPECT_EQ(c.Txt_Duree.getText(), u"1h30");
   c.Txt_Duree.setText(u"45");
