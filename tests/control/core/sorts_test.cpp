@@ -116,24 +116,6 @@ TEST_F(Sorts, TheSameOrderAsTheDocumentedSortOnRandomAndLongLists) {
   check(randomLists(random, 1500), true);
 }
 
-TEST_F(Sorts, EqualRowsKeepTheirOwnCodesAndObservationsAndTheLabelIsSetAnyway) {
-  const Text same = rows::textColumn(u"Soins") + rows::textColumn(u"Toilette") +
-                    rows::textColumn(u"Douche") + rows::selectionMarkerAndDuration(true, u"20");
-  const Text first = rows::textColumn(u"Aide") + rows::textColumn(u"Repas") +
-                     rows::textColumn(u"Courses") + rows::selectionMarkerAndDuration(false, u"");
-  Lists l{{same, same, first}, {false, false, false}, 1, {u"D1", u"D2", u"C1"}, {}};
-  l.observations.set(1, u"porte bleue");
-  l.observations.set(2, u"chien");
-  check(l, true);
-  // The only exchange is of rows 2 and 0: the first equal row goes last.
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C1", "D2", "D1"}));
-  EXPECT_EQ(attributes(R_Obs, 3), (Rows{"", "chien", "porte bleue"}));
-  ctl.Etq_Imperativite.setVisible(true);
-  check({{first}, {false}, -1, {u"B1"}, {}}, true);
-  EXPECT_FALSE(ctl.Etq_Imperativite.Visible());
-  EXPECT_EQ(R_Obs->DCount(), 0);  // nothing moved: the observations were not written
-}
-
 TEST_F(Sorts, ListsOfMoreThan32767RowsSortWhole) {
   // Row i has code i, so that each row can be matched with its code afterwards.
   std::mt19937 random(5);

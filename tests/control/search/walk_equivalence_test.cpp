@@ -155,14 +155,6 @@ TEST(TaskCatalogueWalk, TheDocumentedEdgeCases) {
     std::vector<CatalogueRow> rows;
   };
   const std::vector<Case> cases{
-      {"groups sorted by type",
-       {{"MENAGE", "1"}, {"REPAS", "2"}},
-       {{"LINGE", "1", "MENAGE"}, {"SOLS", "2", "MENAGE"}, {"CUISINE", "1", "REPAS"}},
-       {{"REPASSER", "1", "LINGE"},
-        {"LAVER", "2", "LINGE"},
-        {"ASPIRER", "1", "SOLS"},
-        {"DEJEUNER", "1", "CUISINE"}},
-       {{1, 1, 1}, {1, 1, 2}, {1, 2, 3}, {2, 3, 4}}},
       {"groups in another order are searched from the top",
        {{"MENAGE", "1"}, {"REPAS", "2"}},
        {{"CUISINE", "1", "REPAS"}, {"SOLS", "1", "MENAGE"}},
@@ -173,11 +165,6 @@ TEST(TaskCatalogueWalk, TheDocumentedEdgeCases) {
        {{"LINGE", "1", "MENAGE"}, {"SOLS", "2", "MENAGE"}},
        {{"REPASSER", "1", "LINGE"}, {"ORPHELINE", "1", ""}, {"ASPIRER", "1", "SOLS"}},
        {{1, 1, 1}}},
-      {"types without groups, groups without tasks",
-       {{"AUTRE", "0"}, {"MENAGE", "1"}, {"VIDE", "2"}},
-       {{"SOLS", "1", "MENAGE"}, {"RIEN", "2", "MENAGE"}},
-       {{"ASPIRER", "1", "SOLS"}},
-       {{2, 1, 1}}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -268,16 +255,6 @@ TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
     }
     ASSERT_EQ(possible.r(), directPossible.r()) << "seed " << seed;
     ASSERT_EQ(durees.r(), directDurees.r()) << "seed " << seed;
-  }
-}
-
-TEST(TableScan, StopsAtTheFirstEmptyRowOrTheFirstRowOfTheCode) {
-  const auto table = answer({{"A", "1"}, {"B", "2"}, {""}, {"C", "3"}, {"A", "4"}});
-  const TableScan scan(table);
-  for (const auto& [code, row] :
-       std::vector<std::pair<Text, int>>{{u"A", 1}, {u"B", 2}, {u"C", 3}, {u"Z", 3}, {u"", 3}}) {
-    EXPECT_EQ(scan.stopRow(code), row) << toUtf8(code);
-    EXPECT_EQ(directScan(table, code), row) << toUtf8(code);
   }
 }
 
