@@ -81,12 +81,12 @@ struct Snapshot {
   Rows obs;           // R_Obs, one per row
   std::string duree;  // Txt_Duree
   std::string total;  // W_Total
-  bool doubleClic = false;
-  int current = -1;  // ListIndex of Lst_Selectionne
   // Enabled: Cmd_Select, Cmd_Obs, Cmd_SupprVelmora, Cmd_OKVelmora, Cmd_AnnulerVelmora,
   // Txt_DureeSoin, Lst_Selectionne.
   std::string buttons;
   bool imperative = false;
+  int current = -1;  // ListIndex of Lst_Selectionne
+  bool doubleClic = false;
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
 inline void PrintTo(const Snapshot& s, std::ostream* os) {
@@ -97,13 +97,6 @@ inline void PrintTo(const Snapshot& s, std::ostream* os) {
   for (const auto& o : s.obs) *os << " [" << o << "]";
   *os << "\n  Txt_Duree [" << s.duree << "] W_Total " << s.total << " W_DoubleClic " << s.doubleClic
       << " ListIndex " << s.current << " enabled " << s.buttons << " imperative " << s.imperative;
-}
-// An expected snapshot with no edit open.
-inline Snapshot state(Rows rows, Rows codes, Rows obs, std::string duree, std::string total,
-                      std::string buttons, bool imperative = false, int current = -1) {
-  return Snapshot{std::move(rows),  std::move(codes),   std::move(obs),
-                  std::move(duree), std::move(total),   false,
-                  current,          std::move(buttons), imperative};
 }
 inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   Snapshot s;

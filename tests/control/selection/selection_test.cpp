@@ -32,6 +32,24 @@ std::string sel(int i, bool observation = false, const char* minutes = nullptr) 
   const Item& it = kItems[static_cast<std::size_t>(i)];
   return selectedRow(it.c1, it.c2, it.task, observation, minutes ? minutes : it.minutes);
 }
+// The selection of these items in this order, each with its observation and its duration
+// (the proposal's unless told), as a planner and a host see it with no edit open.
+struct Pick {
+  int item;
+  const char* obs = "";
+  const char* minutes = nullptr;
+};
+Snapshot chosen(const std::vector<Pick>& picks, std::string duree, std::string total,
+                std::string buttons, bool imperative = false, int current = -1) {
+  Snapshot s{{},         {},     {}, std::move(duree), std::move(total), std::move(buttons),
+             imperative, current};
+  for (const Pick& p : picks) {
+    s.rows.push_back(sel(p.item, *p.obs != '\0', p.minutes));
+    s.codes.emplace_back(kItems[static_cast<std::size_t>(p.item)].code);
+    s.obs.emplace_back(p.obs);
+  }
+  return s;
+}
 
 class Selection : public ControlTest {
  protected:
@@ -46,10 +64,13 @@ class Selection : public ControlTest {
     account.put("TACHE", "DEJEUNER", {{""}, {"REPAS"}, {""}, {"N"}});
     account.put("TACHE", "DOUCHE", {{""}, {"TOILETTE"}, {""}, {"O"}});
     start();
-    for (const Item& it : kItems) propose(catalogueRow(it.c1, it.c2, it.task, it.minutes), it.code);
   }
   // Init on a client without templates nor task lists: both lists start empty.
-  void start(std::string_view typeAct = "AUTRE") { init(typeAct, "00001", ""); }
+  void start(std::string_view typeAct = "AUTRE", bool withItems = true) {
+    init(typeAct, "00001", "");
+    if (!withItems) return;
+    for (const Item& it : kItems) propose(catalogueRow(it.c1, it.c2, it.task, it.minutes), it.code);
+  }
   void propose(const std::string& row, const std::string& code) {
     ctl.Lst_Possible.AddItem(fromUtf8(row));
     ctl.Lst_CodePos.AddItem(fromUtf8(code));
@@ -66,15 +87,13 @@ using WayOut = Selection;
 TEST_F(Moving, RowsAreCopiedSortedWithTheirCodesAndCountedInTheTotal) {
   EXPECT_EQ(snapshot(ctl).buttons, kStart);
   select({2});  // no duration: the total stays empty
-  EXPECT_EQ(snapshot(ctl), state({sel(2)}, {"DEJEUNER"}, {""}, "", "0", kIdle));
+  EXPECT_EQ(snapshot(ctl), chosen({{2}}, "", "0", kIdle));
   select({1});
   EXPECT_EQ(snapshot(ctl).duree, "0h40");
   for (const int r : {0, 4}) ctl.Lst_CodePos.setSelected(r, true);  // a view may mark codes
   select({0, 4});
   const Snapshot s = snapshot(ctl);
-  EXPECT_EQ(
-      s, state({sel(0), sel(1), sel(2), sel(4)}, {"ASPIRATEUR", "VAISSELLE", "DEJEUNER", "DOUCHE"},
-               {"", "", "", ""}, "1h35", "95", kIdle, true));
+  EXPECT_EQ(s, chosen({{0}, {1}, {2}, {4}}, "1h35", "95", kIdle, true));
   EXPECT_EQ(ctl.Etq_Imperativite.Caption(), u"Au moins une tâche impérative");
   for (int r = 0; r < 6; ++r)
     EXPECT_FALSE(ctl.Lst_Possible.Selected(r) || ctl.Lst_CodePos.Selected(r));
@@ -121,7 +140,7 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.proposals.front()[4]);
-    start();
+    start("AUTRE", false);
     for (const auto& p : c.proposals) propose(catalogueRow(p[0], p[1], p[2], p[3]), p[4]);
     select(c.marked);
     Snapshot expected;
@@ -132,12 +151,9 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
     EXPECT_EQ(snapshot(ctl).rows, expected.rows);
     EXPECT_EQ(snapshot(ctl).codes, expected.codes);
     EXPECT_EQ(snapshot(ctl).total, c.total);
-    for (std::size_t r = 0; r < c.proposals.size(); ++r) {
-      EXPECT_FALSE(ctl.Lst_Possible.Selected(static_cast<int>(r)));
-    }
   }
   // A short row is filled to 80; the floating mark stays behind.
-  start();
+  start("AUTRE", false);
   propose(col("Ménage") + col("Entretien") + col("VAISSELLE"), "VAISSELLE");
   propose(floatingRow("Ménage", "Entretien", "BALAI", "40"), "BALAI");
   select({0, 1});
@@ -153,11 +169,7 @@ TEST_F(Selection, EveryOperationRefreshesTheMandatoryLabelEvenWhenItChangesNothi
     bool unchanged;
   };
   const std::vector<Case> cases{
-      {"nothing marked",
-       [&] {
-         select({0, 0});
-       },
-       true},
+      {"nothing marked", [&] { select({}); }, true},
       {"No to the removal", [&] { remove(0, toolkit::kMsgBoxNo); }, true},
       {"an empty stored selection", [&] { stored({}), ctl.Affiche(); }, true},
       {"an edit", [&] { edit(0, "20"); }, false},
@@ -190,7 +202,7 @@ TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   EXPECT_TRUE(snapshot(ctl).doubleClic);
   ctl.Txt_DureeSoin.typeText(u"9");
   ctl.Cmd_AnnulerVelmora.press();  // leaves no trace
-  EXPECT_EQ(snapshot(ctl), state(before.rows, before.codes, before.obs, "1h05", "65", kDone));
+  EXPECT_EQ(snapshot(ctl), chosen({{0}, {1}}, "1h05", "65", kDone));
   EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
   ctl.Lst_Selectionne.click(1);
   ctl.Lst_Selectionne.doubleClick(1);
@@ -201,8 +213,7 @@ TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   ctl.Txt_DureeSoin.typeKey(8);
   ctl.Txt_DureeSoin.typeText(u"1x0");  // the filter drops the letter
   ctl.Cmd_OKVelmora.press();
-  EXPECT_EQ(snapshot(ctl), state({sel(0), sel(1, false, "10")}, {"ASPIRATEUR", "VAISSELLE"},
-                                 {"", ""}, "0h35", "35", kDone));
+  EXPECT_EQ(snapshot(ctl), chosen({{0}, {1, "", "10"}}, "0h35", "35", kDone));
   EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), -1);
   EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
   // A double-click with no current row, as a toolkit may deliver it, is ignored.
@@ -227,7 +238,6 @@ TEST_F(Editing, EditsChangeTheRowTheTotalAndWhatTheHostReads) {
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.typed.back()) + " " + c.total);
     start();
-    for (const Item& it : kItems) propose(catalogueRow(it.c1, it.c2, it.task, it.minutes), it.code);
     select(c.selected);
     for (const char* t : c.typed) edit(0, t);
     const Snapshot s = snapshot(ctl);
@@ -327,8 +337,7 @@ TEST_F(Observations, TheMarkerFollowsTheTextAndTheRowKeepsItsLength) {
   for (const char* text : {"Clé chez la voisine", "Clé chez le gardien", " ", ""}) {
     SCOPED_TRACE(text);
     observe(0, text);
-    EXPECT_EQ(snapshot(ctl), state({sel(0, *text != '\0'), sel(1)}, {"ASPIRATEUR", "VAISSELLE"},
-                                   {text, ""}, "1h05", "65", kClicked, false, 0));
+    EXPECT_EQ(snapshot(ctl), chosen({{0, text}, {1}}, "1h05", "65", kClicked, false, 0));
   }
   // The same actions again, closed with Annuler after typing or Ok without a change.
   observe(1, "Avant");
@@ -358,7 +367,7 @@ TEST_F(Removal, TheRowGoesAfterTheQuestionAndCanBeChosenAgain) {
     const std::size_t asked = services->questions().size();
     select({0});
     remove(0);
-    EXPECT_EQ(snapshot(ctl), state({}, {}, {}, "0h00", "0", kDone));
+    EXPECT_EQ(snapshot(ctl), chosen({}, "0h00", "0", kDone));
     ASSERT_EQ(services->questions().size(), asked + 1);
     EXPECT_EQ(services->questions().back().prompt, prompt);
     EXPECT_EQ(services->questions().back().style, toolkit::kStyleYesNoQuestion);
@@ -376,8 +385,7 @@ TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   select({3});    // BALAI sorts second, the observations move with their rows
   EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0, true, "10"), sel(3), sel(1), sel(2, true)}));
   remove(0);
-  EXPECT_EQ(snapshot(ctl), state({sel(3), sel(1), sel(2, true)}, {"BALAI", "VAISSELLE", "DEJEUNER"},
-                                 {"", "", "C"}, "0h45", "45", kDone));
+  EXPECT_EQ(snapshot(ctl), chosen({{3}, {1}, {2, "C"}}, "0h45", "45", kDone));
   EXPECT_EQ(Variable::R_Obs->r(), u"\uF8FE\uF8FEC");
   remove(0);
   remove(0);
@@ -399,7 +407,7 @@ TEST_F(Removal, NoKeepsTheEditOpenAndYesEndsIt) {
   EXPECT_TRUE(before.imperative);
   services->answer(toolkit::kMsgBoxYes);
   ctl.Cmd_SupprVelmora.press();
-  EXPECT_EQ(snapshot(ctl), state({sel(0)}, {"ASPIRATEUR"}, {""}, "0h25", "25", kDone));
+  EXPECT_EQ(snapshot(ctl), chosen({{0}}, "0h25", "25", kDone));
   EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
 }
 
@@ -448,6 +456,17 @@ TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRo
   }
 }
 
+TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
+  start("SSIAD", false);
+  propose(catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30"), "123");
+  propose(catalogueRow("Soins de base", "Hygiène", "Pansement", "15"), "1234567");
+  propose(catalogueRow("Soins de base", "Hygiène", "Surveillance", ""), "AB12");
+  select({0, 1, 2});
+  ctl.MAJ_Enr();
+  EXPECT_EQ(enr(), makeRecord({{"1234567", "15", ""}, {"AB12", "", ""}, {"000123", "30", ""}}).r());
+  EXPECT_EQ(snapshot(ctl).codes, (Rows{"1234567", "AB12", "123"}));
+}
+
 TEST_F(WayOut, MajEnrHandsTheSelectionOverInListOrderAsANewRecordEachTime) {
   select({0, 2, 4, 5});
   observe(3, "Sonner deux fois\nCode 1234");
@@ -469,28 +488,16 @@ TEST_F(WayOut, MajEnrHandsTheSelectionOverInListOrderAsANewRecordEachTime) {
   EXPECT_EQ(enr(), u"");
 }
 
-TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
-  start("SSIAD");
-  propose(catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30"), "123");
-  propose(catalogueRow("Soins de base", "Hygiène", "Pansement", "15"), "1234567");
-  propose(catalogueRow("Soins de base", "Hygiène", "Surveillance", ""), "AB12");
-  select({0, 1, 2});
-  ctl.MAJ_Enr();
-  EXPECT_EQ(enr(), makeRecord({{"1234567", "15", ""}, {"AB12", "", ""}, {"000123", "30", ""}}).r());
-  EXPECT_EQ(snapshot(ctl).codes, (Rows{"1234567", "AB12", "123"}));
-}
-
 TEST_F(WayOut, ViderTacheEmptiesTheSelectionAndViderListeEverything) {
   select({0, 4});
   observe(0, "A");
   ctl.Vider_Tache();
   // The host's total stays until the next operation sets it.
-  EXPECT_EQ(snapshot(ctl), state({}, {}, {}, "", "55", kClicked));
+  EXPECT_EQ(snapshot(ctl), chosen({}, "", "55", kClicked));
   EXPECT_EQ(Variable::R_Obs->r(), u"");
   EXPECT_EQ(ctl.Lst_CodePos.ListCount(), 6);
   select({2, 1});
-  EXPECT_EQ(snapshot(ctl),
-            state({sel(1), sel(2)}, {"VAISSELLE", "DEJEUNER"}, {"", ""}, "0h40", "40", kClicked));
+  EXPECT_EQ(snapshot(ctl), chosen({{1}, {2}}, "0h40", "40", kClicked));
   ctl.MAJ_Enr();
   ctl.W_Aff = RecordRef::make();
   const RecordRef aff = ctl.W_Aff;
@@ -521,12 +528,16 @@ TEST_F(WayOut, AfficheShowsAStoredSelectionAndLeavesOutWhatIsNoTask) {
   // Column 1 is the group's attribute 2, column 2 the group key, column 3 the code.
   EXPECT_EQ(
       snapshot(ctl),
-      state({selectedRow("Cuisine", "REPAS", "DEJEUNER", false, ""),
-             selectedRow("Cuisine", "REPAS", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", false, "5"),
-             selectedRow("Hygiène", "TOILETTE", "DOUCHE", true, "45"),
-             selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", false, "0")},
-            {"DEJEUNER", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", "DOUCHE", "VAISSELLE"},
-            {"", "", "Clé sous le paillasson", ""}, "0h50", "50", kIdle, true));
+      (Snapshot{{selectedRow("Cuisine", "REPAS", "DEJEUNER", false, ""),
+                 selectedRow("Cuisine", "REPAS", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", false, "5"),
+                 selectedRow("Hygiène", "TOILETTE", "DOUCHE", true, "45"),
+                 selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", false, "0")},
+                {"DEJEUNER", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", "DOUCHE", "VAISSELLE"},
+                {"", "", "Clé sous le paillasson", ""},
+                "0h50",
+                "50",
+                kIdle,
+                true}));
   Text shown;
   withDialog(2, [&](Frm_AjoutObsTache& d) {
     shown = d.Txt_Obs.getText();
@@ -558,13 +569,12 @@ TEST_F(WayOut, AfficheOntoRowsAlreadyThereWritesTheObservationsAtTheItemNumbers)
             (Rows{selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "10"), sel(0, true)}));
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"", "Nouvelle"}));
   EXPECT_EQ(snapshot(ctl).total, "35");
-}
-
-TEST_F(WayOut, CareActsAreNoTasksSoAfficheLeavesEveryItemOut) {
-  start("SSIAD");
+  // Care acts are no tasks: Affiche leaves every item out.
+  start("SSIAD", false);
+  const Snapshot empty = snapshot(ctl);
   stored({{"000123", "30", "obs"}, {"000456", "15", ""}});
   ctl.Affiche();
-  EXPECT_EQ(snapshot(ctl), state({}, {}, {}, "", "0", kStart));
+  EXPECT_EQ(snapshot(ctl), empty);
   EXPECT_EQ(Variable::R_Obs->r(), u"");
   EXPECT_EQ(Err.Number, errors::kRecordNotFound);
 }
