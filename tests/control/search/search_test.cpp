@@ -2,6 +2,7 @@
 // searches, the catalogue fills that stand in when no template exists, the show-all
 // switch, the consultation of a full key, and the texts the store is sent.
 #include <map>
+#include <sstream>
 
 #include <velmora/base/failure.h>
 #include "control/fixture.h"
@@ -26,17 +27,46 @@ std::string columns(const std::string& code) {
       {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")}};
   return known.at(code);
 }
-std::string catalogueRow(const std::string& code, std::string_view minutes) {
-  return columns(code) + right(minutes, 7);
+// A list's rows from "code:minutes" words, "*" after the word for a floating template's
+// item, "!" for a selected item with an observation: a catalogue fill's rows end at the
+// minutes, a template search's add two blanks or "  *", a selected row has the marker.
+enum class Kind { Catalogue, Template, Selected };
+Rows rows(Kind kind, const std::string& spec) {
+  Rows out;
+  std::istringstream words(spec);
+  for (std::string w; words >> w;) {
+    const bool mark = w.back() == '*' || w.back() == '!';
+    if (mark) w.pop_back();
+    const std::string code = w.substr(0, w.find(':')), minutes = w.substr(w.find(':') + 1);
+    out.push_back(kind == Kind::Selected ? columns(code) + (mark ? "X" : " ") + right(minutes, 6)
+                  : kind == Kind::Template
+                      ? columns(code) + right(minutes, 7) + (mark ? "  *" : "  ")
+                      : columns(code) + right(minutes, 7));
+  }
+  return out;
 }
-std::string fixedRow(const std::string& code, std::string_view minutes) {
-  return catalogueRow(code, minutes) + "  ";
+Rows catalogue(const std::string& spec) {
+  return rows(Kind::Catalogue, spec);
 }
-std::string floatingRow(const std::string& code, std::string_view minutes) {
-  return catalogueRow(code, minutes) + "  *";
+Rows proposed(const std::string& spec) {
+  return rows(Kind::Template, spec);
 }
-std::string selectedRow(const std::string& code, bool observation, std::string_view minutes) {
-  return columns(code) + (observation ? "X" : " ") + right(minutes, 6);
+Rows chosen(const std::string& spec) {
+  return rows(Kind::Selected, spec);
+}
+// A list's items, or a working table's rows of values, as words: "A B", "A:30: B:15:".
+std::string words(const Rows& items) {
+  std::string out;
+  for (const auto& i : items) out += (out.empty() ? "" : " ") + i;
+  return out;
+}
+std::string words(const RecordRef& r) {
+  Rows out;
+  for (const auto& row : table(r)) {
+    out.emplace_back();
+    for (const auto& v : row) out.back() += (&v == &row.front() ? "" : ":") + v;
+  }
+  return words(out);
 }
 
 // A template record: end time, kind ("S" care), items with durations and observations,
@@ -95,16 +125,11 @@ class SearchJourney : public ControlTest {
   void putList(const char* date, const Rows& codes, const Rows& minutes) {
     account.put("AIDEDETAILTACHE", kClient + internal(date), {codes, minutes});
   }
-  // Init with a bare client code: the search runs with the lower half filled.
-  void search(const std::string& typeAct, const std::string& code, const std::string& heureDe,
-              const std::string& heureA, const std::string& jour,
-              const std::string& dateFin = "30/11/2026") {
+  // Init with a client code: the search runs with the lower half filled.
+  void search(const std::string& typeAct, const std::string& jour,
+              const std::string& code = kClient, const std::string& heureDe = "09:00",
+              const std::string& heureA = "10:00", const std::string& dateFin = "30/11/2026") {
     init(typeAct, code, "23/11/2026", dateFin, heureDe, heureA, jour);
-  }
-  // Init with a full key: the consultation runs.
-  void consult(const std::string& typeAct, const std::string& key,
-               const char* date = "23/11/2026") {
-    init(typeAct, key, date);
   }
   // Day 2 from 09:00 to 10:00. A fixed template of day 2 from 0930 to 1030 with items 0 and
   // 1, one of day 4 with items 2 and 3, a floating one with 3 and 4.
@@ -114,9 +139,9 @@ class SearchJourney : public ControlTest {
     putFloating("0900", {"1000", kind, {c[3], c[4]}, {"50", "25"}, {"", "obs D"}, "4"});
   }
   // What the lists and the total show.
-  void expectShown(const Rows& possible, const Rows& selected, const std::string& duree) {
+  void expectShown(const Rows& possible, const std::string& selected, const std::string& duree) {
     EXPECT_EQ(items(ctl.Lst_Possible), possible);
-    EXPECT_EQ(items(ctl.Lst_Selectionne), selected);
+    EXPECT_EQ(items(ctl.Lst_Selectionne), chosen(selected));
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), duree);
   }
 };
@@ -124,13 +149,8 @@ using WholeCase = SearchJourney;
 
 TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   struct Case {
-    const char* typeAct;
-    const char* kind;
-    const char* jour;
-    Rows codesPos;
-    Rows codesSel;
+    const char *typeAct, *kind, *jour, *codesPos, *codesSel, *duree;
     Rows obs;
-    const char* duree;
   };
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
   const std::vector<Case> cases{
@@ -138,43 +158,34 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
       {"SSIAD",
        "S",
        "0010000",
-       {"020101", "010102", "010101", "010103"},
-       {"010102", "010101"},
-       {"", "Sonner deux fois"},
-       "0h45"},
-      {"AUTRE", "A", "0010000", {"A", "B", "C", "D"}, {"A", "B"}, {"Sonner deux fois", ""}, "0h45"},
+       "020101 010102 010101 010103",
+       "010102 010101",
+       "0h45",
+       {"", "Sonner deux fois"}},
+      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
       // Care templates are invisible to a home-help search, which falls back on the lists.
-      {"AUTRE", "S", "0010000", {}, {}, {}, ""},
-      {"AUTRE", "A", "0000000", {"A", "B", "C", "D"}, {}, {}, ""},  // another day
-      {"AUTRE", "A", "0000100", {"A", "B", "C", "D"}, {"B", "C"}, {"", ""}, "0h30"},
+      {"AUTRE", "S", "0010000", "", "", "", {}},
+      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
+      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.typeAct) + " " + c.kind + " " + c.jour);
-    const bool care = std::string(c.typeAct) == "SSIAD";
-    putTemplates(c.kind, care ? acts : Rows{"A", "B", "B", "C", "D"});
-    search(c.typeAct, kClient, "09:00", "10:00", c.jour);
-    EXPECT_EQ(ctl.W_AfficheTache, c.codesPos.empty() ? kFalse : kTrue);
-    EXPECT_EQ(items(ctl.Lst_CodePos), c.codesPos);
-    EXPECT_EQ(items(ctl.Lst_CodeSelect), c.codesSel);
+    putTemplates(c.kind, std::string(c.typeAct) == "SSIAD" ? acts : Rows{"A", "B", "B", "C", "D"});
+    search(c.typeAct, c.jour);
+    EXPECT_EQ(ctl.W_AfficheTache, *c.codesPos == '\0' ? kFalse : kTrue);
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), c.codesPos);
+    EXPECT_EQ(words(items(ctl.Lst_CodeSelect)), c.codesSel);
     EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
   }
-  EXPECT_EQ(items(ctl.Lst_Selectionne),
-            (Rows{selectedRow("B", false, "20"), selectedRow("C", false, "10")}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("B:20 C:10"));
   putTemplates("S", acts);
-  search("SSIAD", kClient, "09:00", "10:00", "0010000");
-  expectShown({fixedRow("020101", "10"), fixedRow("010102", "15"), fixedRow("010101", "30"),
-               floatingRow("010103", "25")},
-              {selectedRow("010102", false, "15"), selectedRow("010101", true, "30")}, "0h45");
+  search("SSIAD", "0010000");
+  expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
   // The working tables in the order of the fill; only a floating template's items are marked.
-  EXPECT_EQ(table(Variable::R_TablePossible), (Table{{"010101", "30", ""},
-                                                     {"010102", "15", ""},
-                                                     {"020101", "10", ""},
-                                                     {"010103", "25", "*"}}));
-  EXPECT_EQ(table(Variable::R_TableSelection),
-            (Table{{"010101", "30", "Sonner deux fois"}, {"010102", "15", ""}}));
-  EXPECT_EQ(table(Variable::R_TableDurees),
-            (Table{{"010101", "30"}, {"010102", "15"}, {"020101", "10"}, {"010103", "25"}}));
+  EXPECT_EQ(words(Variable::R_TablePossible), "010101:30: 010102:15: 020101:10: 010103:25:*");
+  EXPECT_EQ(words(Variable::R_TableSelection), "010101:30:Sonner deux fois 010102:15:");
+  EXPECT_EQ(words(Variable::R_TableDurees), "010101:30 010102:15 020101:10 010103:25");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "45");
   EXPECT_TRUE(CtrInspector(ctl).W_ListeSem().empty());  // released after the fill
 }
@@ -184,19 +195,16 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
 // hours; and, without an end date, one that starts later too.
 TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   struct Case {
-    const char* decimal;  // attribute 20 of the parameter record
-    const char* heureDe;
-    const char* heureA;
-    const char* dateFin;
-    const char* selected;  // codes and minutes, in the order of the fill
+    const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM
+    const char* selected;
   };
   const std::vector<Case> cases{
-      {"0", "09:00", "10:00", "30/11/2026", "B6 A5"},
-      {"0", "08:01", "08:59", "30/11/2026", "D8 C7 B6 E9"},
-      {"1", "8.5", "9", "30/11/2026", "D8 B6 E9"},
-      {"0", "09:00", "10:00", "", "B6 A5 F4"},
+      {"0", "09:00", "10:00", "30/11/2026", "B:6: A:5:"},
+      {"0", "08:01", "08:59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
+      {"1", "8.5", "9", "30/11/2026", "D:8: B:6: E:9:"},
+      {"0", "09:00", "10:00", "", "B:6: A:5: F:4:"},
       // An end date that is no date drops both date tests.
-      {"0", "09:00", "10:00", "pas une date", "B6 Z3 A5 F4"},
+      {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
   };
   // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0600-0850,
   // E 0898-0899, G 1001-1100, H 0500-0801; F starts on 01/01/2027.
@@ -218,12 +226,8 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
     Table parameter(20, Rows{""});
     parameter[19] = {c.decimal};
     account.put("TPSPARAM", "1", parameter);
-    search("AUTRE", kClient, c.heureDe, c.heureA, "0010000", c.dateFin);
-    std::string selected;
-    for (const auto& row : table(Variable::R_TableSelection)) {
-      selected += (selected.empty() ? "" : " ") + row[0] + row[1] + row[2];
-    }
-    EXPECT_EQ(selected, c.selected);
+    search("AUTRE", "0010000", kClient, c.heureDe, c.heureA, c.dateFin);
+    EXPECT_EQ(words(Variable::R_TableSelection), c.selected);
   }
 }
 
@@ -234,50 +238,42 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
   putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
-  search("AUTRE", kClient + "FLOT", "09:00", "10:00", "0010001");
-  EXPECT_EQ(table(Variable::R_TablePossible),
-            (Table{{"A", "5"}, {"B", "20"}, {"C", "50"}, {"D", "25"}}));
-  EXPECT_EQ(table(Variable::R_TableSelection),
-            (Table{{"A", "5", ""}, {"C", "50", ""}, {"D", "25", "obs D"}}));
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
-  EXPECT_EQ(ctl.Lst_Possible.List(3), fromUtf8(floatingRow("D", "25")));
-  EXPECT_EQ(items(ctl.Lst_Selectionne),
-            (Rows{selectedRow("A", false, "5"), selectedRow("C", false, "50"),
-                  selectedRow("D", true, "25")}));
+  search("AUTRE", "0010001", kClient + "FLOT");
+  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 B:20 C:50 D:25");
+  EXPECT_EQ(words(Variable::R_TableSelection), "A:5: C:50: D:25:obs D");
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
+  expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
 
   putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
-  search("SSIAD", kClient + "FLOT", "09:00", "10:00", "010000");
-  expectShown({floatingRow("020101", "15"), floatingRow("010101", "30")},
-              {selectedRow("020101", false, "15"), selectedRow("010101", true, "30")}, "0h45");
+  search("SSIAD", "010000", kClient + "FLOT");
+  expectShown(proposed("020101:15* 010101:30*"), "020101:15 010101:30!", "0h45");
 }
 
 TEST_F(SearchJourney, ItemsWithoutCatalogueRecordsOrTooWideKeepTheTablesAndObservationNumbers) {
   account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});  // group missing
   putFixed('3', "0900", {"1000", "A", {"ZZ", "E", "A"}, {"5", "6", "7"}, {"o1", "o2", "o3"}});
-  search("AUTRE", kClient, "09:00", "10:00", "0001000");
-  EXPECT_EQ(table(Variable::R_TableDurees), (Table{{"ZZ", "5"}, {"E", "6"}, {"A", "7"}}));
-  expectShown({fixedRow("A", "7")}, {selectedRow("A", true, "7")}, "0h07");
+  search("AUTRE", "0001000");
+  EXPECT_EQ(words(Variable::R_TableDurees), "ZZ:5 E:6 A:7");
+  expectShown(proposed("A:7"), "A:7!", "0h07");
   EXPECT_EQ(attributes(Variable::R_Obs, 3), (Rows{"", "", "o3"}));  // at the table's row
   // A duration wider than its column leaves the row without one.
   putFixed('3', "0900", {"1000", "A", {"A", "B"}, {"12345678", "1234567"}, {"", ""}});
-  search("AUTRE", kClient, "09:00", "10:00", "0001000");
-  EXPECT_EQ(items(ctl.Lst_Possible),
-            (Rows{col("MENAGE") + col("ENTRETIEN") + col("A") + "  ", fixedRow("B", "1234567")}));
-  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{col("MENAGE") + col("ENTRETIEN") + col("A") + " ",
-                                              col("MENAGE") + col("ENTRETIEN") + col("B") + " "}));
+  search("AUTRE", "0001000");
+  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{columns("A") + "  ", proposed("B:1234567")[0]}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{columns("A") + " ", columns("B") + " "}));
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "019901", {{"Sans type"}, {""}, {""}, {"5"}});
   putFixed('3', "0900", {"1000", "S", {"990101", "019901", "010101"}, {"5", "6", "7"}, {}});
-  search("SSIAD", kClient, "09:00", "10:00", "0001000");
+  search("SSIAD", "0001000");
   EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"010101"}));
 }
 
 TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
   // An empty criterion stops the search before any table is made.
   putFixed('2', "0900", {"1000", "A", {"A"}, {"5"}, {""}});
-  search("AUTRE", kClient, "09:00", "", "0010000");
+  search("AUTRE", "0010000", kClient, "09:00", "");
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
   EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty());
   EXPECT_TRUE(items(ctl.Lst_Possible).empty());
@@ -287,22 +283,18 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
   putList("01/10/2026", {"A", "B"}, {"12", "45"});
   account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
-  search("AUTRE", kClient, "09:00", "10:00", "0000001");
+  search("AUTRE", "0000001");
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_EQ(table(Variable::R_TableDurees),
-            (Table{{"B", "30"}, {"ZZ", "5"}, {"C", ""}, {"E", "9"}, {"A", "12"}}));
-  expectShown({catalogueRow("A", "12"), catalogueRow("B", "30"), catalogueRow("C", "")}, {}, "");
+  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+  expectShown(catalogue("A:12 B:30 C:"), "", "");
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
-  search("SSIAD", kClient, "09:00", "10:00", "0000001");
-  expectShown(
-      {catalogueRow("020101", "45"), catalogueRow("010102", "10"), catalogueRow("010103", "20"),
-       catalogueRow("010104", ""), catalogueRow("010101", "30")},
-      {}, "");
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"020101", "010102", "010103", "010104", "010101"}));
-  search("OTHER", kClient, "09:00", "10:00", "0000001");  // neither vocabulary: care acts
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"020101", "010102", "010103", "010104", "010101"}));
+  for (const char* typeAct : {"SSIAD", "OTHER"}) {  // neither vocabulary: care acts
+    search(typeAct, "0000001");
+    expectShown(catalogue("020101:45 010102:10 010103:20 010104: 010101:30"), "", "");
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 010102 010103 010104 010101");
+  }
 }
 
 TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAndGoesBack) {
@@ -310,48 +302,40 @@ TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAn
   account.put("TACHE", "G", {{"1"}, {"SANSTYPE"}, {""}, {""}, {"1"}});
   account.put("TACHE", "F", {{"1"}, {"ORPHELIN"}, {""}, {""}, {"2"}});
   putFixed('2', "0900", {"1000", "A", {"A", "B", "C"}, {"0", "", "12"}, {"obs", "", ""}});
-  search("AUTRE", kClient, "09:00", "10:00", "0010000");
-  const Rows selection = items(ctl.Lst_Selectionne);
+  search("AUTRE", "0010000");
   ctl.Cac_TouteTache.toggle();
   // A keeps the catalogue's 20 over a "0", B its 25 over a "", C shows the client's 12.
-  expectShown({catalogueRow("A", "20"), catalogueRow("B", "25"), catalogueRow("C", "12"),
-               catalogueRow("D", "40")},
-              selection, "0h12");
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B", "C", "D"}));
+  expectShown(catalogue("A:20 B:25 C:12 D:40"), "A:0! B: C:12", "0h12");
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
   ctl.Cac_TouteTache.toggle();
   // Back to the search, without the lower half: the total starts again from nothing.
-  expectShown({fixedRow("A", "0"), fixedRow("B", ""), fixedRow("C", "12")}, selection, "");
+  expectShown(proposed("A:0 B: C:12"), "A:0! B: C:12", "");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "0");
 
   // Without any duration table (the guard stopped the search) the catalogue keeps its own.
-  search("AUTRE", kClient, "09:00", "", "0010000");
+  search("AUTRE", "0010000", kClient, "09:00", "");
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogueRow("A", "20")));
+  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogue("A:20")[0]));
+  // Care keeps the catalogue's durations; a floating search goes back to its marked rows.
+  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
+  search("SSIAD", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "010101:35", "0h35");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), proposed("010101:35"));
+  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
+  search("AUTRE", "001000", kClient + "FLOT");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogue("C:50")[0]));
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), proposed("C:50*"));
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
   // Without task types the catalogue is empty.
   account.remove("TYPETACHE", "MENAGE");
   account.remove("TYPETACHE", "SOINS");
-  search("AUTRE", kClient, "09:00", "10:00", "0010000");
+  search("AUTRE", "0010000");
   ctl.Cac_TouteTache.toggle();
   EXPECT_TRUE(items(ctl.Lst_Possible).empty() && items(ctl.Lst_CodePos).empty());
-}
-
-TEST_F(SearchJourney, CareAndFloatingSearchesTickToTheCatalogueAndBack) {
-  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
-  search("SSIAD", kClient, "09:00", "10:00", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  expectShown({catalogueRow("020101", "45"), catalogueRow("010102", "10"),
-               catalogueRow("010103", "20"), catalogueRow("010101", "30")},
-              {selectedRow("010101", false, "35")}, "0h35");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{fixedRow("010101", "35")}));
-
-  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
-  search("AUTRE", kClient + "FLOT", "09:00", "10:00", "001000");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogueRow("C", "50")));
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{floatingRow("C", "50")}));
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
 }
 
 class Consultation : public SearchJourney {
@@ -361,6 +345,11 @@ class Consultation : public SearchJourney {
     putList("01/10/2026", {"A", "B"}, {"12", "45"});
     putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
     putList("01/12/2026", {"D"}, {"99"});
+  }
+  // Init with a full key: the consultation runs.
+  void consult(const std::string& typeAct, const std::string& key,
+               const char* date = "23/11/2026") {
+    init(typeAct, key, date);
   }
   const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
 };
@@ -372,28 +361,25 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   account.put("TPSDETAILSINTERV", detailKey, detail);
   consult("AUTRE", detailKey);
   // The list of 01/11 alone; "0" and "" are passed over without a gap.
-  EXPECT_EQ(table(Variable::R_TableDurees),
-            (Table{{"B", "30"}, {"C", ""}, {"A", "40"}, {"A", "50"}}));
+  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 C: A:40 A:50");
   // ZZ has no task record: left out, and the observations stay with their rows.
-  expectShown({selectedRow("A", false, "40"), selectedRow("A", false, "50"),
-               selectedRow("B", false, "30"), selectedRow("C", false, "")},
-              {selectedRow("A", true, ""), selectedRow("C", false, "10")}, "0h10");
+  expectShown(chosen("A:40 A:50 B:30 C:"), "A:! C:10", "0h10");
   EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "C"}));
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"obs A", ""}));
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
   // Ticking lets the last valid duration win: A shows 50, C its catalogue 35.
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible)[0], catalogueRow("A", "50"));
-  EXPECT_EQ(items(ctl.Lst_Possible)[2], catalogueRow("C", "35"));
+  EXPECT_EQ(items(ctl.Lst_Possible)[0], catalogue("A:50")[0]);
+  EXPECT_EQ(items(ctl.Lst_Possible)[2], catalogue("C:35")[0]);
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "A", "B", "C"}));
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h10");
 
   // Before the first list, or at 15/10 with the list of 01/10, and without items.
   account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
   consult("AUTRE", detailKey, "15/10/2026");
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "B"}));
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B");
   EXPECT_TRUE(items(ctl.Lst_Selectionne).empty());
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
   consult("AUTRE", detailKey, "01/01/2026");
@@ -406,16 +392,13 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   consult("SSIAD", fixedKey('2', "0930") + "SEMTYPE");
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
   EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
-  expectShown({catalogueRow("020101", "45"), catalogueRow("010102", "10"),
-               catalogueRow("010103", "20"), catalogueRow("010101", "30")},
-              {selectedRow("020101", false, "15"), selectedRow("010101", true, "30")}, "0h45");
+  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
 
   putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
   consult("AUTRE", floatingKey("0900") + "SEMTYPEFLOT");
-  EXPECT_EQ(items(ctl.Lst_Selectionne),
-            (Rows{selectedRow("A", false, "5"), selectedRow("D", true, "25")}));
-  EXPECT_EQ(items(ctl.Lst_CodePos), (Rows{"A", "A", "B", "C"}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
 }
 
