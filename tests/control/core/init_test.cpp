@@ -37,7 +37,6 @@ class Init : public ControlTest {
     account.put("TPSSEMAINETYPEFLOT", kFloatingKey2,
                 {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"6 5 1"}});
   }
-  std::string criteria() const;
 };
 
 // The criteria: code, dates, times, days, then W_CleLue, W_SemType and W_Flot; and the
@@ -51,9 +50,6 @@ std::string criteria(const Ctr_VelmoraNew& ctl) {
   }
   for (const Boolean b : {in.W_CleLue(), in.W_SemType(), in.W_Flot()}) out += b ? "1" : "0";
   return out + " " + toUtf8(in.W_DateCle());
-}
-std::string Init::criteria() const {
-  return testing::criteria(ctl);
 }
 
 struct Form {
@@ -99,7 +95,7 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
       fresh.Init(a);
       EXPECT_EQ(toUtf8(a.Code), f.codeBack);
       EXPECT_EQ(toUtf8(a.DateDeb), f.dateDebBack);
-      EXPECT_EQ(testing::criteria(fresh), f.criteria);
+      EXPECT_EQ(criteria(fresh), f.criteria);
       EXPECT_EQ(CtrInspector(fresh).W_TypeAct(), fromUtf8(typeAct));
     }
   }
@@ -127,7 +123,7 @@ TEST_F(Init, SuccessiveInitsOnOneControl) {
     const bool bare = code == "00001";
     const InitArguments a = init("AUTRE", code, date, bare ? "30/06/2027" : "", bare ? "08:30" : "",
                                  bare ? "11:45" : "", bare ? "1" : "");
-    EXPECT_EQ(criteria(), expected);
+    EXPECT_EQ(criteria(ctl), expected);
     if (!bare) EXPECT_EQ(a.DateDeb, u"");
   }
 }
@@ -149,7 +145,7 @@ TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
   ctl.Init(a);
   EXPECT_EQ(captions(), acts);
   EXPECT_FALSE(ctl.Cmd_SupprVelmora.Enabled());
-  EXPECT_EQ(criteria(), "00001|23/11/2026||0850||0001000|100 21512");
+  EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
   EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
 }
 
