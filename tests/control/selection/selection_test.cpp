@@ -301,27 +301,26 @@ TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemOnlyDuringAnEdit) {
 TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   select({0, 1, 2});
   observe(1, "Sonner deux fois\nCode 1234");
-  std::array<Text, 4> shown;
+  Text shown;  // what each opening shows, then whether a close request left it open
   withDialog(1, [&](Frm_AjoutObsTache& d) {
-    shown[0] = d.Txt_Type.getText() + u"|" + d.Txt_Groupe.getText() + u"|" + d.Txt_Tache.getText();
-    shown[1] = d.Txt_Obs.getText();
+    for (const auto* t : {&d.Txt_Type, &d.Txt_Groupe, &d.Txt_Tache, &d.Txt_Obs}) {
+      shown += t->getText() + u"|";
+    }
     d.Txt_Obs.replaceText(u"Brouillon");
     d.Cmd_AnnulerObs.press();
   });
-  EXPECT_EQ(shown[0],
-            u"Ménage                   |Entretien                |VAISSELLE                ");
-  EXPECT_EQ(shown[1], u"Sonner deux fois\nCode 1234");
   EXPECT_EQ(Variable::N_LigneObs, 2);
   EXPECT_EQ(services->mousePointer(), 0);
   withDialog(0, [&](Frm_AjoutObsTache& d) {
-    shown[2] = d.Txt_Obs.getText();  // each opening starts afresh
+    shown += d.Txt_Obs.getText() + u"|";  // each opening starts afresh
     d.Txt_Obs.replaceText(u"Tapé puis fermé");
     d.requestClose();
-    shown[3] = d.isLoaded() ? u"open" : u"closed";
+    shown += d.isLoaded() ? u"open" : u"closed";
     d.Cmd_OkObs.press();
   });
-  EXPECT_EQ(shown[2], u"");
-  EXPECT_EQ(shown[3], u"open");
+  EXPECT_EQ(shown,
+            u"Ménage                   |Entretien                |VAISSELLE                |"
+            u"Sonner deux fois\nCode 1234||open");
   EXPECT_FALSE(DefaultFrm_AjoutObsTache().isLoaded());
   EXPECT_EQ(services->modalShows(), 3);
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
