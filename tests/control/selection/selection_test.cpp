@@ -410,17 +410,15 @@ TEST_F(Removal, NoKeepsTheEditOpenAndYesEndsIt) {
 TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRowIsMissing) {
   struct Case {
     toolkit::CommandButton* button;
-    int answer;  // to the removal question
+    int answer, questions, dialogs;  // the answer to the removal question, if one is asked
     long failure;
     const char* duree;
-    std::size_t questions;
-    int dialogs;
   };
   const std::vector<Case> cases{
-      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 0, "", 1, 0},
-      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, errors::kInvalidCall, "0h00", 1, 0},
-      {&ctl.Cmd_OKVelmora, 0, errors::kInvalidCall, "0h45", 0, 0},
-      {&ctl.Cmd_Obs, 0, 0, "", 0, 1},
+      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 1, 0, 0, ""},
+      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, 1, 0, errors::kInvalidCall, "0h00"},
+      {&ctl.Cmd_OKVelmora, 0, 0, 0, errors::kInvalidCall, "0h45"},
+      {&ctl.Cmd_Obs, 0, 0, 1, 0, ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.button->name() + " " + std::to_string(c.answer));
@@ -431,7 +429,7 @@ TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRo
     ctl.Vider_Tache();
     ASSERT_TRUE(c.button->Enabled());
     ctl.Etq_Imperativite.setVisible(true);
-    const auto asked = services->questions().size();
+    const int asked = static_cast<int>(services->questions().size());
     const int shown = services->modalShows();
     if (c.answer != 0) services->answer(c.answer);
     services->onModal([](toolkit::Form& form) {
@@ -441,7 +439,7 @@ TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRo
     });
     EXPECT_EQ(failureNumber([&] { c.button->press(); }), c.failure);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
-    EXPECT_EQ(services->questions().size() - asked, c.questions);
+    EXPECT_EQ(static_cast<int>(services->questions().size()) - asked, c.questions);
     EXPECT_EQ(services->modalShows() - shown, c.dialogs);
     if (c.questions == 1 && c.failure == 0) EXPECT_FALSE(ctl.Etq_Imperativite.Visible());
     EXPECT_TRUE(snapshot(ctl).rows.empty());
