@@ -182,6 +182,10 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   putTemplates("S", acts);
   search("SSIAD", "0010000");
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
+  // A host that runs the search again gets the same lists, not twice the rows.
+  Boolean fillLowerHalf = kTrue;
+  ctl.Recherche_SemaineType(fillLowerHalf);
+  expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
   // The working tables in the order of the fill; only a floating template's items are marked.
   EXPECT_EQ(words(Variable::R_TablePossible), "010101:30: 010102:15: 020101:10: 010103:25:*");
   EXPECT_EQ(words(Variable::R_TableSelection), "010101:30:Sonner deux fois 010102:15:");
