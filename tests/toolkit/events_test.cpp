@@ -1,7 +1,6 @@
-// The behaviour of events that the control's logic rests on, and the gestures.
+// The events that the control's logic rests on, the gestures, and what a view hears.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -16,312 +15,148 @@ using velmora::testing::failureNumber;
 
 const Geometry kAnywhere{0, 0, 100, 100};
 
-TEST(CheckBoxEvents, WritingANewValueRaisesClickAndTheSameValueDoesNot) {
-  CheckBox box("Cac", kAnywhere, 0, u"Afficher", 1);
-  std::vector<int> seen;
-  box.Click = [&] { seen.push_back(box.Value()); };
-  box.setValue(1);
-  box.setValue(0);
-  box.setValue(0);
-  box.setValue(1);
-  EXPECT_EQ(seen, (std::vector<int>{0, 1}));
-}
-
-TEST(CheckBoxEvents, ToggleIsIgnoredWhenDisabled) {
-  CheckBox box("Cac", kAnywhere, 0, u"", 0);
-  int clicks = 0;
-  box.Click = [&] { ++clicks; };
-  box.toggle();
-  EXPECT_EQ(box.Value(), 1);
-  box.setEnabled(false);
-  box.toggle();
-  EXPECT_EQ(box.Value(), 1);
-  EXPECT_EQ(clicks, 1);
-}
-
-TEST(TextBoxEvents, EveryWriteRaisesChangeEvenOfTheSameText) {
-  TextBox box("Txt", kAnywhere, 0);
-  std::vector<Text> seen;
-  box.Change = [&] { seen.push_back(box.getText()); };
-  box.setText(u"25");
-  box.setText(u"25");
-  box.setText(u"");
-  EXPECT_EQ(seen, (std::vector<Text>{u"25", u"25", u""}));
-}
-
-TEST(TextBoxEvents, ChangeMayRewriteTheTextOnTheSameStack) {
-  // The total's box converts minutes to hours inside the write; the writer reads the
-  // converted text on its next statement.
-  TextBox box("Txt_Duree", kAnywhere, 0);
-  bool guard = true;
-  box.Change = [&] {
-    if (!guard) return;
-    guard = false;
-    box.setText(box.getText() + u"h");
-    guard = true;
-  };
-  box.setText(u"1");
-  EXPECT_EQ(box.getText(), u"1h");
-}
-
-TEST(TextBoxGestures, KeyFilterCanCancelKeysAndBackspaceErases) {
-  TextBox box("Txt_DureeSoin", kAnywhere, 0);
-  box.maxLength = 3;
-  box.KeyPress = [](int& key) {
-    if (key != 8 && (key < '0' || key > '9')) key = 0;
-  };
-  int changes = 0;
-  box.Change = [&] { ++changes; };
-  box.typeText(u"1a2.3-4");
-  EXPECT_EQ(box.getText(), u"123");  // letters filtered, the fourth digit past the limit
-  EXPECT_EQ(changes, 3);
-  box.typeKey(8);
-  EXPECT_EQ(box.getText(), u"12");
-  box.replaceText(u"98765");
-  EXPECT_EQ(box.getText(), u"987");  // a paste is cut to the limit, not filtered
-}
-
-// An ordinary text box: keys go in at the caret and replace the selected stretch.
-TEST(TextBoxGestures, KeysActAtTheCaretAndOnTheSelection) {
+// Keys go in at the caret, replace the selected stretch, and stop at the limit.
+TEST(Events, KeysActAtTheCaretAndOnTheSelection) {
   struct Case {
-    const char16_t* text;
-    int start;
-    int length;
-    int key;  // 8 backspace, 127 the Delete key
-    const char16_t* after;
-    int caret;
+    const char16_t *text, *after;
+    int start, length, key, caret;  // key 8 backspace, 127 the Delete key
   };
-  const std::array<Case, 11> cases{{
-      {u"15", 0, 2, '4', u"4", 1},
-      {u"15", 0, 0, '4', u"415", 1},
-      {u"15", 1, 0, '4', u"145", 2},
-      {u"145", 1, 1, 8, u"15", 1},
-      {u"145", 1, 0, 8, u"45", 0},
-      {u"145", 0, 0, 8, u"145", 0},
-      {u"145", 1, 0, 127, u"15", 1},
-      {u"145", 3, 0, 127, u"145", 3},
-      {u"145", 0, 3, 127, u"", 0},
-      {u"12345", 1, 2, '9', u"1945", 2},
-      {u"12345", 1, 0, '9', u"12345", 1},  // at most five
-  }};
+  const std::vector<Case> cases{
+      {u"15", u"4", 0, 2, '4', 1},        {u"15", u"415", 0, 0, '4', 1},
+      {u"15", u"145", 1, 0, '4', 2},      {u"145", u"15", 1, 1, 8, 1},
+      {u"145", u"45", 1, 0, 8, 0},        {u"145", u"145", 0, 0, 8, 0},
+      {u"145", u"15", 1, 0, 127, 1},      {u"145", u"145", 3, 0, 127, 3},
+      {u"145", u"", 0, 3, 127, 0},        {u"12345", u"1945", 1, 2, '9', 2},
+      {u"12345", u"12345", 1, 0, '9', 1},
+  };
   for (const Case& c : cases) {
+    SCOPED_TRACE(toUtf8(c.text) + " key " + std::to_string(c.key));
     TextBox box("Txt_DureeSoin", kAnywhere, 0, c.text);
     box.maxLength = 5;
     box.setSelStart(c.start);
     box.setSelLength(c.length);
-    if (c.key == 127) {
-      box.typeDelete();
-    } else {
-      box.typeKey(c.key);
-    }
-    EXPECT_EQ(box.getText(), c.after) << toUtf8(c.text) << " key " << c.key;
-    EXPECT_EQ(box.SelStart(), c.caret) << toUtf8(c.text) << " key " << c.key;
+    c.key == 127 ? box.typeDelete() : box.typeKey(c.key);
+    EXPECT_EQ(box.getText(), c.after);
+    EXPECT_EQ(box.SelStart(), c.caret);
     EXPECT_EQ(box.SelLength(), 0);
   }
   TextBox box("Txt", kAnywhere, 0);
-  box.setText(u"abcd");
-  EXPECT_EQ(box.SelStart(), 4);  // a written text leaves the caret at its end
+  box.maxLength = 3;
+  box.typeText(u"1234");
+  EXPECT_EQ(box.getText(), u"123");  // the fourth character past the limit
+  box.replaceText(u"98765");
+  EXPECT_EQ(box.getText(), u"987");  // a paste is cut too
   box.select(1, 9);
-  EXPECT_EQ(box.SelText(), u"bcd");  // cut to the text
+  EXPECT_EQ(box.SelText(), u"87");
   box.setSelText(u"X");
-  EXPECT_EQ(box.getText(), u"aX");
+  EXPECT_EQ(box.getText(), u"9X");
   EXPECT_EQ(failureNumber([&] { box.setSelStart(-1); }), errors::kInvalidCall);
-}
-
-TEST(TextBoxGestures, ReadOnlyAndDisabledBoxesTakeNoKeys) {
-  TextBox box("Txt", kAnywhere, 0, u"abc");
   box.readOnly = true;
-  box.typeKey('d');
-  box.replaceText(u"x");
-  EXPECT_EQ(box.getText(), u"abc");
+  box.typeKey('1');
   box.readOnly = false;
   box.setEnabled(false);
-  box.typeKey('d');
-  EXPECT_EQ(box.getText(), u"abc");
+  box.replaceText(u"x");
+  EXPECT_EQ(box.getText(), u"9X");
 }
 
-class ListBoxTest : public ::testing::Test {
- protected:
-  ListBox list{"Lst", kAnywhere, 0, false};
-  ListBox multi{"Lst_Possible", kAnywhere, 0, true};
+TEST(Events, ListGesturesMarksAndTheCurrentRow) {
+  ListBox list("Lst", kAnywhere, 0, false);
+  ListBox multi("Lst_Possible", kAnywhere, 0, true);
   std::vector<std::string> events;
-
-  void SetUp() override {
-    for (ListBox* l : {&list, &multi}) {
-      for (const char16_t* row : {u"a", u"b", u"c"}) l->AddItem(row);
-      l->Click = [this, l] { events.push_back("click " + std::to_string(l->ListIndex())); };
-      l->DblClick = [this, l] { events.push_back("dbl " + std::to_string(l->ListIndex())); };
-    }
+  for (ListBox* l : {&list, &multi}) {
+    for (const char16_t* row : {u"a", u"b", u"c"}) l->AddItem(row);
+    l->Click = [&events, l] { events.push_back("click " + std::to_string(l->ListIndex())); };
+    l->DblClick = [&events, l] { events.push_back("dbl " + std::to_string(l->ListIndex())); };
   }
-};
-
-TEST_F(ListBoxTest, WritingListIndexRaisesClickAlsoForMinusOneAndWhenDisabled) {
-  list.setListIndex(1);
-  list.setEnabled(false);
-  list.setListIndex(-1);
-  EXPECT_EQ(events, (std::vector<std::string>{"click 1", "click -1"}));
-}
-
-TEST_F(ListBoxTest, ListIndexOutOfRangeFailsClearly) {
-  try {
-    list.setListIndex(3);
-    FAIL() << "no failure";
-  } catch (const Failure& f) {
-    EXPECT_EQ(f.number(), errors::kInvalidCall);
-    EXPECT_NE(std::string(f.what()).find("Lst"), std::string::npos);
-  }
-  EXPECT_EQ(list.ListIndex(), -1);
-}
-
-TEST_F(ListBoxTest, ReadingPastEitherEndGivesEmptyText) {
-  EXPECT_EQ(list.List(-1), u"");
-  EXPECT_EQ(list.List(3), u"");
-  EXPECT_EQ(list.List(2), u"c");
-}
-
-TEST_F(ListBoxTest, DoubleClickRaisesClickThenDblClick) {
+  EXPECT_EQ(list.List(-1) + list.List(3), u"");
+  list.click(0);
   list.doubleClick(2);
-  EXPECT_EQ(events, (std::vector<std::string>{"click 2", "dbl 2"}));
-}
-
-TEST_F(ListBoxTest, ClickTogglesMarksOnlyInAMultiSelectList) {
+  EXPECT_FALSE(list.Selected(2));  // marks only in a multi-select list
   multi.click(1);
   multi.click(2);
   multi.click(1);
-  EXPECT_FALSE(multi.Selected(1));
-  EXPECT_TRUE(multi.Selected(2));
-  list.click(1);
-  EXPECT_FALSE(list.Selected(1));
-  EXPECT_EQ(list.ListIndex(), 1);
-}
-
-TEST_F(ListBoxTest, DoubleClickLeavesTheRowMarkedEvenIfItWasMarkedBefore) {
-  multi.click(0);
-  multi.doubleClick(0);
-  EXPECT_TRUE(multi.Selected(0));
-  multi.doubleClick(2);
-  EXPECT_TRUE(multi.Selected(2));
-}
-
-TEST_F(ListBoxTest, GesturesOnADisabledListDoNothing) {
+  multi.doubleClick(2);  // a double-click leaves its row marked
+  EXPECT_EQ(std::vector<bool>({multi.Selected(0), multi.Selected(1), multi.Selected(2)}),
+            std::vector<bool>({false, false, true}));
+  EXPECT_EQ(failureNumber([&] { list.setListIndex(3); }), errors::kInvalidCall);
   list.setEnabled(false);
   list.click(1);
-  list.doubleClick(1);
-  EXPECT_TRUE(events.empty());
-  EXPECT_EQ(list.ListIndex(), -1);
-}
+  list.setListIndex(-1);  // a write raises Click even when disabled
+  EXPECT_EQ(events, (std::vector<std::string>{"click 0", "click 2", "dbl 2", "click 1", "click 2",
+                                              "click 1", "click 2", "dbl 2", "click -1"}));
+  events.clear();
 
-TEST_F(ListBoxTest, RemovingRowsKeepsTheCurrentRowOnItsItem) {
-  list.setListIndex(2);
-  list.RemoveItem(0);
-  EXPECT_EQ(list.ListIndex(), 1);
-  EXPECT_EQ(list.List(list.ListIndex()), u"c");
-  list.RemoveItem(1);
-  EXPECT_EQ(list.ListIndex(), -1);
-  EXPECT_EQ(list.ListCount(), 1);
-  EXPECT_EQ(events.size(), 1u);  // removals raise no Click
-}
-
-TEST_F(ListBoxTest, SwapCarriesTheMarksAndTheCurrentRowOnlyWhenAsked) {
-  multi.setSelected(0, true);
-  multi.setListIndex(0);
-  multi.swapRows(0, 2);
-  EXPECT_EQ(multi.List(0), u"c");
-  EXPECT_EQ(multi.List(2), u"a");
-  EXPECT_TRUE(multi.Selected(2));
-  EXPECT_FALSE(multi.Selected(0));
-  EXPECT_EQ(multi.ListIndex(), 0);  // written in place
+  // Removals keep the current row on its item and raise nothing; a swap carries the
+  // marks, and the current row only when asked.
+  multi.setListIndex(2);
+  multi.RemoveItem(0);
+  EXPECT_EQ(multi.List(multi.ListIndex()), u"c");
+  multi.swapRows(0, 1);
+  EXPECT_EQ(multi.ListIndex(), 1);  // written in place
+  EXPECT_TRUE(multi.Selected(0));
   multi.currentFollows = [] { return true; };
-  multi.swapRows(0, 2);
-  EXPECT_EQ(multi.ListIndex(), 2);
-  EXPECT_EQ(events.size(), 1u);
-}
-
-TEST_F(ListBoxTest, ClearEndsTheCurrentRowAndTheMarks) {
-  multi.setSelected(1, true);
-  multi.setListIndex(1);
-  multi.Clear();
-  EXPECT_EQ(multi.ListCount(), 0);
+  multi.swapRows(0, 1);
+  EXPECT_EQ(multi.ListIndex(), 0);
+  multi.RemoveItem(0);
   EXPECT_EQ(multi.ListIndex(), -1);
+  multi.Clear();
   multi.AddItem(u"z");
   EXPECT_FALSE(multi.Selected(0));
+  EXPECT_EQ(events, (std::vector<std::string>{"click 2"}));
 }
 
-TEST(GestureFailures, GoToTheHandlerWhenThereIsOneAndPropagateOtherwise) {
-  CommandButton button("Cmd", kAnywhere, 0, u"OK");
-  button.Click = [] { throw Failure(errors::kRecordNotFound, "no such record"); };
-  EXPECT_THROW(button.press(), Failure);
-  auto handler = std::make_shared<FailureHandler>();
-  std::vector<long> seen;
-  *handler = [&](const Failure& f) { seen.push_back(f.number()); };
-  button.setFailureHandler(handler);
-  button.press();
-  EXPECT_EQ(seen, (std::vector<long>{errors::kRecordNotFound}));
-}
-
-TEST(Views, ListenersHearEachChangeUntilTheyUnsubscribe) {
+// Listeners hear each change until they unsubscribe; a check box raises Click on a new
+// value only, and nothing when disabled.
+TEST(Events, ListenersHearEachChangeAndClickComesOnANewValue) {
   ListBox list("Lst", kAnywhere, 0, false);
+  Label label("Etq", kAnywhere, 0, u"");
+  CheckBox box("Cac", kAnywhere, 0, u"Afficher", 1);
+  std::vector<int> clicks;
+  box.Click = [&] { clicks.push_back(box.Value()); };
+  for (const int v : {1, 0, 0, 1}) box.setValue(v);
+  box.toggle();
   std::vector<std::pair<Change, int>> heard;
-  auto token = list.subscribe([&](Change c, int row) { heard.emplace_back(c, row); });
+  const auto listen = [&](Change c, int row) { heard.emplace_back(c, row); };
+  auto token = list.subscribe(listen);
+  auto labelToken = label.subscribe(listen);
+  auto boxToken = box.subscribe(listen);
   list.AddItem(u"x");
   list.setList(0, u"y");
+  list.RemoveItem(0);
   list.Clear();
+  label.setCaption(u"Total");
+  box.setValue(1);
   token.reset();
   list.AddItem(u"z");
   const std::vector<std::pair<Change, int>> expected{
-      {Change::RowAdded, 0}, {Change::RowChanged, 0}, {Change::RowsReset, -1}};
+      {Change::RowAdded, 0},   {Change::RowChanged, 0}, {Change::RowRemoved, 0},
+      {Change::RowsReset, -1}, {Change::Caption, -1},   {Change::Value, -1}};
   EXPECT_EQ(heard, expected);
+  box.setEnabled(false);
+  box.toggle();
+  EXPECT_EQ(clicks, (std::vector<int>{0, 1, 0, 1}));
+  EXPECT_EQ(box.Value(), 1);
 }
 
-class TestForm : public Form {
- public:
-  TestForm() : Form("Frm", 6015, 4215, u"Observations sur la tâche") {
-    LoadEvent = [this] {
-      ++loads;
-      allowClose = false;
-    };
-    UnloadEvent = [this](std::int16_t& cancel) {
-      if (!allowClose) cancel = -1;
-    };
-  }
+TEST(Events, AFormRefusesToUnloadUntilItsUnloadEventAllows) {
+  Form form("Frm", 6015, 4215, u"Observations sur la tâche");
   int loads = 0;
   bool allowClose = false;
-};
-
-TEST(Forms, UnloadCanBeRefusedAndEachLoadRunsLoadAgain) {
-  TestForm form;
-  form.Load();
-  form.Load();
-  EXPECT_EQ(form.loads, 1);
-  form.requestClose();
-  EXPECT_TRUE(form.isLoaded());
-  form.allowClose = true;
-  EXPECT_TRUE(form.Unload());
-  form.Load();
-  EXPECT_EQ(form.loads, 2);
-  EXPECT_FALSE(form.Unload());
-}
-
-TEST(ScriptedServicesTest, AnswersInOrderAndFailsClearlyWhenNothingIsScripted) {
+  form.LoadEvent = [&] { ++loads; };
+  form.UnloadEvent = [&](std::int16_t& cancel) { cancel = allowClose ? 0 : -1; };
   ScriptedServices services;
-  services.answer(kMsgBoxNo);
-  EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", kStyleYesNoQuestion, u"Message TALVERANE"),
-            kMsgBoxNo);
-  ASSERT_EQ(services.questions().size(), 1u);
-  EXPECT_EQ(services.questions()[0].title, u"Message TALVERANE");
-  EXPECT_EQ(services.questions()[0].style, 36);
-  EXPECT_THROW(services.MsgBox(u"?", 36, u"t"), Failure);
-
-  TestForm form;
+  form.Load();
   form.Load();
   services.onModal([](Form& f) { f.requestClose(); });  // refused: the form stays open
   EXPECT_THROW(services.ShowModal(form), Failure);
-  services.onModal([](Form& f) {
-    static_cast<TestForm&>(f).allowClose = true;
+  services.onModal([&](Form& f) {
+    allowClose = true;
     f.Unload();
   });
   services.ShowModal(form);
   EXPECT_FALSE(form.isLoaded());
+  form.Load();
+  EXPECT_EQ(loads, 2);
   EXPECT_EQ(services.modalShows(), 2);
 }
 

@@ -1,5 +1,5 @@
-// Direct calls of the control's private procedures, for unit tests that need one step
-// without the journey that normally leads to it.
+// Direct calls of the control's sorts, to prove them against the documented sort on lists
+// no gesture could build quickly.
 #pragma once
 
 #include <velmora/control/ctr_velmora_new.h>
@@ -11,9 +11,6 @@ class CtrDriver {
   explicit CtrDriver(Ctr_VelmoraNew& c) : c_(c) {}
   void Trie_Possible() { c_.Trie_Possible(); }
   void Trie_Selectionne() { c_.Trie_Selectionne(); }
-  void Txt_DureeSoin_KeyPress(int& key) { c_.Txt_DureeSoin_KeyPress(key); }
-  void Txt_DureeSoin_LostFocus() { c_.Txt_DureeSoin_LostFocus(); }
-  void setTypeAct(const Text& typeAct) { c_.W_TypeAct = typeAct; }
 
  private:
   Ctr_VelmoraNew& c_;

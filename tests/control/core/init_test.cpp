@@ -1,368 +1,196 @@
-// Whole Init journeys on small accounts made for each form of Code. Only what Init
-// itself guarantees is asserted here; what the searches and the consultation fill in
-// the lists is theirs to test.
+// Whole Init journeys on small accounts made for each form of Code: the criteria it hands
+// to the searches, what it gives back to the caller, and what it resets. What the searches
+// and the consultation fill in the lists is theirs to test.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <chrono>
 
-#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/store/sqlite_database.h>
-#include "control/module_slots.h"
+#include "control/fixture.h"
 #include "store/read_connection.h"
-#include "support/account.h"
-#include "support/failure_number.h"
 
-namespace velmora {
+namespace velmora::testing {
 namespace {
 
-using testing::TempAccount;
-
 // Internal dates: days from 31/12/1967.
-constexpr const char* k23Nov2026 = "21512";
-constexpr const char* k31Dec2026 = "21550";
-constexpr const char* k30Jun2027 = "21731";
-
+const std::string k23Nov2026 = "21512", k31Dec2026 = "21550", k30Jun2027 = "21731";
 // An intervention detail: 5 unread, client, start date, 6 unread, day, start time.
-const std::string kDetailKey =
-    std::string("I0042") + "00001" + k23Nov2026 + "XXXXXX" + "3" + "0850";
-// A fixed template: client, start date, day, start time, two more.
-const std::string kTemplateKey = std::string("00001") + k23Nov2026 + "2" + "0850" + "AB";
-// A floating template: client, start date, start time, two more.
-const std::string kFloatingKey = std::string("00001") + k23Nov2026 + "0850" + "CD";
+const std::string kDetailKey = "I004200001" + k23Nov2026 + "XXXXXX30850";
+// Fixed templates: client, start date, day, start time, two more; floating ones have no day.
+const std::string kTemplateKey = "00001" + k23Nov2026 + "20850AB";
+const std::string kFloatingKey = "00001" + k23Nov2026 + "0850CD";
+const std::string kFloatingKey2 = "00001" + k23Nov2026 + "0900CD";
 
-class Init : public ::testing::Test {
+class Init : public ControlTest {
  protected:
   void SetUp() override {
-    Variable::resetAll();
-    account.put("TPSPARAM", "1", {{""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""},
-                                  {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"0"}});
+    ControlTest::SetUp();
+    Table parameter(20, Rows{""});
+    parameter[19] = {"0"};
+    account.put("TPSPARAM", "1", parameter);
     account.put("TPSDETAILSINTERV", kDetailKey, {{k31Dec2026}, {"1000"}});
+    account.put("TPSDETAILSINTERV", kDetailKey + "07", {{k31Dec2026}, {"1000"}});
     account.put("TPSSEMAINETYPE", kTemplateKey, {{k30Jun2027}, {"0930"}});
     account.put("TPSSEMAINETYPEFLOT", kFloatingKey,
                 {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"024"}});
-    connect();
-  }
-  void TearDown() override { Variable::resetAll(); }
-
-  void connect() { c.TheDatabase(account.open()); }
-
-  InitArguments args(std::string_view typeAct, std::string_view code) {
-    return InitArguments{fromUtf8(typeAct), fromUtf8(code), u"23/11/2026", u"", u"", u"", u""};
-  }
-
-  TempAccount account;
-  Ctr_VelmoraNew c;
-  CtrInspector in{c};
-};
-
-// The forms of Code decode alike in both vocabularies.
-class InitForms : public Init, public ::testing::WithParamInterface<const char16_t*> {
- protected:
-  Text kind() const { return GetParam(); }
-  InitArguments args(std::string_view code) {
-    return InitArguments{kind(), fromUtf8(code), u"23/11/2026", u"", u"", u"", u""};
+    account.put("TPSSEMAINETYPEFLOT", kFloatingKey2,
+                {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"6 5 1"}});
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(BothVocabularies, InitForms, ::testing::Values(u"AUTRE", u"SSIAD"));
+// The criteria: code, dates, times, days, then W_CleLue, W_SemType and W_Flot; and the
+// key's date.
+std::string criteria(const Ctr_VelmoraNew& ctl) {
+  const CtrInspector in(ctl);
+  std::string out;
+  for (const Text* t : {&in.W_Code(), &in.W_DateDeb(), &in.W_DateFin(), &in.W_HeureDe(),
+                        &in.W_HeureA(), &in.W_Jour()}) {
+    out += toUtf8(*t) + "|";
+  }
+  for (const Boolean b : {in.W_CleLue(), in.W_SemType(), in.W_Flot()}) out += b ? "1" : "0";
+  return out + " " + toUtf8(in.W_DateCle());
+}
 
-TEST_P(InitForms, BareCodeTakesTheCriteriaAsPassed) {
-  InitArguments a{kind(), u"00001", u"23/11/2026", u"31/12/2026", u"08:30", u"10:00", u"0100000"};
-  c.Init(a);
-  EXPECT_EQ(a.Code, u"00001");
-  EXPECT_EQ(a.DateDeb, u"23/11/2026");
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_DateDeb(), u"23/11/2026");
-  EXPECT_EQ(in.W_DateFin(), u"31/12/2026");
-  EXPECT_EQ(in.W_HeureDe(), u"08:30");
-  EXPECT_EQ(in.W_HeureA(), u"10:00");
-  EXPECT_EQ(in.W_Jour(), u"0100000");
-  EXPECT_EQ(in.W_CleLue(), kFalse);
-  EXPECT_EQ(in.W_SemType(), kFalse);
-  EXPECT_EQ(in.W_Flot(), kFalse);
-  EXPECT_EQ(in.W_TypeAct(), kind());
-  // The bare forms leave the key's date alone.
-  EXPECT_EQ(in.W_DateCle(), u"");
+struct Form {
+  std::string code, dateDeb, dateFin, heureDe, heureA, jour;
+  std::string codeBack, dateDebBack;  // what the caller gets back
+  std::string criteria;
+};
+
+TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
+  const std::string d = "23/11/2026";
+  const std::vector<Form> forms{
+      {"00001", d, "31/12/2026", "08:30", "10:00", "0100000", "00001", d,
+       "00001|23/11/2026|31/12/2026|08:30|10:00|0100000|000 "},
+      // The floating flag goes wherever it stood: the last four characters are cut.
+      {"00001FLOT", d, "", "8.5", "10", "101000", "00001", d,
+       "00001|23/11/2026||8.5|10|101000|001 "},
+      {"FLOT00001", "", "", "", "", "", "FLOT0", "", "FLOT0||||||001 "},
+      // A detail key gives one day of seven, or of six with the flag; the time has four.
+      {kDetailKey, d, "", "", "", "", kDetailKey, "",
+       "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
+      {kDetailKey + "07", d, "", "", "", "", kDetailKey + "07", "",
+       "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
+      {kDetailKey + "FLOT", d, "", "", "", "", kDetailKey, "",
+       "00001|23/11/2026|31/12/2026|0850|1000|000100|101 21512"},
+      // Template keys read 17 or 16 characters and keep their mark for the caller.
+      {kTemplateKey + "SEMTYPE", d, "", "", "", "", kTemplateKey + "SEMTYPE", "",
+       "00001|23/11/2026|30/06/2027|0850|0930|0010000|110 21512"},
+      {kFloatingKey + "SEMTYPEFLOT", d, "", "", "", "", kFloatingKey + "SEMTYPEFLOT", "",
+       "00001|23/11/2026||0850|1130|101010|111 21512"},
+      // The floating days look at the digits 0 to 5 only.
+      {kFloatingKey2 + "SEMTYPEFLOT", d, "", "", "", "", kFloatingKey2 + "SEMTYPEFLOT", "",
+       "00001|23/11/2026||0900|1130|010001|111 21512"},
+  };
+  for (const char* typeAct : {"AUTRE", "SSIAD"}) {
+    for (const Form& f : forms) {
+      SCOPED_TRACE(std::string(typeAct) + " " + f.code);
+      Variable::resetAll();
+      Ctr_VelmoraNew fresh;
+      fresh.TheDatabase(account.open());
+      InitArguments a{fromUtf8(typeAct),   fromUtf8(f.code),    fromUtf8(f.dateDeb),
+                      fromUtf8(f.dateFin), fromUtf8(f.heureDe), fromUtf8(f.heureA),
+                      fromUtf8(f.jour)};
+      fresh.Init(a);
+      EXPECT_EQ(toUtf8(a.Code), f.codeBack);
+      EXPECT_EQ(toUtf8(a.DateDeb), f.dateDebBack);
+      EXPECT_EQ(criteria(fresh), f.criteria);
+      EXPECT_EQ(CtrInspector(fresh).W_TypeAct(), fromUtf8(typeAct));
+    }
+  }
   // The parameter record stays read for the search.
-  ASSERT_FALSE(Variable::R_Param.empty());
   EXPECT_EQ(Variable::R_Param->r(20), u"0");
 }
 
-TEST_P(InitForms, BareFloatingCodeLosesItsFlagForTheCaller) {
-  InitArguments a{kind(), u"00001FLOT", u"23/11/2026", u"", u"8.5", u"10", u"101000"};
-  c.Init(a);
-  EXPECT_EQ(a.Code, u"00001");
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_Flot(), kTrue);
-  EXPECT_EQ(in.W_SemType(), kFalse);
-  EXPECT_EQ(in.W_CleLue(), kFalse);
-  EXPECT_EQ(in.W_HeureDe(), u"8.5");
-  EXPECT_EQ(in.W_HeureA(), u"10");
-  EXPECT_EQ(in.W_Jour(), u"101000");
-  // The flag goes wherever it stood: the last four characters are cut.
-  InitArguments b{kind(), u"FLOT00001", u"", u"", u"", u"", u""};
-  c.Init(b);
-  EXPECT_EQ(b.Code, u"FLOT0");
-  EXPECT_EQ(in.W_Code(), u"FLOT0");
-  EXPECT_EQ(in.W_Flot(), kTrue);
-}
-
-TEST_P(InitForms, DetailKeyGivesOneDayOfSeven) {
-  InitArguments a = args(kDetailKey);
-  c.Init(a);
-  EXPECT_EQ(a.Code, fromUtf8(kDetailKey));
-  EXPECT_EQ(a.DateDeb, u"");
-  EXPECT_EQ(in.W_DateCle(), u"21512");
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_DateDeb(), u"23/11/2026");
-  EXPECT_EQ(in.W_DateFin(), u"31/12/2026");
-  EXPECT_EQ(in.W_HeureDe(), u"0850");
-  EXPECT_EQ(in.W_HeureA(), u"1000");
-  EXPECT_EQ(in.W_Jour(), u"0001000");
-  EXPECT_EQ(in.W_CleLue(), kTrue);
-  EXPECT_EQ(in.W_SemType(), kFalse);
-  EXPECT_EQ(in.W_Flot(), kFalse);
-  ASSERT_FALSE(Variable::R_DetailsInterv.empty());
-  EXPECT_EQ(Variable::R_DetailsInterv->r(2), u"1000");
-}
-
-TEST_P(InitForms, DetailKeyWithTheFloatingFlagGivesOneDayOfSix) {
-  InitArguments a = args(kDetailKey + "FLOT");
-  c.Init(a);
-  EXPECT_EQ(a.Code, fromUtf8(kDetailKey));
-  EXPECT_EQ(in.W_Flot(), kTrue);
-  EXPECT_EQ(in.W_SemType(), kFalse);
-  EXPECT_EQ(in.W_CleLue(), kTrue);
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_HeureA(), u"1000");
-  EXPECT_EQ(in.W_Jour(), u"000100");
-}
-
-TEST_P(InitForms, TemplateKeyReadsSeventeenCharacters) {
-  InitArguments a = args(kTemplateKey + "SEMTYPE");
-  c.Init(a);
-  // Nothing is cut when the key names a template.
-  EXPECT_EQ(a.Code, fromUtf8(kTemplateKey + "SEMTYPE"));
-  EXPECT_EQ(a.DateDeb, u"");
-  EXPECT_EQ(in.W_SemType(), kTrue);
-  EXPECT_EQ(in.W_Flot(), kFalse);
-  EXPECT_EQ(in.W_CleLue(), kTrue);
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_DateDeb(), u"23/11/2026");
-  EXPECT_EQ(in.W_DateFin(), u"30/06/2027");
-  EXPECT_EQ(in.W_HeureDe(), u"0850");
-  EXPECT_EQ(in.W_HeureA(), u"0930");
-  EXPECT_EQ(in.W_Jour(), u"0010000");
-  ASSERT_FALSE(Variable::R_SemType.empty());
-  EXPECT_EQ(Variable::R_SemType->r(2), u"0930");
-}
-
-TEST_P(InitForms, FloatingTemplateKeyReadsSixteenCharactersAndItsDays) {
-  InitArguments a = args(kFloatingKey + "SEMTYPEFLOT");
-  c.Init(a);
-  EXPECT_EQ(a.Code, fromUtf8(kFloatingKey + "SEMTYPEFLOT"));
-  EXPECT_EQ(in.W_SemType(), kTrue);
-  EXPECT_EQ(in.W_Flot(), kTrue);
-  EXPECT_EQ(in.W_CleLue(), kTrue);
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_DateDeb(), u"23/11/2026");
-  // An open-ended template has no end date.
-  EXPECT_EQ(in.W_DateFin(), u"");
-  EXPECT_EQ(in.W_HeureDe(), u"0850");
-  EXPECT_EQ(in.W_HeureA(), u"1130");
-  EXPECT_EQ(in.W_Jour(), u"101010");
-}
-
-TEST_P(InitForms, FloatingDaysLookAtDigitsZeroToFiveOnly) {
-  account.put("TPSSEMAINETYPEFLOT", kFloatingKey,
-              {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"6 5 1"}});
-  InitArguments a = args(kFloatingKey + "SEMTYPEFLOT");
-  c.Init(a);
-  EXPECT_EQ(in.W_Jour(), u"010001");
-}
-
-TEST_P(InitForms, EmptyCodeIsADetailKeyThatFindsNothing) {
-  InitArguments a = args("");
-  c.Init(a);
-  EXPECT_EQ(in.W_Code(), u"");
-  EXPECT_EQ(in.W_HeureDe(), u"");
-  EXPECT_EQ(in.W_Jour(), u"1111111");
-  EXPECT_EQ(in.W_CleLue(), kTrue);
-  EXPECT_EQ(a.DateDeb, u"");
-}
-
-TEST_P(InitForms, DayThatIsNotANumberSetsEveryDay) {
-  const std::string key = std::string("I0042") + "00001" + k23Nov2026 + "XXXXXX" + "x" + "0850";
-  account.put("TPSDETAILSINTERV", key, {{k31Dec2026}, {"1000"}});
-  InitArguments a = args(key);
-  c.Init(a);
-  EXPECT_EQ(in.W_Jour(), u"1111111");
-  EXPECT_EQ(in.W_HeureA(), u"1000");
-}
-
-TEST_P(InitForms, AbsentKeyRecordLeavesFieldsFromTheLastRecordRead) {
-  InitArguments first = args(kDetailKey);
-  c.Init(first);
-  ASSERT_EQ(in.W_HeureA(), u"1000");
-  // Another intervention of another client, at another time, without a record.
-  const std::string absent = std::string("I0099") + "00002" + k31Dec2026 + "XXXXXX" + "5" + "1400";
-  InitArguments second = args(absent);
-  c.Init(second);
-  // Taken from the key: the new values.
-  EXPECT_EQ(in.W_Code(), u"00002");
-  EXPECT_EQ(in.W_DateDeb(), u"31/12/2026");
-  EXPECT_EQ(in.W_HeureDe(), u"1400");
-  EXPECT_EQ(in.W_Jour(), u"0000010");
-  // Taken from the record: the cursor still holds the first intervention.
-  EXPECT_EQ(in.W_DateFin(), u"31/12/2026");
-  EXPECT_EQ(in.W_HeureA(), u"1000");
-}
-
-TEST_P(InitForms, AbsentKeyRecordOnAnEmptyCursorKeepsTheFormerValues) {
-  InitArguments bare{kind(), u"00001", u"23/11/2026", u"30/06/2027", u"08:30", u"11:45", u"1"};
-  c.Init(bare);
-  const std::string absent = std::string("I0099") + "00002" + k31Dec2026 + "XXXXXX" + "0" + "1400";
-  InitArguments key = args(absent);
-  c.Init(key);
-  EXPECT_EQ(in.W_Code(), u"00002");
-  EXPECT_EQ(in.W_DateFin(), u"30/06/2027");
-  EXPECT_EQ(in.W_HeureA(), u"11:45");
-  EXPECT_EQ(in.W_Jour(), u"1000000");
-}
-
-TEST_P(InitForms, DateThatIsNotADateKeepsTheKeyDate) {
-  InitArguments first = args(kDetailKey);
-  c.Init(first);
-  ASSERT_EQ(in.W_DateCle(), u"21512");
-  InitArguments second = args(kDetailKey);
-  second.DateDeb = u"32/13/2026";
-  c.Init(second);
-  EXPECT_EQ(in.W_DateCle(), u"21512");
-  EXPECT_EQ(second.DateDeb, u"");
-  EXPECT_EQ(in.W_Jour(), u"0001000");
-  // A bare code after it leaves the key's date as it was.
-  InitArguments bare{kind(), u"00001", u"01/01/2026", u"", u"", u"", u""};
-  c.Init(bare);
-  EXPECT_EQ(in.W_DateCle(), u"21512");
-}
-
-TEST_F(Init, CaptionsFollowTheVocabulary) {
-  struct Case {
-    const char* typeAct;
-    const char16_t* first;
-    const char16_t* second;
-    const char16_t* third;
-    const char16_t* showAll;
+// A key whose record is absent takes what the key says and leaves the rest as the cursor
+// has it; a date that is no date keeps the key's date; odd days set every day.
+TEST_F(Init, SuccessiveInitsOnOneControl) {
+  const std::string absent = "I009900002" + k31Dec2026 + "XXXXXX";
+  const std::string odd = "I004200001" + k23Nov2026 + "XXXXXXx0850";
+  account.put("TPSDETAILSINTERV", odd, {{k31Dec2026}, {"1000"}});
+  const std::vector<std::tuple<std::string, std::string, std::string>> steps{
+      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 "},
+      {absent + "01400", "23/11/2026", "00002|31/12/2026|30/06/2027|1400|11:45|1000000|100 21512"},
+      {kDetailKey, "31/12/2026", "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21550"},
+      {absent + "51400", "32/13/2026", "00002|31/12/2026|31/12/2026|1400|1000|0000010|100 21550"},
+      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 21550"},
+      {odd, "", "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 "},
+      {"", "", "||31/12/2026||1000|1111111|100 "},
   };
-  const Case cases[] = {
-      {"AUTRE", u"Type", u"Groupe", u"Tâche", u"Afficher toutes les tâches"},
-      {"SSIAD", u"Regroupement", u"Type", u"Soin", u"Afficher tous les soins"},
-      {"autre", u"Regroupement", u"Type", u"Soin", u"Afficher tous les soins"},
-      {"AUTRE", u"Type", u"Groupe", u"Tâche", u"Afficher toutes les tâches"},
-  };
-  for (const Case& k : cases) {
-    SCOPED_TRACE(k.typeAct);
-    InitArguments a{fromUtf8(k.typeAct), u"00009", u"", u"", u"", u"", u""};
-    c.Init(a);
-    EXPECT_EQ(in.W_TypeAct(), fromUtf8(k.typeAct));
-    EXPECT_EQ(c.Etq_Pos1.Caption(), k.first);
-    EXPECT_EQ(c.Etq_Sel1.Caption(), k.first);
-    EXPECT_EQ(c.Etq_Pos2.Caption(), k.second);
-    EXPECT_EQ(c.Etq_Sel2.Caption(), k.second);
-    EXPECT_EQ(c.Etq_Pos3.Caption(), k.third);
-    EXPECT_EQ(c.Etq_Sel3.Caption(), k.third);
-    EXPECT_EQ(c.Cac_TouteTache.Caption(), k.showAll);
+  for (const auto& [code, date, expected] : steps) {
+    SCOPED_TRACE(code);
+    const bool bare = code == "00001";
+    const InitArguments a = init("AUTRE", code, date, bare ? "30/06/2027" : "", bare ? "08:30" : "",
+                                 bare ? "11:45" : "", bare ? "1" : "");
+    EXPECT_EQ(criteria(ctl), expected);
+    if (!bare) EXPECT_EQ(a.DateDeb, u"");
   }
 }
 
-TEST_F(Init, ResetsTheSelectionTheTotalAndTheButtons) {
-  c.Lst_Selectionne.AddItem(u"old row");
-  c.Lst_CodeSelect.AddItem(u"OLD");
-  c.Lst_Possible.AddItem(u"old proposal");
-  c.Lst_CodePos.AddItem(u"OLDP");
+// Only "AUTRE" names the tasks' vocabulary; without a database Init still sets the
+// captions and the buttons, and takes the key apart.
+TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
+  const auto captions = [&] {
+    return toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
+                  ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption());
+  };
+  const std::string acts = "Regroupement|Type|Soin|Afficher tous les soins";
+  init("AUTRE", "00009", "");
+  init("autre", "00009", "");
+  EXPECT_EQ(captions(), acts);
+  Variable::resetAll();
+  ctl.Cmd_SupprVelmora.setEnabled(true);
+  InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
+  ctl.Init(a);
+  EXPECT_EQ(captions(), acts);
+  EXPECT_FALSE(ctl.Cmd_SupprVelmora.Enabled());
+  EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
+  EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
+}
+
+TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
+  for (toolkit::ListBox* l :
+       {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
+    l->AddItem(u"old");
+  }
   Variable::R_Obs = newRecord();
   Variable::R_Obs->set(1, u"old observation");
   const RecordRef oldObs = Variable::R_Obs;
-  c.Etq_Imperativite.setVisible(true);
-  c.W_Total = Currency::whole(75);
-  c.Txt_Duree.setText(u"75");
-  c.W_AfficheTache = kTrue;
-  c.W_DoubleClic = kTrue;
-  c.W_Imperatif = kTrue;
-  c.W_DureeInterv = u"host's";
-  for (toolkit::CommandButton* b :
-       {&c.Cmd_SupprVelmora, &c.Cmd_Obs, &c.Cmd_OKVelmora, &c.Cmd_AnnulerVelmora}) {
+  ctl.Etq_Imperativite.setVisible(true);
+  ctl.W_Total = Currency::whole(75);
+  ctl.Txt_Duree.setText(u"75");
+  ctl.W_AfficheTache = ctl.W_DoubleClic = ctl.W_Imperatif = kTrue;
+  ctl.W_DureeInterv = u"host's";
+  for (toolkit::Control* b : std::initializer_list<toolkit::Control*>{
+           &ctl.Cmd_SupprVelmora, &ctl.Cmd_Obs, &ctl.Cmd_OKVelmora, &ctl.Cmd_AnnulerVelmora}) {
     b->setEnabled(true);
   }
-  c.Cac_TouteTache.setEnabled(false);
-
-  // A client without templates nor task lists: nothing fills the lists again.
-  InitArguments a{u"AUTRE", u"00009", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
-  c.Init(a);
-
-  EXPECT_EQ(c.Lst_Selectionne.ListCount(), 0);
-  EXPECT_EQ(c.Lst_CodeSelect.ListCount(), 0);
-  EXPECT_EQ(c.Lst_Possible.ListCount(), 0);
-  EXPECT_EQ(c.Lst_CodePos.ListCount(), 0);
-  ASSERT_FALSE(Variable::R_Obs.empty());
+  ctl.Cac_TouteTache.setEnabled(false);
+  init("AUTRE", "00009", "23/11/2026", "", "08:30", "10:00", "1000000");
+  EXPECT_EQ(snapshot(ctl), (Snapshot{{}, {}, {}, "", "0", "0000011"}));
+  EXPECT_EQ(ctl.Lst_Possible.ListCount() + ctl.Lst_CodePos.ListCount(), 0);
   EXPECT_FALSE(Variable::R_Obs == oldObs);
-  EXPECT_EQ(Variable::R_Obs->r(), u"");
-  EXPECT_FALSE(c.Etq_Imperativite.Visible());
-  EXPECT_EQ(c.W_Total, Currency::whole(0));
-  EXPECT_EQ(c.Txt_Duree.getText(), u"");
-  EXPECT_EQ(c.W_AfficheTache, kFalse);
-  EXPECT_EQ(c.W_DoubleClic, kFalse);
-  // The host's own slots are the host's.
-  EXPECT_EQ(c.W_Imperatif, kTrue);
-  EXPECT_EQ(c.W_DureeInterv, u"host's");
-  EXPECT_FALSE(c.Cmd_SupprVelmora.Enabled());
-  EXPECT_FALSE(c.Cmd_Obs.Enabled());
-  EXPECT_FALSE(c.Cmd_OKVelmora.Enabled());
-  EXPECT_FALSE(c.Cmd_AnnulerVelmora.Enabled());
-  EXPECT_TRUE(c.Cac_TouteTache.Enabled());
-  EXPECT_EQ(c.Cac_TouteTache.Value(), 0);
-  EXPECT_EQ(in.W_ClicActif(), kTrue);
-  EXPECT_EQ(in.W_ChangeActif(), kTrue);
-}
-
-TEST_F(Init, ResettingTheSwitchRunsNoFill) {
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_EQ(ctl.W_Imperatif, kTrue);
+  EXPECT_EQ(ctl.W_DureeInterv, u"host's");
+  EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
+  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
   // A fresh control has the switch ticked, so Init's reset raises its Click; a second
-  // Init finds it unticked already and raises nothing. Both must query the store alike.
-  InitArguments first{u"AUTRE", u"00009", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
-  const DatabaseRef database = account.open();
-  c.TheDatabase(database);
-  ASSERT_EQ(c.Cac_TouteTache.Value(), 1);
-  const StoreStatistics before = statistics(database);
-  c.Init(first);
-  const StoreStatistics afterFirst = statistics(database);
-  ASSERT_EQ(c.Cac_TouteTache.Value(), 0);
-  InitArguments second = first;
-  c.Init(second);
-  const StoreStatistics afterSecond = statistics(database);
-  EXPECT_EQ(afterFirst.queries - before.queries, afterSecond.queries - afterFirst.queries);
-  EXPECT_EQ(afterFirst.decodedRecords - before.decodedRecords,
-            afterSecond.decodedRecords - afterFirst.decodedRecords);
-}
-
-TEST_F(Init, WithoutADatabaseStillSetsCaptionsAndButtons) {
+  // Init finds it unticked and raises nothing. Both must query the store alike.
   Variable::resetAll();
-  for (toolkit::CommandButton* b :
-       {&c.Cmd_SupprVelmora, &c.Cmd_Obs, &c.Cmd_OKVelmora, &c.Cmd_AnnulerVelmora}) {
-    b->setEnabled(true);
+  Ctr_VelmoraNew fresh;
+  const DatabaseRef database = account.open();
+  fresh.TheDatabase(database);
+  std::vector<StoreStatistics> seen{statistics(database)};
+  for (int i = 0; i < 2; ++i) {
+    InitArguments a{u"AUTRE", u"00009", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
+    fresh.Init(a);
+    seen.push_back(statistics(database));
   }
-  InitArguments a = args("SSIAD", kDetailKey);
-  c.Init(a);
-  EXPECT_EQ(c.Etq_Pos1.Caption(), u"Regroupement");
-  EXPECT_EQ(c.Cac_TouteTache.Caption(), u"Afficher tous les soins");
-  EXPECT_FALSE(c.Cmd_SupprVelmora.Enabled());
-  EXPECT_FALSE(c.Cmd_AnnulerVelmora.Enabled());
-  // Taken from the key all the same; the record could not be read.
-  EXPECT_EQ(in.W_Code(), u"00001");
-  EXPECT_EQ(in.W_Jour(), u"0001000");
-  EXPECT_TRUE(Variable::F_DetailsInterv.empty());
-  EXPECT_TRUE(Variable::R_DetailsInterv.empty());
+  EXPECT_EQ(seen[1].queries - seen[0].queries, seen[2].queries - seen[1].queries);
+  EXPECT_EQ(seen[1].decodedRecords - seen[0].decodedRecords,
+            seen[2].decodedRecords - seen[1].decodedRecords);
 }
 
 // A writer holding the store's lock while the planner works. A gesture that reads fails
@@ -373,46 +201,38 @@ TEST_F(Init, AWriterHoldingTheLockFailsClearlyAndLeavesNoPartialProposal) {
   account.put("SSIADREGROUPSOINS", "01", {{"Hygiène"}});
   account.put("SSIADTYPESOINS", "0101", {{"Toilette"}});
   account.put("SSIADSOINS", "010101", {{"Toilette complète"}, {""}, {""}, {"30"}});
-  InitArguments a = args("SSIAD", "00001");
-  c.Init(a);
-  c.Remplir_Soins();
-  ASSERT_EQ(c.Lst_Possible.ListCount(), 1);
+  InitArguments a = init("SSIAD", "00001", "23/11/2026");
+  ctl.Remplir_Soins();
+  ASSERT_EQ(ctl.Lst_Possible.ListCount(), 1);
 
   sqlite3* writer = nullptr;
   ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-
   std::vector<long> shown;
-  c.setFailureHandler([&](const Failure& f) { shown.push_back(f.number()); });
-  const int switchBefore = c.Cac_TouteTache.Value();
-  c.Cac_TouteTache.toggle();
+  ctl.setFailureHandler([&](const Failure& f) { shown.push_back(f.number()); });
+  ctl.Cac_TouteTache.toggle();
   EXPECT_EQ(shown, std::vector<long>{errors::kBusy});
-  EXPECT_EQ(c.Lst_Possible.ListCount(), 1);
-  EXPECT_EQ(c.Cac_TouteTache.Value(), switchBefore);
+  EXPECT_EQ(ctl.Lst_Possible.ListCount(), 1);
+  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
 
   const auto start = std::chrono::steady_clock::now();
-  std::string message;
-  const long number = testing::failureNumber([&] {
-    try {
-      c.Init(a);
-    } catch (const Failure& f) {
-      message = f.what();
-      throw;
-    }
-  });
+  try {
+    ctl.Init(a);
+    ADD_FAILURE() << "Init read through the lock";
+  } catch (const Failure& f) {
+    EXPECT_EQ(f.number(), errors::kBusy);
+    EXPECT_THAT(f.what(), ::testing::HasSubstr("verrouillée par un autre programme"));
+  }
   EXPECT_LT(std::chrono::steady_clock::now() - start, 3 * store::ReadConnection::kLockWait);
-  EXPECT_EQ(number, errors::kBusy);
-  EXPECT_THAT(message, ::testing::HasSubstr("verrouillée par un autre programme"));
-  EXPECT_EQ(c.Lst_Possible.ListCount(), 0);
-  EXPECT_EQ(c.Lst_CodePos.ListCount(), 0);
-  EXPECT_EQ(c.Txt_Duree.getText(), u"");
+  EXPECT_EQ(ctl.Lst_Possible.ListCount() + ctl.Lst_CodePos.ListCount(), 0);
+  EXPECT_EQ(ctl.Txt_Duree.getText(), u"");
 
   sqlite3_exec(writer, "ROLLBACK", nullptr, nullptr, nullptr);
   sqlite3_close(writer);
-  c.Init(a);
-  c.Remplir_Soins();
-  EXPECT_EQ(c.Lst_Possible.ListCount(), 1);
+  ctl.Init(a);
+  ctl.Remplir_Soins();
+  EXPECT_EQ(ctl.Lst_Possible.ListCount(), 1);
 }
 
 }  // namespace
-}  // namespace velmora
+}  // namespace velmora::testing

@@ -1,0 +1,430 @@
+// Whole searches through Init on a small account, in both vocabularies: the template
+// searches, the catalogue fills that stand in when no template exists, the show-all
+// switch, the consultation of a full key, and the texts the store is sent.
+#include <map>
+#include <sstream>
+
+#include <velmora/base/failure.h>
+#include "control/fixture.h"
+#include "search/time_conversion.h"
+
+namespace velmora::testing {
+namespace {
+
+const std::string kClient = "00001";
+
+// The three columns of the account's items, as a fill writes them.
+std::string columns(const std::string& code) {
+  static const std::map<std::string, std::string> known{
+      {"A", col("MENAGE") + col("ENTRETIEN") + col("A")},
+      {"B", col("MENAGE") + col("ENTRETIEN") + col("B")},
+      {"C", col("SOINS") + col("TOILETTE") + col("C")},
+      {"D", col("SOINS") + col("TOILETTE") + col("D")},
+      {"010101", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
+      {"010102", col("Soins de base") + col("Hygiène") + col("Change")},
+      {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
+      {"010104", col("Soins de base") + col("Hygiène") + col("Surveillance")},
+      {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")}};
+  return known.at(code);
+}
+// A list's rows from "code:minutes" words, "*" after the word for a floating template's
+// item, "!" for a selected item with an observation: a catalogue fill's rows end at the
+// minutes, a template search's add two blanks or "  *", a selected row has the marker.
+enum class Kind { Catalogue, Template, Selected };
+Rows rows(Kind kind, const std::string& spec) {
+  Rows out;
+  std::istringstream words(spec);
+  for (std::string w; words >> w;) {
+    const bool mark = w.back() == '*' || w.back() == '!';
+    if (mark) w.pop_back();
+    const std::string code = w.substr(0, w.find(':')), minutes = w.substr(w.find(':') + 1);
+    out.push_back(kind == Kind::Selected ? columns(code) + (mark ? "X" : " ") + right(minutes, 6)
+                  : kind == Kind::Template
+                      ? columns(code) + right(minutes, 7) + (mark ? "  *" : "  ")
+                      : columns(code) + right(minutes, 7));
+  }
+  return out;
+}
+Rows catalogue(const std::string& spec) {
+  return rows(Kind::Catalogue, spec);
+}
+Rows proposed(const std::string& spec) {
+  return rows(Kind::Template, spec);
+}
+Rows chosen(const std::string& spec) {
+  return rows(Kind::Selected, spec);
+}
+// A list's items, or a working table's rows of values, as words: "A B", "A:30: B:15:".
+std::string words(const Rows& items) {
+  std::string out;
+  for (const auto& i : items) out += (out.empty() ? "" : " ") + i;
+  return out;
+}
+std::string words(const RecordRef& r) {
+  Rows out;
+  for (const auto& row : table(r)) {
+    out.emplace_back();
+    for (const auto& v : row) out.back() += (&v == &row.front() ? "" : ":") + v;
+  }
+  return words(out);
+}
+
+// A template record: end time, kind ("S" care), items with durations and observations,
+// and for floating templates the days.
+struct TemplateSpec {
+  std::string end;
+  std::string kind;
+  Rows codes;
+  Rows durations;
+  Rows observations;
+  std::string days = {};
+};
+Table templateRecord(const TemplateSpec& t, const std::string& endDate = "") {
+  return {{endDate}, {t.end}, {t.kind},       t.codes, t.durations,
+          {""},      {""},    t.observations, {""},    {t.days}};
+}
+
+// Home help: types MENAGE and SOINS, groups ENTRETIEN (MENAGE) and TOILETTE (SOINS), tasks
+// A and B in ENTRETIEN, C and D in TOILETTE. Care: acts 010101, 010102 and 010103 under
+// type 0101 and regroupment 01, 020101 under 0201 and 02.
+class SearchJourney : public ControlTest {
+ protected:
+  void SetUp() override {
+    ControlTest::SetUp();
+    account.put("TPSPARAM", "1", {});
+    account.put("TYPETACHE", "MENAGE", {{"1"}});
+    account.put("TYPETACHE", "SOINS", {{"2"}});
+    account.put("GROUPETACHE", "ENTRETIEN", {{"1"}, {"MENAGE"}});
+    account.put("GROUPETACHE", "TOILETTE", {{"1"}, {"SOINS"}});
+    account.put("TACHE", "A", {{"1"}, {"ENTRETIEN"}, {""}, {""}, {"20"}});
+    account.put("TACHE", "B", {{"2"}, {"ENTRETIEN"}, {""}, {""}, {"25"}});
+    account.put("TACHE", "C", {{"1"}, {"TOILETTE"}, {""}, {""}, {"35"}});
+    account.put("TACHE", "D", {{"2"}, {"TOILETTE"}, {""}, {""}, {"40"}});
+    account.put("SSIADREGROUPSOINS", "01", {{"Soins de base"}});
+    account.put("SSIADREGROUPSOINS", "02", {{"Relationnel"}});
+    account.put("SSIADTYPESOINS", "0101", {{"Hygiène"}});
+    account.put("SSIADTYPESOINS", "0201", {{"Écoute"}});
+    account.put("SSIADSOINS", "010101", {{"Toilette complète"}, {""}, {""}, {"30"}});
+    account.put("SSIADSOINS", "010102", {{"Change"}, {""}, {""}, {"10"}});
+    account.put("SSIADSOINS", "010103", {{"Pansement"}, {""}, {""}, {"20"}});
+    account.put("SSIADSOINS", "020101", {{"Accompagnement"}, {""}, {""}, {"45"}});
+  }
+
+  std::string fixedKey(char day, const std::string& time, const char* start = "01/01/2026") {
+    return kClient + internal(start) + day + time + "01";
+  }
+  std::string floatingKey(const std::string& time) {
+    return kClient + internal("01/01/2026") + time + "01";
+  }
+  void putFixed(char day, const std::string& time, const TemplateSpec& t) {
+    account.put("TPSSEMAINETYPE", fixedKey(day, time), templateRecord(t));
+  }
+  void putFloating(const std::string& time, const TemplateSpec& t) {
+    account.put("TPSSEMAINETYPEFLOT", floatingKey(time), templateRecord(t));
+  }
+  void putList(const char* date, const Rows& codes, const Rows& minutes) {
+    account.put("AIDEDETAILTACHE", kClient + internal(date), {codes, minutes});
+  }
+  // Init with a client code: the search runs with the lower half filled.
+  void search(const std::string& typeAct, const std::string& jour,
+              const std::string& code = kClient, const std::string& heureDe = "09:00",
+              const std::string& heureA = "10:00", const std::string& dateFin = "30/11/2026") {
+    init(typeAct, code, "23/11/2026", dateFin, heureDe, heureA, jour);
+  }
+  // Day 2 from 09:00 to 10:00. A fixed template of day 2 from 0930 to 1030 with items 0 and
+  // 1, one of day 4 with items 2 and 3, a floating one with 3 and 4.
+  void putTemplates(const std::string& kind, const Rows& c) {
+    putFixed('2', "0930", {"1030", kind, {c[0], c[1]}, {"30", "15"}, {"Sonner deux fois", ""}});
+    putFixed('4', "0800", {"1200", kind, {c[2], c[3]}, {"20", "10"}, {"", ""}});
+    putFloating("0900", {"1000", kind, {c[3], c[4]}, {"50", "25"}, {"", "obs D"}, "4"});
+  }
+  // What the lists and the total show.
+  void expectShown(const Rows& possible, const std::string& selected, const std::string& duree) {
+    EXPECT_EQ(items(ctl.Lst_Possible), possible);
+    EXPECT_EQ(items(ctl.Lst_Selectionne), chosen(selected));
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), duree);
+  }
+};
+using WholeCase = SearchJourney;
+
+TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
+  struct Case {
+    const char *typeAct, *kind, *jour, *codesPos, *codesSel, *duree;
+    Rows obs;
+  };
+  const Rows acts{"010101", "010102", "010102", "020101", "010103"};
+  const std::vector<Case> cases{
+      // Care: the labels come from the care catalogue, observations move with their rows.
+      {"SSIAD",
+       "S",
+       "0010000",
+       "020101 010102 010101 010103",
+       "010102 010101",
+       "0h45",
+       {"", "Sonner deux fois"}},
+      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
+      // Care templates are invisible to a home-help search, which falls back on the lists.
+      {"AUTRE", "S", "0010000", "", "", "", {}},
+      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
+      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.typeAct) + " " + c.kind + " " + c.jour);
+    putTemplates(c.kind, std::string(c.typeAct) == "SSIAD" ? acts : Rows{"A", "B", "B", "C", "D"});
+    search(c.typeAct, c.jour);
+    EXPECT_EQ(ctl.W_AfficheTache, *c.codesPos == '\0' ? kFalse : kTrue);
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), c.codesPos);
+    EXPECT_EQ(words(items(ctl.Lst_CodeSelect)), c.codesSel);
+    EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
+  }
+  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("B:20 C:10"));
+  putTemplates("S", acts);
+  search("SSIAD", "0010000");
+  expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
+  // A host that runs the search again gets the same lists, not twice the rows.
+  Boolean fillLowerHalf = kTrue;
+  ctl.Recherche_SemaineType(fillLowerHalf);
+  expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
+  // The working tables in the order of the fill; only a floating template's items are marked.
+  EXPECT_EQ(words(Variable::R_TablePossible), "010101:30: 010102:15: 020101:10: 010103:25:*");
+  EXPECT_EQ(words(Variable::R_TableSelection), "010101:30:Sonner deux fois 010102:15:");
+  EXPECT_EQ(words(Variable::R_TableDurees), "010101:30 010102:15 020101:10 010103:25");
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "45");
+  EXPECT_TRUE(CtrInspector(ctl).W_ListeSem().empty());  // released after the fill
+}
+
+// Which fixed templates of a day match a slot: those that touch it at either end, with
+// the host's times in minutes (08:01 is 0802) or, when the parameter says so, in decimal
+// hours; and, without an end date, one that starts later too.
+TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
+  struct Case {
+    const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM
+    const char* selected;
+  };
+  const std::vector<Case> cases{
+      {"0", "09:00", "10:00", "30/11/2026", "B:6: A:5:"},
+      {"0", "08:01", "08:59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
+      {"1", "8.5", "9", "30/11/2026", "D:8: B:6: E:9:"},
+      {"0", "09:00", "10:00", "", "B:6: A:5: F:4:"},
+      // An end date that is no date drops both date tests.
+      {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
+  };
+  // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0600-0850,
+  // E 0898-0899, G 1001-1100, H 0500-0801; F starts on 01/01/2027.
+  const std::vector<std::tuple<const char*, const char*, const char*>> templates{
+      {"1000", "1100", "A"}, {"0800", "0900", "B"}, {"0700", "0802", "C"}, {"0600", "0850", "D"},
+      {"0898", "0899", "E"}, {"1001", "1100", "G"}, {"0500", "0801", "H"}};
+  const char* durations = "5678912";
+  for (std::size_t i = 0; i < templates.size(); ++i) {
+    const auto& [from, to, code] = templates[i];
+    putFixed('2', from, {to, "A", {code}, {std::string(1, durations[i])}, {""}});
+  }
+  account.put("TPSSEMAINETYPE", fixedKey('2', "0900", "01/01/2027"),
+              templateRecord({"1000", "A", {"F"}, {"4"}, {""}}));
+  // One whose validity ended the day before the period is left out.
+  account.put("TPSSEMAINETYPE", fixedKey('2', "0930"),
+              templateRecord({"1000", "A", {"Z"}, {"3"}, {""}}, internal("22/11/2026")));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.heureDe) + "-" + c.heureA + " " + c.dateFin);
+    Table parameter(20, Rows{""});
+    parameter[19] = {c.decimal};
+    account.put("TPSPARAM", "1", parameter);
+    search("AUTRE", "0010000", kClient, c.heureDe, c.heureA, c.dateFin);
+    EXPECT_EQ(words(Variable::R_TableSelection), c.selected);
+  }
+}
+
+TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryRow) {
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});  // not looked at
+  putFloating("0800", {"0930", "A", {"B"}, {"20"}, {""}, "6"});
+  putFloating("0900", {"1000", "A", {"C", "D"}, {"50", "25"}, {"", "obs D"}, "24"});
+  putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
+  putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
+  // Day 2 and the seventh position set: the template of day 6 never matches.
+  search("AUTRE", "0010001", kClient + "FLOT");
+  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 B:20 C:50 D:25");
+  EXPECT_EQ(words(Variable::R_TableSelection), "A:5: C:50: D:25:obs D");
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
+  expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
+
+  putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
+  search("SSIAD", "010000", kClient + "FLOT");
+  expectShown(proposed("020101:15* 010101:30*"), "020101:15 010101:30!", "0h45");
+}
+
+TEST_F(SearchJourney, ItemsWithoutCatalogueRecordsOrTooWideKeepTheTablesAndObservationNumbers) {
+  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});  // group missing
+  putFixed('3', "0900", {"1000", "A", {"ZZ", "E", "A"}, {"5", "6", "7"}, {"o1", "o2", "o3"}});
+  search("AUTRE", "0001000");
+  EXPECT_EQ(words(Variable::R_TableDurees), "ZZ:5 E:6 A:7");
+  expectShown(proposed("A:7"), "A:7!", "0h07");
+  EXPECT_EQ(attributes(Variable::R_Obs, 3), (Rows{"", "", "o3"}));  // at the table's row
+  // A duration wider than its column leaves the row without one.
+  putFixed('3', "0900", {"1000", "A", {"A", "B"}, {"12345678", "1234567"}, {"", ""}});
+  search("AUTRE", "0001000");
+  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{columns("A") + "  ", proposed("B:1234567")[0]}));
+  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{columns("A") + " ", columns("B") + " "}));
+
+  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
+  account.put("SSIADSOINS", "019901", {{"Sans type"}, {""}, {""}, {"5"}});
+  putFixed('3', "0900", {"1000", "S", {"990101", "019901", "010101"}, {"5", "6", "7"}, {}});
+  search("SSIAD", "0001000");
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"010101"}));
+}
+
+TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
+  // An empty criterion stops the search before any table is made.
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"5"}, {""}});
+  search("AUTRE", "0010000", kClient, "09:00", "");
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty());
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+  account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
+
+  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});
+  putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
+  putList("01/10/2026", {"A", "B"}, {"12", "45"});
+  account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
+  search("AUTRE", "0000001");
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+  expectShown(catalogue("A:12 B:30 C:"), "", "");
+
+  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
+  account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
+  for (const char* typeAct : {"SSIAD", "OTHER"}) {  // neither vocabulary: care acts
+    search(typeAct, "0000001");
+    expectShown(catalogue("020101:45 010102:10 010103:20 010104: 010101:30"), "", "");
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 010102 010103 010104 010101");
+  }
+}
+
+TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAndGoesBack) {
+  account.put("GROUPETACHE", "SANSTYPE", {{"1"}, {"INCONNU"}});  // cannot be placed
+  account.put("TACHE", "G", {{"1"}, {"SANSTYPE"}, {""}, {""}, {"1"}});
+  account.put("TACHE", "F", {{"1"}, {"ORPHELIN"}, {""}, {""}, {"2"}});
+  putFixed('2', "0900", {"1000", "A", {"A", "B", "C"}, {"0", "", "12"}, {"obs", "", ""}});
+  search("AUTRE", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  // A keeps the catalogue's 20 over a "0", B its 25 over a "", C shows the client's 12.
+  expectShown(catalogue("A:20 B:25 C:12 D:40"), "A:0! B: C:12", "0h12");
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
+  ctl.Cac_TouteTache.toggle();
+  // Back to the search, without the lower half: the total starts again from nothing.
+  expectShown(proposed("A:0 B: C:12"), "A:0! B: C:12", "");
+  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "0");
+
+  // Without any duration table (the guard stopped the search) the catalogue keeps its own.
+  search("AUTRE", "0010000", kClient, "09:00", "");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogue("A:20")[0]));
+  // Care keeps the catalogue's durations; a floating search goes back to its marked rows.
+  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
+  search("SSIAD", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "010101:35", "0h35");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), proposed("010101:35"));
+  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
+  search("AUTRE", "001000", kClient + "FLOT");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogue("C:50")[0]));
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), proposed("C:50*"));
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
+  // Without task types the catalogue is empty.
+  account.remove("TYPETACHE", "MENAGE");
+  account.remove("TYPETACHE", "SOINS");
+  search("AUTRE", "0010000");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty() && items(ctl.Lst_CodePos).empty());
+}
+
+class Consultation : public SearchJourney {
+ protected:
+  void SetUp() override {
+    SearchJourney::SetUp();
+    putList("01/10/2026", {"A", "B"}, {"12", "45"});
+    putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
+    putList("01/12/2026", {"D"}, {"99"});
+  }
+  // Init with a full key: the consultation runs.
+  void consult(const std::string& typeAct, const std::string& key,
+               const char* date = "23/11/2026") {
+    init(typeAct, key, date);
+  }
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
+};
+
+TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
+  Table detail(6, Rows{""});
+  detail[1] = {"1000"};
+  detail.insert(detail.end(), {{"C", "ZZ", "A"}, {"10", "5", ""}, {"", "obs ZZ", "obs A"}});
+  account.put("TPSDETAILSINTERV", detailKey, detail);
+  consult("AUTRE", detailKey);
+  // The list of 01/11 alone; "0" and "" are passed over without a gap.
+  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 C: A:40 A:50");
+  // ZZ has no task record: left out, and the observations stay with their rows.
+  expectShown(chosen("A:40 A:50 B:30 C:"), "A:! C:10", "0h10");
+  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "C"}));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"obs A", ""}));
+  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+  EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
+  // Ticking lets the last valid duration win: A shows 50, C its catalogue 35.
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible)[0], catalogue("A:50")[0]);
+  EXPECT_EQ(items(ctl.Lst_Possible)[2], catalogue("C:35")[0]);
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
+  EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h10");
+
+  // Before the first list, or at 15/10 with the list of 01/10, and without items.
+  account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
+  consult("AUTRE", detailKey, "15/10/2026");
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B");
+  EXPECT_TRUE(items(ctl.Lst_Selectionne).empty());
+  EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
+  consult("AUTRE", detailKey, "01/01/2026");
+  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+}
+
+TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
+  putFixed('2', "0930",
+           {"1030", "S", {"020101", "010101"}, {"15", "30"}, {"", "Sonner deux fois"}});
+  consult("SSIAD", fixedKey('2', "0930") + "SEMTYPE");
+  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
+  EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
+  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
+
+  putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
+  consult("AUTRE", floatingKey("0900") + "SEMTYPEFLOT");
+  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
+  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
+}
+
+TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
+  const std::vector<std::pair<const char*, const char*>> cases = {
+      {"08:00", "0800"}, {"08:01", "0802"}, {"08:15", "0825"}, {"08:20", "0833"},
+      {"08:30", "0850"}, {"08:40", "0867"}, {"08:45", "0875"}, {"08:59", "0898"},
+      {"23:10", "2317"}, {"07h05", "0708"}};
+  for (const auto& [in, out] : cases) {
+    EXPECT_EQ(toUtf8(search::minutesToFourDigit(fromUtf8(in))), out) << in;
+  }
+  for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
+           {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
+    EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
+  }
+  for (const Text bad : {u"08:xx", u"8", u""}) {
+    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
+        << toUtf8(bad);
+  }
+  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
+            errors::kTypeMismatch);
+}
+
+}  // namespace
+}  // namespace velmora::testing

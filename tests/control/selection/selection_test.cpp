@@ -1,0 +1,575 @@
+// The planner's work on the selection: moving proposal rows in, editing a duration, the
+// observations dialog, removing a row, and the way out and back (MAJ_Enr, Vider_Tache,
+// Vider_liste, Affiche), each compared whole as a planner and a host see it.
+#include <array>
+
+#include "control/fixture.h"
+
+namespace velmora::testing {
+namespace {
+
+struct Item {
+  const char *c1, *c2, *task, *minutes, *code;
+};
+// The proposal every test starts from; DOUCHE is the catalogue's one mandatory task.
+const std::array<Item, 6> kItems{{{"Ménage", "Entretien", "ASPIRATEUR", "25", "ASPIRATEUR"},
+                                  {"Ménage", "Entretien", "VAISSELLE", "40", "VAISSELLE"},
+                                  {"Repas", "Cuisine", "DEJEUNER", "", "DEJEUNER"},
+                                  {"Ménage", "Entretien", "BALAI", "5", "BALAI"},
+                                  {"Toilette", "Hygiène", "DOUCHE", "30", "DOUCHE"},
+                                  {"Ménage", "Entretien", "Numéro", "5", "42"}}};
+const std::string kStart = "0000011";    // after Init: nothing to select yet
+const std::string kIdle = "1000011";     // after a selection: the arrow, the box, the list
+const std::string kClicked = "1110011";  // a current row: Obs. and Supprimer too
+const std::string kEditing = "1111110";  // an edit open: OK and Annuler, the list locked
+const std::string kDone = "1000001";     // after OK, Annuler or a removal
+
+std::string sel(int i, bool observation = false, const char* minutes = nullptr) {
+  const Item& it = kItems[static_cast<std::size_t>(i)];
+  return selectedRow(it.c1, it.c2, it.task, observation, minutes ? minutes : it.minutes);
+}
+// The selection of these items in this order, each with its observation and its duration
+// (the proposal's unless told), as a planner and a host see it with no edit open.
+struct Pick {
+  int item;
+  const char* obs = "";
+  const char* minutes = nullptr;
+};
+Snapshot chosen(const std::vector<Pick>& picks, std::string duree, std::string total,
+                std::string buttons, bool imperative = false, int current = -1) {
+  Snapshot s{{},         {},     {}, std::move(duree), std::move(total), std::move(buttons),
+             imperative, current};
+  for (const Pick& p : picks) {
+    s.rows.push_back(sel(p.item, *p.obs != '\0', p.minutes));
+    s.codes.emplace_back(kItems[static_cast<std::size_t>(p.item)].code);
+    s.obs.emplace_back(p.obs);
+  }
+  return s;
+}
+
+class Selection : public ControlTest {
+ protected:
+  void SetUp() override {
+    ControlTest::SetUp();
+    // Affiche shows a task under its group's attribute 2, then the group key.
+    account.put("GROUPETACHE", "ENTRETIEN", {{"Entretien"}, {"Ménage"}});
+    account.put("GROUPETACHE", "REPAS", {{"Repas"}, {"Cuisine"}});
+    account.put("GROUPETACHE", "TOILETTE", {{"Toilette"}, {"Hygiène"}});
+    account.put("TACHE", "ASPIRATEUR", {{""}, {"ENTRETIEN"}, {""}, {"N"}});
+    account.put("TACHE", "VAISSELLE", {{""}, {"ENTRETIEN"}, {""}, {""}});
+    account.put("TACHE", "DEJEUNER", {{""}, {"REPAS"}, {""}, {"N"}});
+    account.put("TACHE", "DOUCHE", {{""}, {"TOILETTE"}, {""}, {"O"}});
+    start();
+  }
+  // Init on a client without templates nor task lists: both lists start empty.
+  void start(std::string_view typeAct = "AUTRE", bool withItems = true) {
+    init(typeAct, "00001", "");
+    if (!withItems) return;
+    for (const Item& it : kItems) propose(catalogueRow(it.c1, it.c2, it.task, it.minutes), it.code);
+  }
+  void propose(const std::string& row, const std::string& code) {
+    ctl.Lst_Possible.AddItem(fromUtf8(row));
+    ctl.Lst_CodePos.AddItem(fromUtf8(code));
+  }
+  void stored(const Table& items) { ctl.W_Aff = RecordRef::make(makeRecord(items)); }
+  Text enr() { return ctl.W_Enr->r(); }
+};
+using Moving = Selection;
+using Editing = Selection;
+using Observations = Selection;
+using Removal = Selection;
+using WayOut = Selection;
+
+TEST_F(Moving, RowsAreCopiedSortedWithTheirCodesAndCountedInTheTotal) {
+  EXPECT_EQ(snapshot(ctl).buttons, kStart);
+  select({2});  // no duration: the total stays empty
+  EXPECT_EQ(snapshot(ctl), chosen({{2}}, "", "0", kIdle));
+  select({1});
+  EXPECT_EQ(snapshot(ctl).duree, "0h40");
+  for (const int r : {0, 4}) ctl.Lst_CodePos.setSelected(r, true);  // a view may mark codes
+  select({0, 4});
+  const Snapshot s = snapshot(ctl);
+  EXPECT_EQ(s, chosen({{0}, {1}, {2}, {4}}, "1h35", "95", kIdle, true));
+  EXPECT_EQ(ctl.Etq_Imperativite.Caption(), u"Au moins une tâche impérative");
+  for (int r = 0; r < 6; ++r)
+    EXPECT_FALSE(ctl.Lst_Possible.Selected(r) || ctl.Lst_CodePos.Selected(r));
+  select({0, 1});  // already there: they only lose their marks
+  EXPECT_EQ(snapshot(ctl), s);
+  ctl.Lst_Possible.doubleClick(3);  // a double-click selects the row under the pointer
+  EXPECT_EQ(snapshot(ctl).codes[1], "BALAI");
+  EXPECT_EQ(snapshot(ctl).total, "100");
+  EXPECT_FALSE(ctl.Lst_Possible.Selected(3));
+}
+
+TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
+  struct Case {
+    Table proposals;  // columns 1 to 3, minutes, code
+    std::vector<int> marked;
+    Table selected;     // columns 1 to 3, minutes, code
+    const char* total;  // only what enters is counted
+  };
+  const std::vector<Case> cases{
+      // A second item with the same task column is a duplicate, whatever its code.
+      {{{"Ménage", "Entretien", "VAISSELLE", "25", "VAISSELLE"},
+        {"Repas", "Cuisine", "VAISSELLE", "10", "VAISSELLE2"}},
+       {0, 1},
+       {{"Ménage", "Entretien", "VAISSELLE", "25", "VAISSELLE"}},
+       "25"},
+      // The same first 25 characters are the same task.
+      {{{"A", "B", "Nettoyage complet du sol", "5", "SOL1"},
+        {"A", "B", "Nettoyage complet du sol de la cuisine", "7", "SOL2"}},
+       {1, 0},
+       {{"A", "B", "Nettoyage complet du sol", "5", "SOL1"}},
+       "5"},
+      // A row without a task never enters.
+      {{{"Ménage", "Entretien", "", "20", "SANSNOM"}}, {0}, {}, "0"},
+      // Columns 1 and 2 come from the nearest rows above that have them.
+      {{{"Ménage", "Entretien", "ASPIRATEUR", "40", "ASPIRATEUR"},
+        {"", "Sols", "LAVAGE", "15", "LAVAGE"},
+        {"", "", "VITRES", "20", "VITRES"},
+        {"Repas", "", "DEJEUNER", "30", "DEJEUNER"}},
+       {2, 1, 3},
+       {{"Ménage", "Sols", "LAVAGE", "15", "LAVAGE"},
+        {"Ménage", "Sols", "VITRES", "20", "VITRES"},
+        {"Repas", "", "DEJEUNER", "30", "DEJEUNER"}},
+       "65"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.proposals.front()[4]);
+    start("AUTRE", false);
+    for (const auto& p : c.proposals) propose(catalogueRow(p[0], p[1], p[2], p[3]), p[4]);
+    select(c.marked);
+    Snapshot expected;
+    for (const auto& r : c.selected) {
+      expected.rows.push_back(selectedRow(r[0], r[1], r[2], false, r[3]));
+      expected.codes.push_back(r[4]);
+    }
+    EXPECT_EQ(snapshot(ctl).rows, expected.rows);
+    EXPECT_EQ(snapshot(ctl).codes, expected.codes);
+    EXPECT_EQ(snapshot(ctl).total, c.total);
+  }
+  // A short row is filled to 80; the floating mark stays behind.
+  start("AUTRE", false);
+  propose(col("Ménage") + col("Entretien") + col("VAISSELLE"), "VAISSELLE");
+  propose(floatingRow("Ménage", "Entretien", "BALAI", "40"), "BALAI");
+  select({0, 1});
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{selectedRow("Ménage", "Entretien", "BALAI", false, "40"),
+                                      col("Ménage") + col("Entretien") + col("VAISSELLE") + "  "}));
+  EXPECT_EQ(snapshot(ctl).codes, (Rows{"BALAI", "VAISSELLE"}));
+}
+
+TEST_F(Selection, EveryOperationRefreshesTheMandatoryLabelEvenWhenItChangesNothing) {
+  struct Case {
+    const char* what;
+    std::function<void()> action;
+    bool unchanged;
+  };
+  const std::vector<Case> cases{
+      {"nothing marked", [&] { select({}); }, true},
+      {"No to the removal", [&] { remove(0, toolkit::kMsgBoxNo); }, true},
+      {"an empty stored selection", [&] { stored({}), ctl.Affiche(); }, true},
+      {"an edit", [&] { edit(0, "20"); }, false},
+  };
+  select({4});
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    ctl.Lst_Selectionne.click(0);
+    ctl.Etq_Imperativite.setVisible(false);
+    const Snapshot before = snapshot(ctl);
+    c.action();
+    Snapshot after = snapshot(ctl);
+    EXPECT_TRUE(after.imperative);
+    after.imperative = false;
+    if (c.unchanged) EXPECT_EQ(after, before);
+  }
+  EXPECT_EQ(snapshot(ctl).rows, Rows{sel(4, false, "20")});
+}
+
+TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
+  select({0, 1});
+  const Snapshot before = snapshot(ctl);
+  ctl.Lst_Selectionne.click(1);
+  EXPECT_EQ(snapshot(ctl).buttons, kClicked);
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 1);
+  ctl.Lst_Selectionne.DblClick();
+  ctl.Lst_Selectionne.doubleClick(1);
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"40");
+  EXPECT_EQ(snapshot(ctl).buttons, kEditing);
+  EXPECT_TRUE(snapshot(ctl).doubleClic);
+  ctl.Txt_DureeSoin.typeText(u"9");
+  ctl.Cmd_AnnulerVelmora.press();  // leaves no trace
+  EXPECT_EQ(snapshot(ctl), chosen({{0}, {1}}, "1h05", "65", kDone));
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
+  ctl.Lst_Selectionne.click(1);
+  ctl.Lst_Selectionne.doubleClick(1);
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"40");
+  ctl.Lst_Selectionne.click(0);  // locked: nothing changes
+  EXPECT_EQ(snapshot(ctl).current, 1);
+  ctl.Txt_DureeSoin.typeKey(8);
+  ctl.Txt_DureeSoin.typeKey(8);
+  ctl.Txt_DureeSoin.typeText(u"1x0");  // the filter drops the letter
+  ctl.Cmd_OKVelmora.press();
+  EXPECT_EQ(snapshot(ctl), chosen({{0}, {1, "", "10"}}, "0h35", "35", kDone));
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), -1);
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
+  // A double-click with no current row, as a toolkit may deliver it, is ignored.
+  ctl.Lst_Selectionne.DblClick();
+  EXPECT_FALSE(snapshot(ctl).doubleClic);
+}
+
+TEST_F(Editing, EditsChangeTheRowTheTotalAndWhatTheHostReads) {
+  struct Case {
+    std::vector<int> selected;
+    std::vector<const char*> typed;  // on row 0, one edit each
+    int item;                        // the item on row 0
+    const char *minutes, *duree, *total;
+  };
+  const std::vector<Case> cases{
+      {{1, 0}, {"10"}, 0, "10", "0h50", "50"},
+      {{1, 0}, {"10", ""}, 0, "", "0h40", "40"},
+      {{0, 1}, {"0"}, 0, "0", "0h40", "40"},
+      {{2}, {"75"}, 2, "75", "1h15", "75"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.typed.back()) + " " + c.total);
+    start();
+    select(c.selected);
+    for (const char* t : c.typed) edit(0, t);
+    const Snapshot s = snapshot(ctl);
+    EXPECT_EQ(s.rows[0], sel(c.item, false, c.minutes));
+    EXPECT_EQ(s.duree, c.duree);
+    EXPECT_EQ(s.total, c.total);
+    ctl.MAJ_Enr();
+    EXPECT_EQ(ctl.W_Enr->r(1, 2), fromUtf8(c.minutes));
+  }
+}
+
+TEST_F(Editing, ADurationThatIsNotDigitsIsRefusedLosesNothingAndReachesTheHost) {
+  select({0, 1});
+  ctl.Lst_Selectionne.click(1);
+  ctl.Lst_Selectionne.doubleClick(1);
+  const Snapshot before = snapshot(ctl);
+  for (const Text& pasted : {Text(u"1a"), Text(u"-5"), Text(u" 7"), Text(u"2.5")}) {
+    SCOPED_TRACE(toUtf8(pasted));
+    ctl.Txt_DureeSoin.replaceText(pasted);
+    try {
+      ctl.Cmd_OKVelmora.press();
+      ADD_FAILURE() << "accepted";
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.number(), errors::kTypeMismatch);
+      EXPECT_NE(std::string(failure.what()).find(toUtf8(pasted)), std::string::npos);
+    }
+    EXPECT_EQ(snapshot(ctl), before);
+    EXPECT_EQ(ctl.Txt_DureeSoin.getText(), pasted);
+  }
+  std::vector<long> seen;
+  ctl.setFailureHandler([&](const Failure& f) { seen.push_back(f.number()); });
+  ctl.Cmd_OKVelmora.press();
+  EXPECT_EQ(seen, (std::vector<long>{errors::kTypeMismatch}));
+  ctl.Txt_DureeSoin.replaceText(u"15");
+  ctl.Cmd_OKVelmora.press();
+  EXPECT_EQ(snapshot(ctl).duree, "0h40");
+  EXPECT_EQ(snapshot(ctl).total, "40");
+}
+
+TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemOnlyDuringAnEdit) {
+  // VAISSELLE alone, its edit open; then ASPIRATEUR and BALAI come in and sort before it.
+  select({1});
+  ctl.Lst_Selectionne.click(0);
+  ctl.Lst_Selectionne.doubleClick(0);
+  select({0, 3});
+  EXPECT_EQ(snapshot(ctl).current, 2);
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 2);
+  EXPECT_EQ(snapshot(ctl).duree, "1h10");
+  ctl.Txt_DureeSoin.typeKey(8);
+  ctl.Txt_DureeSoin.typeKey(8);
+  ctl.Txt_DureeSoin.typeText(u"12");
+  ctl.Cmd_OKVelmora.press();
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0), sel(3), sel(1, false, "12")}));
+  EXPECT_EQ(snapshot(ctl).codes, (Rows{"ASPIRATEUR", "BALAI", "VAISSELLE"}));
+  EXPECT_EQ(snapshot(ctl).total, "42");
+  // With no edit open the sort writes the rows in place: the current row stays where it
+  // is, now on another item, and Obs. and Supprimer act on what stands there.
+  propose(catalogueRow("Ménage", "Entretien", "ARROSAGE", "10"), "ARROSAGE");
+  ctl.Lst_Selectionne.click(1);  // BALAI
+  select({6});                   // ARROSAGE sorts first
+  EXPECT_EQ(snapshot(ctl).current, 1);
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 1);
+  EXPECT_EQ(snapshot(ctl).codes[1], "ASPIRATEUR");
+}
+
+TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
+  select({0, 1, 2});
+  observe(1, "Sonner deux fois\nCode 1234");
+  Text shown;  // what each opening shows, then whether a close request left it open
+  withDialog(1, [&](Frm_AjoutObsTache& d) {
+    for (const auto* t : {&d.Txt_Type, &d.Txt_Groupe, &d.Txt_Tache, &d.Txt_Obs}) {
+      shown += t->getText() + u"|";
+    }
+    d.Txt_Obs.replaceText(u"Brouillon");
+    d.Cmd_AnnulerObs.press();
+  });
+  EXPECT_EQ(Variable::N_LigneObs, 2);
+  EXPECT_EQ(services->mousePointer(), 0);
+  withDialog(0, [&](Frm_AjoutObsTache& d) {
+    shown += d.Txt_Obs.getText() + u"|";  // each opening starts afresh
+    d.Txt_Obs.replaceText(u"Tapé puis fermé");
+    d.requestClose();
+    shown += d.isLoaded() ? u"open" : u"closed";
+    d.Cmd_OkObs.press();
+  });
+  EXPECT_EQ(shown,
+            u"Ménage                   |Entretien                |VAISSELLE                |"
+            u"Sonner deux fois\nCode 1234||open");
+  EXPECT_FALSE(DefaultFrm_AjoutObsTache().isLoaded());
+  EXPECT_EQ(services->modalShows(), 3);
+  EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
+}
+
+TEST_F(Observations, TheMarkerFollowsTheTextAndTheRowKeepsItsLength) {
+  select({0, 1});
+  for (const char* text : {"Clé chez la voisine", "Clé chez le gardien", " ", ""}) {
+    SCOPED_TRACE(text);
+    observe(0, text);
+    EXPECT_EQ(snapshot(ctl), chosen({{0, text}, {1}}, "1h05", "65", kClicked, false, 0));
+  }
+  // The same actions again, closed with Annuler after typing or Ok without a change.
+  observe(1, "Avant");
+  const Snapshot before = snapshot(ctl);
+  withDialog(1, [](Frm_AjoutObsTache& d) {
+    d.Txt_Obs.replaceText(u"");
+    d.Cmd_AnnulerObs.press();
+  });
+  withDialog(1, [](Frm_AjoutObsTache& d) { d.Cmd_OkObs.press(); });
+  EXPECT_EQ(snapshot(ctl), before);
+  // A row of 80 characters stays 80 long.
+  propose(col("Toilette") + col("Hygiène") + col("DOUCHE"), "DOUCHE");
+  select({6});
+  observe(2, "Sans savon");
+  EXPECT_EQ(snapshot(ctl).rows[2], col("Toilette") + col("Hygiène") + col("DOUCHE") + "X ");
+  observe(2, "");
+  EXPECT_EQ(snapshot(ctl).rows[2], col("Toilette") + col("Hygiène") + col("DOUCHE") + "  ");
+}
+
+TEST_F(Removal, TheRowGoesAfterTheQuestionAndCanBeChosenAgain) {
+  for (const auto& [typeAct, prompt] :
+       {std::pair{"AUTRE", u"Etes-vous sûr de vouloir supprimer cette tâche ?"},
+        std::pair{"SSIAD", u"Etes-vous sûr de vouloir supprimer cet acte ?"}}) {
+    SCOPED_TRACE(typeAct);
+    start(typeAct);
+    propose(catalogueRow("Ménage", "Entretien", "ASPIRATEUR", "25"), "ASPIRATEUR");
+    const std::size_t asked = services->questions().size();
+    select({0});
+    remove(0);
+    EXPECT_EQ(snapshot(ctl), chosen({}, "0h00", "0", kDone));
+    ASSERT_EQ(services->questions().size(), asked + 1);
+    EXPECT_EQ(services->questions().back().prompt, prompt);
+    EXPECT_EQ(services->questions().back().style, toolkit::kStyleYesNoQuestion);
+    EXPECT_EQ(services->questions().back().title, u"Message TALVERANE");
+    select({0});
+    EXPECT_EQ(snapshot(ctl).rows, Rows{sel(0)});
+  }
+}
+
+TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
+  select({0, 1, 2});
+  observe(0, "A");
+  observe(2, "C");
+  edit(0, "10");  // the marker survives the edit
+  select({3});    // BALAI sorts second, the observations move with their rows
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0, true, "10"), sel(3), sel(1), sel(2, true)}));
+  remove(0);
+  EXPECT_EQ(snapshot(ctl), chosen({{3}, {1}, {2, "C"}}, "0h45", "45", kDone));
+  EXPECT_EQ(Variable::R_Obs->r(), u"\uF8FE\uF8FEC");
+  remove(0);
+  remove(0);
+  EXPECT_EQ(snapshot(ctl).total, "0");
+  ctl.W_Total = Currency::whole(99);  // a row without duration takes nothing off
+  remove(0);
+  EXPECT_EQ(snapshot(ctl).duree, "0h00");
+  EXPECT_EQ(snapshot(ctl).total, "99");
+}
+
+TEST_F(Removal, NoKeepsTheEditOpenAndYesEndsIt) {
+  select({0, 4});  // DOUCHE, the one mandatory task, is edited and removed
+  ctl.Lst_Selectionne.click(1);
+  ctl.Lst_Selectionne.doubleClick(1);
+  const Snapshot before = snapshot(ctl);
+  services->answer(toolkit::kMsgBoxNo);
+  ctl.Cmd_SupprVelmora.press();
+  EXPECT_EQ(snapshot(ctl), before);
+  EXPECT_TRUE(before.imperative);
+  services->answer(toolkit::kMsgBoxYes);
+  ctl.Cmd_SupprVelmora.press();
+  EXPECT_EQ(snapshot(ctl), chosen({{0}}, "0h25", "25", kDone));
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
+}
+
+// After the host's Vider_Tache, Supprimer, OK and Obs. stay enabled without a row. Each
+// runs its steps as written; the first one that needs the row fails and goes to the host.
+TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRowIsMissing) {
+  struct Case {
+    toolkit::CommandButton* button;
+    int answer, questions, dialogs;  // the answer to the removal question, if one is asked
+    long failure;
+    const char* duree;
+  };
+  const std::vector<Case> cases{
+      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 1, 0, 0, ""},
+      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, 1, 0, errors::kInvalidCall, "0h00"},
+      {&ctl.Cmd_OKVelmora, 0, 0, 0, errors::kInvalidCall, "0h45"},
+      {&ctl.Cmd_Obs, 0, 0, 1, 0, ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.button->name() + " " + std::to_string(c.answer));
+    select({0});
+    ctl.Lst_Selectionne.click(0);
+    ctl.Lst_Selectionne.doubleClick(0);
+    ctl.Txt_DureeSoin.replaceText(u"45");
+    ctl.Vider_Tache();
+    ASSERT_TRUE(c.button->Enabled());
+    ctl.Etq_Imperativite.setVisible(true);
+    const int asked = static_cast<int>(services->questions().size());
+    const int shown = services->modalShows();
+    if (c.answer != 0) services->answer(c.answer);
+    services->onModal([](toolkit::Form& form) {
+      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
+      EXPECT_EQ(dialog.Txt_Tache.getText(), u"");
+      dialog.Cmd_AnnulerObs.press();
+    });
+    EXPECT_EQ(failureNumber([&] { c.button->press(); }), c.failure);
+    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
+    EXPECT_EQ(static_cast<int>(services->questions().size()) - asked, c.questions);
+    EXPECT_EQ(services->modalShows() - shown, c.dialogs);
+    if (c.questions == 1 && c.failure == 0) EXPECT_FALSE(ctl.Etq_Imperativite.Visible());
+    EXPECT_TRUE(snapshot(ctl).rows.empty());
+    ctl.Cmd_AnnulerVelmora.press();
+    ctl.Vider_Tache();
+  }
+}
+
+TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
+  start("SSIAD", false);
+  propose(catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30"), "123");
+  propose(catalogueRow("Soins de base", "Hygiène", "Pansement", "15"), "1234567");
+  propose(catalogueRow("Soins de base", "Hygiène", "Surveillance", ""), "AB12");
+  select({0, 1, 2});
+  ctl.MAJ_Enr();
+  EXPECT_EQ(enr(), makeRecord({{"1234567", "15", ""}, {"AB12", "", ""}, {"000123", "30", ""}}).r());
+  EXPECT_EQ(snapshot(ctl).codes, (Rows{"1234567", "AB12", "123"}));
+}
+
+TEST_F(WayOut, MajEnrHandsTheSelectionOverInListOrderAsANewRecordEachTime) {
+  select({0, 2, 4, 5});
+  observe(3, "Sonner deux fois\nCode 1234");
+  edit(2, "0");
+  ctl.MAJ_Enr();
+  const RecordRef first = ctl.W_Enr;
+  const Text firstText = enr();
+  EXPECT_EQ(firstText, makeRecord({{"ASPIRATEUR", "25", ""},
+                                   {"42", "5", ""},
+                                   {"DEJEUNER", "0", ""},
+                                   {"DOUCHE", "30", "Sonner deux fois\nCode 1234"}})
+                           .r());
+  EXPECT_EQ(snapshot(ctl).total, "60");  // MAJ_Enr changes nothing on screen
+  for (int i = 0; i < 4; ++i) remove(0);
+  ctl.MAJ_Enr();
+  EXPECT_FALSE(first == ctl.W_Enr);
+  EXPECT_EQ(first->r(), firstText);
+  EXPECT_EQ(ctl.W_Enr->DCount(), 0);
+  EXPECT_EQ(enr(), u"");
+}
+
+TEST_F(WayOut, ViderTacheEmptiesTheSelectionAndViderListeEverything) {
+  select({0, 4});
+  observe(0, "A");
+  ctl.Vider_Tache();
+  // The host's total stays until the next operation sets it.
+  EXPECT_EQ(snapshot(ctl), chosen({}, "", "55", kClicked));
+  EXPECT_EQ(Variable::R_Obs->r(), u"");
+  EXPECT_EQ(ctl.Lst_CodePos.ListCount(), 6);
+  select({2, 1});
+  EXPECT_EQ(snapshot(ctl), chosen({{1}, {2}}, "0h40", "40", kClicked));
+  ctl.MAJ_Enr();
+  ctl.W_Aff = RecordRef::make();
+  const RecordRef aff = ctl.W_Aff;
+  ctl.Vider_liste();
+  EXPECT_EQ(ctl.Lst_Possible.ListCount() + ctl.Lst_CodePos.ListCount() +
+                ctl.Lst_Selectionne.ListCount() + ctl.Lst_CodeSelect.ListCount(),
+            0);
+  EXPECT_EQ(snapshot(ctl).duree, "");
+  EXPECT_EQ(snapshot(ctl).total, "40");
+  EXPECT_TRUE(ctl.W_Enr.empty());
+  EXPECT_TRUE(ctl.W_Aff == aff);
+  EXPECT_TRUE(Variable::TheDatabase.empty() && Variable::F_Tache.empty() &&
+              Variable::R_Obs.empty());
+}
+
+TEST_F(WayOut, AfficheShowsAStoredSelectionAndLeavesOutWhatIsNoTask) {
+  account.put("TACHE", "ORPHELINE", {{""}, {"DISPARU"}, {""}, {"O"}});
+  account.put("TACHE", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", {{""}, {"REPAS"}});
+  select({0});
+  ctl.Vider_Tache();
+  stored({{"INCONNUE", "10", "perdue 1"},
+          {"ORPHELINE", "20", "perdue 2"},
+          {"VAISSELLE", "0", ""},
+          {"DOUCHE", "45", "Clé sous le paillasson"},
+          {"DEJEUNER"},
+          {"UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", "5", ""}});
+  ctl.Affiche();
+  // Column 1 is the group's attribute 2, column 2 the group key, column 3 the code.
+  EXPECT_EQ(
+      snapshot(ctl),
+      (Snapshot{{selectedRow("Cuisine", "REPAS", "DEJEUNER", false, ""),
+                 selectedRow("Cuisine", "REPAS", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", false, "5"),
+                 selectedRow("Hygiène", "TOILETTE", "DOUCHE", true, "45"),
+                 selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", false, "0")},
+                {"DEJEUNER", "UNE_TACHE_AU_CODE_TRES_LONG_ET_PLUS", "DOUCHE", "VAISSELLE"},
+                {"", "", "Clé sous le paillasson", ""},
+                "0h50",
+                "50",
+                kIdle,
+                true}));
+  Text shown;
+  withDialog(2, [&](Frm_AjoutObsTache& d) {
+    shown = d.Txt_Obs.getText();
+    d.Cmd_AnnulerObs.press();
+  });
+  EXPECT_EQ(shown, u"Clé sous le paillasson");
+}
+
+// Onto rows already there, item i writes attribute i of R_Obs, as documented: a second
+// Affiche doubles the rows, and behind a row already selected the observation lands on
+// that row. A host that wants the stored selection alone empties the control first.
+TEST_F(WayOut, AfficheOntoRowsAlreadyThereWritesTheObservationsAtTheItemNumbers) {
+  stored({{"VAISSELLE", "30", "V"}, {"DEJEUNER", "15", ""}});
+  ctl.Affiche();
+  ctl.Affiche();
+  const std::string v = selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "30");
+  const std::string d = selectedRow("Cuisine", "REPAS", "DEJEUNER", false, "15");
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{d, d, v, v}));
+  EXPECT_EQ(snapshot(ctl).obs, (Rows{"V", "", "", ""}));
+  EXPECT_EQ(snapshot(ctl).duree, "1h30");
+
+  ctl.Vider_Tache();
+  select({0});
+  observe(0, "Déjà là");
+  stored({{"VAISSELLE", "10", "Nouvelle"}});
+  ctl.Affiche();
+  // "ENTRETIEN" sorts before "Entretien"; the observations travel with their rows.
+  EXPECT_EQ(snapshot(ctl).rows,
+            (Rows{selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "10"), sel(0, true)}));
+  EXPECT_EQ(snapshot(ctl).obs, (Rows{"", "Nouvelle"}));
+  EXPECT_EQ(snapshot(ctl).total, "35");
+  // Care acts are no tasks: Affiche leaves every item out.
+  start("SSIAD", false);
+  const Snapshot empty = snapshot(ctl);
+  stored({{"000123", "30", "obs"}, {"000456", "15", ""}});
+  ctl.Affiche();
+  EXPECT_EQ(snapshot(ctl), empty);
+  EXPECT_EQ(Variable::R_Obs->r(), u"");
+  EXPECT_EQ(Err.Number, errors::kRecordNotFound);
+}
+
+}  // namespace
+}  // namespace velmora::testing
