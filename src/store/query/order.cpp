@@ -106,7 +106,14 @@ int compareOrdered(TextView a, TextView b) {
   return compareRanked(a, rank(a), b, rank(b));
 }
 
-OrderedText::OrderedText(TextView text) : text_(text), rank_(rank(text)) {
+OrderedText::OrderedText(TextView text) : text_(text) {
+  if (isPlainDigits(text)) {  // the common case: no sign, no fraction
+    rank_ = 1;
+    while (wholeAt_ < text.size() && text[wholeAt_] == u'0') ++wholeAt_;
+    wholeLength_ = text.size() - wholeAt_;
+    return;
+  }
+  rank_ = rank(text);
   if (rank_ != 1) return;
   const Decimal d = decimalOf(text_);
   negative_ = d.negative;

@@ -59,6 +59,7 @@ struct Plan {
   std::vector<std::uint8_t> upper;  // empty: no upper bound
   bool emptyRange = false;
   bool keepsAttributes = false;  // any of kept
+  std::vector<bool> lastUse;     // by position in columns: no later column reads the same
   // Where each condition, in the order written, went: recordConditions or keyConditions,
   // and its index there; so that values can be put into the plan again.
   std::vector<std::pair<bool, std::size_t>> placeOf;
@@ -250,6 +251,9 @@ Plan makePlan(const QuerySyntax& syntax, const std::vector<Field>& fields, TextV
     if (column > 0) plan.kept[slotOf(plan, column)] = true;
   }
   plan.keepsAttributes = std::find(plan.kept.begin(), plan.kept.end(), true) != plan.kept.end();
+  for (auto c = plan.columns.begin(); c != plan.columns.end(); ++c) {
+    plan.lastUse.push_back(std::find(c + 1, plan.columns.end(), *c) == plan.columns.end());
+  }
   return plan;
 }
 
@@ -444,7 +448,8 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
       ends.push_back(buffer.size());
     }
   }
-  std::vector<OrderedText> keys;  // width per row, worked out once, not once per comparison
+  thread_local std::vector<OrderedText> keys;  // width per row, worked out once
+  keys.clear();
   keys.reserve(ends.size());
   const TextView all(buffer);
   std::size_t start = 0;
@@ -454,13 +459,19 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
   }
   std::vector<std::size_t> order(rows.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+  const auto before = [&](std::size_t a, std::size_t b) {
     for (std::size_t s = 0; s < width; ++s) {
       const int c = compareOrdered(keys[a * width + s], keys[b * width + s]);
       if (c != 0) return plan.sorts[s].descending ? c > 0 : c < 0;
     }
     return a < b;  // equal in every criterion: only when the key is not among them twice
-  });
+  };
+  // Sorted on the key alone, the rows of a scan, in key order, are often in order already:
+  // checking costs one comparison a row.
+  const bool onKeyAlone = width == 1 && plan.sorts.front().field.kind == Field::Kind::Key &&
+                          !plan.sorts.front().descending;
+  if (onKeyAlone && std::is_sorted(order.begin(), order.end(), before)) return order;
+  std::sort(order.begin(), order.end(), before);
   return order;
 }
 
@@ -469,6 +480,7 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
 std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& plan) {
   std::vector<Row> rows;
   if (plan.emptyRange) return rows;
+  rows.reserve(16);  // one client's records at one allocation
   const bool withBody = !plan.attributes.empty();
   thread_local Scratch scratch;  // its buffers serve every query of the thread
   const bool sameState = connection.scanInCachedState(
@@ -499,9 +511,11 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
     Row& row = rows[i];
     std::vector<Text> cells;
     cells.reserve(plan.columns.size());
-    for (const int column : plan.columns) {
+    for (std::size_t c = 0; c < plan.columns.size(); ++c) {
+      // The sort is done: a row's texts move into the answer when no later column reads them.
+      const int column = plan.columns[c];
       if (column == 0) {
-        cells.push_back(row.key);
+        cells.push_back(plan.lastUse[c] ? std::move(row.key) : row.key);
         continue;
       }
       // Values of a multi-valued column become subvalues, so that one hit stays one
@@ -509,7 +523,11 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
       auto& values = row.attributes[static_cast<std::size_t>(
           std::lower_bound(plan.attributes.begin(), plan.attributes.end(), column) -
           plan.attributes.begin())];
-      cells.push_back(values.size() == 1 ? values.front() : joined(values, kSubvalueMark));
+      if (values.size() != 1) {
+        cells.push_back(joined(values, kSubvalueMark));
+      } else {
+        cells.push_back(plan.lastUse[c] ? std::move(values.front()) : values.front());
+      }
     }
     answer.appendAttribute(std::move(cells));
   }
@@ -526,10 +544,10 @@ bool shapeOf(TextView query, Text& shape, std::vector<TextView>& values) {
   values.clear();
   std::size_t i = 0;
   while (i < query.size()) {
-    if (query[i] != u'"') {
-      shape.push_back(query[i++]);
-      continue;
-    }
+    const auto open = query.find(u'"', i);
+    shape += query.substr(i, open == TextView::npos ? TextView::npos : open - i);
+    if (open == TextView::npos) break;
+    i = open;
     const auto close = query.find(u'"', i + 1);
     if (close == TextView::npos) return false;  // malformed: the parser says why
     values.push_back(query.substr(i + 1, close - i - 1));
@@ -624,17 +642,18 @@ const Plan& planFor(Prepared& prepared, const std::vector<Field>& fields, TextVi
   return kept->plan;
 }
 
-// An attribute of the request as written (1: the query, 2: the file, 3: the columns),
-// read in place.
-TextView requestPart(TextView request, int attribute) {
+// The attributes of the request as written (the query, the file, the columns), read in
+// place in one pass.
+std::array<TextView, 3> requestParts(TextView request) {
+  std::array<TextView, 3> parts;
   std::size_t start = 0;
-  for (int i = 1; i < attribute; ++i) {
+  for (std::size_t i = 0; i < parts.size(); ++i) {
     const auto mark = request.find(kAttributeMark, start);
-    if (mark == TextView::npos) return {};
+    parts[i] = request.substr(start, mark == TextView::npos ? TextView::npos : mark - start);
+    if (mark == TextView::npos) break;
     start = mark + 1;
   }
-  const auto end = request.find(kAttributeMark, start);
-  return request.substr(start, end == TextView::npos ? TextView::npos : end - start);
+  return parts;
 }
 
 // The answer to a query, of a prepared shape (with its values) or parsed on its own;
@@ -659,8 +678,7 @@ std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
-  const TextView query = requestPart(request, 1);
-  const TextView file = requestPart(request, 2);
+  const auto [query, file, columns] = requestParts(request);
   thread_local std::vector<TextView> values;
   Prepared* const prepared = preparedFor(query, values);
   std::optional<QuerySyntax> own;
@@ -670,7 +688,6 @@ NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
                toUtf8(syntax.file) + " »");
   }
-  const TextView columns = requestPart(request, 3);
   // A query on its own whose names the connection knows runs as one statement, the scan,
   // which is one read transaction and checks that those names still hold in it: no
   // transaction statements and no dictionary reads.
