@@ -25,11 +25,25 @@ std::shared_ptr<void> Control::subscribe(Listener listener) {
 
 void Control::notify(Change change, int row) const {
   if (listeners_->empty()) return;
-  // A listener may unsubscribe while we call it: walk a copy and prune afterwards.
-  const auto snapshot = *listeners_;
-  for (const auto& weak : snapshot) {
-    if (const auto listener = weak.lock()) (*listener)(change, row);
+  // Listeners are called in place, not from a copy: a list notifies once per row. One may
+  // unsubscribe while it is called (its entry expires) or subscribe another (added past
+  // those walked here); expired entries are pruned only once no notification of this
+  // thread is under way, so that no entry moves while a walk is on.
+  thread_local int walks = 0;
+  struct Walk {
+    Walk() { ++walks; }
+    ~Walk() { --walks; }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+  };
+  {
+    const Walk walk;
+    const std::size_t count = listeners_->size();
+    for (std::size_t i = 0; i < count; ++i) {
+      if (const auto listener = (*listeners_)[i].lock()) (*listener)(change, row);
+    }
   }
+  if (walks > 0) return;
   std::erase_if(*listeners_, [](const auto& weak) { return weak.expired(); });
 }
 
