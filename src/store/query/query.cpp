@@ -410,6 +410,13 @@ Text joined(const std::vector<Text>& values, char16_t mark) {
   return out;
 }
 
+// A buffer kept for the next query of the thread, unless a large answer made it large.
+template <class Buffer>
+void giveBackIfLarge(Buffer& buffer) {
+  constexpr std::size_t kKept = 4096;
+  if (buffer.capacity() > kKept) Buffer().swap(buffer);
+}
+
 // Appends the text a sort compares for a row: the key, characters of it, or an
 // attribute's values joined by value marks.
 void appendSortText(const Plan& plan, const Row& row, const Field& field, Text& out) {
@@ -470,8 +477,12 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
   // checking costs one comparison a row.
   const bool onKeyAlone = width == 1 && plan.sorts.front().field.kind == Field::Kind::Key &&
                           !plan.sorts.front().descending;
-  if (onKeyAlone && std::is_sorted(order.begin(), order.end(), before)) return order;
-  std::sort(order.begin(), order.end(), before);
+  if (!onKeyAlone || !std::is_sorted(order.begin(), order.end(), before)) {
+    std::sort(order.begin(), order.end(), before);
+  }
+  giveBackIfLarge(buffer);
+  giveBackIfLarge(ends);
+  giveBackIfLarge(keys);
   return order;
 }
 
@@ -647,9 +658,9 @@ const Plan& planFor(Prepared& prepared, const std::vector<Field>& fields, TextVi
 std::array<TextView, 3> requestParts(TextView request) {
   std::array<TextView, 3> parts;
   std::size_t start = 0;
-  for (std::size_t i = 0; i < parts.size(); ++i) {
+  for (auto& part : parts) {
     const auto mark = request.find(kAttributeMark, start);
-    parts[i] = request.substr(start, mark == TextView::npos ? TextView::npos : mark - start);
+    part = request.substr(start, mark == TextView::npos ? TextView::npos : mark - start);
     if (mark == TextView::npos) break;
     start = mark + 1;
   }
