@@ -4,8 +4,31 @@
 
 namespace velmora::toolkit {
 
+// A subscriber stays in the list while a notification may be calling it; its token only
+// marks it dead, and the list drops dead subscribers once no notification of this control
+// is under way. Calling one costs no reference counting: a list notifies once per row.
+struct Control::Listeners {
+  struct Subscriber {
+    Listener listener;
+    bool live = true;
+  };
+  std::vector<std::shared_ptr<Subscriber>> subscribers;
+  int walks = 0;
+  bool anyDead = false;
+
+  void pruneIfIdle() {
+    if (walks > 0 || !anyDead) return;
+    std::erase_if(subscribers, [](const auto& subscriber) { return !subscriber->live; });
+    anyDead = false;
+  }
+};
+
 Control::Control(std::string name, Kind kind, Geometry geometry, int tabIndex)
-    : name_(std::move(name)), kind_(kind), geometry_(geometry), tabIndex_(tabIndex) {}
+    : name_(std::move(name)),
+      kind_(kind),
+      geometry_(geometry),
+      tabIndex_(tabIndex),
+      listeners_(std::make_shared<Listeners>()) {}
 
 void Control::setEnabled(bool enabled) {
   enabled_ = enabled;
@@ -18,33 +41,40 @@ void Control::setVisible(bool visible) {
 }
 
 std::shared_ptr<void> Control::subscribe(Listener listener) {
-  auto owned = std::make_shared<Listener>(std::move(listener));
-  listeners_->push_back(owned);
-  return owned;
+  auto subscriber = std::make_shared<Listeners::Subscriber>();
+  subscriber->listener = std::move(listener);
+  listeners_->subscribers.push_back(subscriber);
+  const std::weak_ptr<Listeners> owner = listeners_;
+  return {subscriber.get(), [subscriber, owner](void*) {
+            subscriber->live = false;
+            if (const auto listeners = owner.lock()) {
+              listeners->anyDead = true;
+              listeners->pruneIfIdle();
+            }
+          }};
 }
 
 void Control::notify(Change change, int row) const {
-  if (listeners_->empty()) return;
-  // Listeners are called in place, not from a copy: a list notifies once per row. One may
-  // unsubscribe while it is called (its entry expires) or subscribe another (added past
-  // those walked here); expired entries are pruned only once no notification of this
-  // thread is under way, so that no entry moves while a walk is on.
-  thread_local int walks = 0;
+  Listeners& listeners = *listeners_;
+  if (listeners.subscribers.empty()) return;
+  // A listener may unsubscribe while it is called (it is marked dead, not removed) or
+  // subscribe another (added past those walked here): no subscriber moves during a walk.
   struct Walk {
-    Walk() { ++walks; }
-    ~Walk() { --walks; }
+    explicit Walk(int& walks) : walks_(walks) { ++walks_; }
+    ~Walk() { --walks_; }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
+    int& walks_;
   };
   {
-    const Walk walk;
-    const std::size_t count = listeners_->size();
+    const Walk walk(listeners.walks);
+    const std::size_t count = listeners.subscribers.size();
     for (std::size_t i = 0; i < count; ++i) {
-      if (const auto listener = (*listeners_)[i].lock()) (*listener)(change, row);
+      const Listeners::Subscriber& subscriber = *listeners.subscribers[i];
+      if (subscriber.live) subscriber.listener(change, row);
     }
   }
-  if (walks > 0) return;
-  std::erase_if(*listeners_, [](const auto& weak) { return weak.expired(); });
+  listeners.pruneIfIdle();
 }
 
 void Control::dispatchGesture(const std::function<void()>& event) const {

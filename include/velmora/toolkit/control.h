@@ -112,8 +112,8 @@ class VELMORA_EXPORT Control {
   int tabIndex_;
   bool enabled_ = true;
   bool visible_ = true;
-  std::shared_ptr<std::vector<std::weak_ptr<Listener>>> listeners_ =
-      std::make_shared<std::vector<std::weak_ptr<Listener>>>();
+  struct Listeners;  // shared with the tokens, which outlive the control
+  std::shared_ptr<Listeners> listeners_;
   std::shared_ptr<FailureHandler> failureHandler_;
 };
 
