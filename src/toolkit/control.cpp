@@ -10,9 +10,11 @@ namespace velmora::toolkit {
 struct Control::Listeners {
   struct Subscriber {
     Listener listener;
+    ChangeMask heard = kEveryChange;
     bool live = true;
   };
   std::vector<std::shared_ptr<Subscriber>> subscribers;
+  ChangeMask heard = 0;  // by any subscriber, dead ones not yet dropped included
   int walks = 0;
   bool anyDead = false;
 
@@ -20,6 +22,8 @@ struct Control::Listeners {
     if (walks > 0 || !anyDead) return;
     std::erase_if(subscribers, [](const auto& subscriber) { return !subscriber->live; });
     anyDead = false;
+    heard = 0;
+    for (const auto& subscriber : subscribers) heard |= subscriber->heard;
   }
 };
 
@@ -40,10 +44,12 @@ void Control::setVisible(bool visible) {
   notify(Change::Visible);
 }
 
-std::shared_ptr<void> Control::subscribe(Listener listener) {
+std::shared_ptr<void> Control::subscribe(Listener listener, ChangeMask heard) {
   auto subscriber = std::make_shared<Listeners::Subscriber>();
   subscriber->listener = std::move(listener);
+  subscriber->heard = heard;
   listeners_->subscribers.push_back(subscriber);
+  listeners_->heard |= heard;
   const std::weak_ptr<Listeners> owner = listeners_;
   return {subscriber.get(), [subscriber, owner](void*) {
             subscriber->live = false;
@@ -56,7 +62,8 @@ std::shared_ptr<void> Control::subscribe(Listener listener) {
 
 void Control::notify(Change change, int row) const {
   Listeners& listeners = *listeners_;
-  if (listeners.subscribers.empty()) return;
+  const ChangeMask changeBit = maskOf(change);
+  if ((listeners.heard & changeBit) == 0) return;
   // A listener may unsubscribe while it is called (it is marked dead, not removed) or
   // subscribe another (added past those walked here): no subscriber moves during a walk.
   struct Walk {
@@ -71,7 +78,9 @@ void Control::notify(Change change, int row) const {
     const std::size_t count = listeners.subscribers.size();
     for (std::size_t i = 0; i < count; ++i) {
       const Listeners::Subscriber& subscriber = *listeners.subscribers[i];
-      if (subscriber.live) subscriber.listener(change, row);
+      if (subscriber.live && (subscriber.heard & changeBit) != 0) {
+        subscriber.listener(change, row);
+      }
     }
   }
   listeners.pruneIfIdle();

@@ -263,14 +263,22 @@ TEST(Views, ListenersHearEachChangeUntilTheyUnsubscribe) {
   ListBox list("Lst", kAnywhere, 0, false);
   std::vector<std::pair<Change, int>> heard;
   auto token = list.subscribe([&](Change c, int row) { heard.emplace_back(c, row); });
+  // A listener of some changes only is called for those only.
+  std::vector<Change> shownOrHidden;
+  auto visibility =
+      list.subscribe([&](Change c, int) { shownOrHidden.push_back(c); }, maskOf(Change::Visible));
   list.AddItem(u"x");
   list.setList(0, u"y");
+  list.setVisible(false);
   list.Clear();
   token.reset();
   list.AddItem(u"z");
-  const std::vector<std::pair<Change, int>> expected{
-      {Change::RowAdded, 0}, {Change::RowChanged, 0}, {Change::RowsReset, -1}};
+  const std::vector<std::pair<Change, int>> expected{{Change::RowAdded, 0},
+                                                     {Change::RowChanged, 0},
+                                                     {Change::Visible, -1},
+                                                     {Change::RowsReset, -1}};
   EXPECT_EQ(heard, expected);
+  EXPECT_EQ(shownOrHidden, std::vector<Change>{Change::Visible});
 }
 
 class TestForm : public Form {
