@@ -24,6 +24,11 @@ void ListBoxModel::listen() {
                                       maskOf(Change::RowSelected) | maskOf(Change::ListIndex));
 }
 
+QModelIndex ListBoxModel::index(int row, int column, const QModelIndex& parent) const {
+  if (parent.isValid() || row < 0 || row >= rowSnapshot_ || column != 0) return {};
+  return createIndex(row, 0);
+}
+
 int ListBoxModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : rowSnapshot_;
 }

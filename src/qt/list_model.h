@@ -21,6 +21,10 @@ class ListBoxModel : public QAbstractListModel {
 
   explicit ListBoxModel(toolkit::ListBox& list, QObject* parent = nullptr);
 
+  // The index of a row, as QAbstractListModel gives it, without asking the row and column
+  // counts through virtual calls: a view's layout asks for every row after a reset.
+  QModelIndex index(int row, int column = 0,
+                    const QModelIndex& parent = QModelIndex()) const override;
   int rowCount(const QModelIndex& parent = QModelIndex()) const override;
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
