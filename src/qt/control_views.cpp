@@ -66,18 +66,24 @@ void applyLook(QWidget& widget, const Control& control) {
   widget.setVisible(control.Visible());
 }
 
-// Enabled and visible follow the control; the view handles the rest of the changes.
+// Enabled and visible follow the control; the view handles the rest of the changes. A
+// view without more to handle is not called for the rest (a list's rows, one by one).
 std::shared_ptr<void> follow(QWidget& widget, Control& control,
                              std::function<void(Change, int)> rest = {}) {
-  return control.subscribe([&widget, &control, rest = std::move(rest)](Change change, int row) {
-    if (change == Change::Enabled) {
-      widget.setEnabled(control.Enabled());
-    } else if (change == Change::Visible) {
-      widget.setVisible(control.Visible());
-    } else if (rest) {
-      rest(change, row);
-    }
-  });
+  const toolkit::ChangeMask heard =
+      rest ? toolkit::kEveryChange
+           : toolkit::maskOf(Change::Enabled) | toolkit::maskOf(Change::Visible);
+  return control.subscribe(
+      [&widget, &control, rest = std::move(rest)](Change change, int row) {
+        if (change == Change::Enabled) {
+          widget.setEnabled(control.Enabled());
+        } else if (change == Change::Visible) {
+          widget.setVisible(control.Visible());
+        } else if (rest) {
+          rest(change, row);
+        }
+      },
+      heard);
 }
 
 bool leavesByTheUser(Qt::FocusReason reason) {

@@ -13,7 +13,20 @@ using toolkit::Change;
 
 ListBoxModel::ListBoxModel(toolkit::ListBox& list, QObject* parent)
     : QAbstractListModel(parent), list_(list), rowSnapshot_(list.ListCount()) {
-  subscription_ = list_.subscribe([this](Change change, int) { onChange(change); });
+  listen();
+}
+
+void ListBoxModel::listen() {
+  using toolkit::maskOf;
+  subscription_ = list_.subscribe([this](Change change, int) { onChange(change); },
+                                  maskOf(Change::RowsReset) | maskOf(Change::RowAdded) |
+                                      maskOf(Change::RowRemoved) | maskOf(Change::RowChanged) |
+                                      maskOf(Change::RowSelected) | maskOf(Change::ListIndex));
+}
+
+QModelIndex ListBoxModel::index(int row, int column, const QModelIndex& parent) const {
+  if (parent.isValid() || row < 0 || row >= rowSnapshot_ || column != 0) return {};
+  return createIndex(row, 0);
 }
 
 int ListBoxModel::rowCount(const QModelIndex& parent) const {
@@ -50,6 +63,9 @@ void ListBoxModel::onChange(Change change) {
     case Change::RowAdded:
     case Change::RowRemoved:
       structureDirty_ = true;
+      // The refresh due now reads the whole list again, so no later change can add to
+      // it: the model stops hearing the list, row by row, until then.
+      subscription_.reset();
       break;
     case Change::RowChanged:
     case Change::RowSelected:
@@ -75,6 +91,7 @@ void ListBoxModel::refreshNow() {
     rowSnapshot_ = list_.ListCount();
     structureDirty_ = false;
     contentDirty_ = false;
+    listen();
     endResetModel();
   } else if (contentDirty_) {
     contentDirty_ = false;

@@ -1,6 +1,7 @@
 // A list model over one toolkit ListBox. The logic may add tens of thousands of rows in
-// one procedure; the model only marks itself dirty on each notification and brings its
-// views up to date once, at the next turn of the event loop.
+// one procedure; the model marks itself dirty on the first notification, stops listening
+// once a reset is due, and brings its views up to date once, at the next turn of the
+// event loop.
 #pragma once
 
 #include <memory>
@@ -20,6 +21,10 @@ class ListBoxModel : public QAbstractListModel {
 
   explicit ListBoxModel(toolkit::ListBox& list, QObject* parent = nullptr);
 
+  // The index of a row, as QAbstractListModel gives it, without asking the row and column
+  // counts through virtual calls: a view's layout asks for every row after a reset.
+  QModelIndex index(int row, int column = 0,
+                    const QModelIndex& parent = QModelIndex()) const override;
   int rowCount(const QModelIndex& parent = QModelIndex()) const override;
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
@@ -33,6 +38,7 @@ class ListBoxModel : public QAbstractListModel {
   void refreshed();
 
  private:
+  void listen();
   void onChange(toolkit::Change change);
   void schedule();
   bool isMarked(int row) const;
@@ -44,6 +50,7 @@ class ListBoxModel : public QAbstractListModel {
   bool structureDirty_ = false;
   bool contentDirty_ = false;
   bool scheduled_ = false;
+  // Empty while a reset is due: the reset reads the list whole.
   std::shared_ptr<void> subscription_;
 };
 

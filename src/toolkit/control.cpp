@@ -4,8 +4,35 @@
 
 namespace velmora::toolkit {
 
+// A subscriber stays in the list while a notification may be calling it; its token only
+// marks it dead, and the list drops dead subscribers once no notification of this control
+// is under way. Calling one costs no reference counting: a list notifies once per row.
+struct Control::Listeners {
+  struct Subscriber {
+    Listener listener;
+    ChangeMask heard = kEveryChange;
+    bool live = true;
+  };
+  std::vector<std::shared_ptr<Subscriber>> subscribers;
+  ChangeMask heard = 0;  // by any subscriber, dead ones not yet dropped included
+  int walks = 0;
+  bool anyDead = false;
+
+  void pruneIfIdle() {
+    if (walks > 0 || !anyDead) return;
+    std::erase_if(subscribers, [](const auto& subscriber) { return !subscriber->live; });
+    anyDead = false;
+    heard = 0;
+    for (const auto& subscriber : subscribers) heard |= subscriber->heard;
+  }
+};
+
 Control::Control(std::string name, Kind kind, Geometry geometry, int tabIndex)
-    : name_(std::move(name)), kind_(kind), geometry_(geometry), tabIndex_(tabIndex) {}
+    : name_(std::move(name)),
+      kind_(kind),
+      geometry_(geometry),
+      tabIndex_(tabIndex),
+      listeners_(std::make_shared<Listeners>()) {}
 
 void Control::setEnabled(bool enabled) {
   enabled_ = enabled;
@@ -17,20 +44,46 @@ void Control::setVisible(bool visible) {
   notify(Change::Visible);
 }
 
-std::shared_ptr<void> Control::subscribe(Listener listener) {
-  auto owned = std::make_shared<Listener>(std::move(listener));
-  listeners_->push_back(owned);
-  return owned;
+std::shared_ptr<void> Control::subscribe(Listener listener, ChangeMask heard) {
+  auto subscriber = std::make_shared<Listeners::Subscriber>();
+  subscriber->listener = std::move(listener);
+  subscriber->heard = heard;
+  listeners_->subscribers.push_back(subscriber);
+  listeners_->heard |= heard;
+  const std::weak_ptr<Listeners> owner = listeners_;
+  return {subscriber.get(), [subscriber, owner](void*) {
+            subscriber->live = false;
+            if (const auto listeners = owner.lock()) {
+              listeners->anyDead = true;
+              listeners->pruneIfIdle();
+            }
+          }};
 }
 
 void Control::notify(Change change, int row) const {
-  if (listeners_->empty()) return;
-  // A listener may unsubscribe while we call it: walk a copy and prune afterwards.
-  const auto snapshot = *listeners_;
-  for (const auto& weak : snapshot) {
-    if (const auto listener = weak.lock()) (*listener)(change, row);
+  Listeners& listeners = *listeners_;
+  const ChangeMask changeBit = maskOf(change);
+  if ((listeners.heard & changeBit) == 0) return;
+  // A listener may unsubscribe while it is called (it is marked dead, not removed) or
+  // subscribe another (added past those walked here): no subscriber moves during a walk.
+  struct Walk {
+    explicit Walk(int& walks) : walks_(walks) { ++walks_; }
+    ~Walk() { --walks_; }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+    int& walks_;
+  };
+  {
+    const Walk walk(listeners.walks);
+    const std::size_t count = listeners.subscribers.size();
+    for (std::size_t i = 0; i < count; ++i) {
+      const Listeners::Subscriber& subscriber = *listeners.subscribers[i];
+      if (subscriber.live && (subscriber.heard & changeBit) != 0) {
+        subscriber.listener(change, row);
+      }
+    }
   }
-  std::erase_if(*listeners_, [](const auto& weak) { return weak.expired(); });
+  listeners.pruneIfIdle();
 }
 
 void Control::dispatchGesture(const std::function<void()>& event) const {

@@ -585,6 +585,7 @@ TEST_F(QueryWords, AnOpenConnectionSeesFilesAndNamesAddedByTheWriter) {
   Batch redefinition;
   redefinition.defineItem(DictionaryItem{u"TACHE", u"Groupe", 4, 0, 0});
   account_.apply(redefinition);
+  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"G1\""), Keys{});  // a query of the same shape
   EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"N\""), (Keys{"B1", "B2", "Ménage"}));
 }
 

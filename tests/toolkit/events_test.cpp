@@ -120,18 +120,25 @@ TEST(Events, ListenersHearEachChangeAndClickComesOnANewValue) {
   auto token = list.subscribe(listen);
   auto labelToken = label.subscribe(listen);
   auto boxToken = box.subscribe(listen);
+  // A listener of some changes only is called for those only.
+  std::vector<Change> shownOrHidden;
+  auto visibility =
+      list.subscribe([&](Change c, int) { shownOrHidden.push_back(c); }, maskOf(Change::Visible));
   list.AddItem(u"x");
   list.setList(0, u"y");
   list.RemoveItem(0);
+  list.setVisible(false);
   list.Clear();
   label.setCaption(u"Total");
   box.setValue(1);
   token.reset();
   list.AddItem(u"z");
   const std::vector<std::pair<Change, int>> expected{
-      {Change::RowAdded, 0},   {Change::RowChanged, 0}, {Change::RowRemoved, 0},
-      {Change::RowsReset, -1}, {Change::Caption, -1},   {Change::Value, -1}};
+      {Change::RowAdded, 0}, {Change::RowChanged, 0}, {Change::RowRemoved, 0},
+      {Change::Visible, -1}, {Change::RowsReset, -1}, {Change::Caption, -1},
+      {Change::Value, -1}};
   EXPECT_EQ(heard, expected);
+  EXPECT_EQ(shownOrHidden, std::vector<Change>{Change::Visible});
   box.setEnabled(false);
   box.toggle();
   EXPECT_EQ(clicks, (std::vector<int>{0, 1, 0, 1}));

@@ -60,6 +60,14 @@ enum class Change {
   RowSelected,  // Selected(row) written
 };
 
+// The changes a listener wants to hear: a list notifies once per row, and a view that
+// follows only its control's enabled and visible states need not be called for each.
+using ChangeMask = std::uint32_t;
+constexpr ChangeMask maskOf(Change change) {
+  return ChangeMask{1} << static_cast<unsigned>(change);
+}
+inline constexpr ChangeMask kEveryChange = ~ChangeMask{0};
+
 // A failure that a gesture's event procedure let out goes to this handler, which the
 // host supplies (the Qt binding shows it, the command line prints it). Without one the
 // failure propagates to whoever made the gesture.
@@ -91,9 +99,9 @@ class VELMORA_EXPORT Control {
   std::optional<Rgb> background;
   Alignment alignment = Alignment::Left;
 
-  // Views: the listener is called after each change, on the caller's stack. The
-  // returned token unsubscribes when destroyed.
-  std::shared_ptr<void> subscribe(Listener listener);
+  // Views: the listener is called after each change it hears, on the caller's stack.
+  // The returned token unsubscribes when destroyed.
+  std::shared_ptr<void> subscribe(Listener listener, ChangeMask heard = kEveryChange);
 
   // Where failures of gestures go; shared by the controls of one surface.
   void setFailureHandler(std::shared_ptr<FailureHandler> handler) {
@@ -112,8 +120,8 @@ class VELMORA_EXPORT Control {
   int tabIndex_;
   bool enabled_ = true;
   bool visible_ = true;
-  std::shared_ptr<std::vector<std::weak_ptr<Listener>>> listeners_ =
-      std::make_shared<std::vector<std::weak_ptr<Listener>>>();
+  struct Listeners;  // shared with the tokens, which outlive the control
+  std::shared_ptr<Listeners> listeners_;
   std::shared_ptr<FailureHandler> failureHandler_;
 };
 

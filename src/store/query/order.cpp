@@ -78,11 +78,42 @@ static int compareRanked(TextView a, int ra, TextView b, int rb) {
   return sign(a.compare(b));
 }
 
+// Both texts plain digits, as dates and durations are: the same order as compareNumbers
+// and then the text, without splitting them first.
+static bool isPlainDigits(TextView text) {
+  if (text.empty()) return false;
+  for (const char16_t c : text) {
+    if (!isDigit(c)) return false;
+  }
+  return true;
+}
+
+static int comparePlainDigits(TextView a, TextView b) {
+  const auto significant = [](TextView digits) {
+    std::size_t i = 0;
+    while (i < digits.size() && digits[i] == u'0') ++i;
+    return digits.substr(i);
+  };
+  const TextView x = significant(a);
+  const TextView y = significant(b);
+  if (x.size() != y.size()) return x.size() < y.size() ? -1 : 1;
+  if (const int c = sign(x.compare(y)); c != 0) return c;
+  return sign(a.compare(b));
+}
+
 int compareOrdered(TextView a, TextView b) {
+  if (isPlainDigits(a) && isPlainDigits(b)) return comparePlainDigits(a, b);
   return compareRanked(a, rank(a), b, rank(b));
 }
 
-OrderedText::OrderedText(TextView text) : text_(text), rank_(rank(text)) {
+OrderedText::OrderedText(TextView text) : text_(text) {
+  if (isPlainDigits(text)) {  // the common case: no sign, no fraction
+    rank_ = 1;
+    while (wholeAt_ < text.size() && text[wholeAt_] == u'0') ++wholeAt_;
+    wholeLength_ = text.size() - wholeAt_;
+    return;
+  }
+  rank_ = rank(text);
   if (rank_ != 1) return;
   const Decimal d = decimalOf(text_);
   negative_ = d.negative;

@@ -201,12 +201,14 @@ class Parser {
 
 }  // namespace
 
-Comparison comparisonOf(Operator op, const Text& value) {
+Comparison comparisonOf(Operator op, TextView value) {
   if (!value.empty() && value.back() == u']') {
-    return {op, Anchor::Leading, value.substr(0, value.size() - 1)};
+    return {op, Anchor::Leading, Text(value.substr(0, value.size() - 1))};
   }
-  if (!value.empty() && value.front() == u'[') return {op, Anchor::Trailing, value.substr(1)};
-  return {op, Anchor::Whole, value};
+  if (!value.empty() && value.front() == u'[') {
+    return {op, Anchor::Trailing, Text(value.substr(1))};
+  }
+  return {op, Anchor::Whole, Text(value)};
 }
 
 QuerySyntax parseQuery(TextView text) {

@@ -1,7 +1,8 @@
 #include "store/query/query.h"
 
 #include <algorithm>
-#include <deque>
+#include <array>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -27,6 +28,7 @@ struct Field {
   int length = 0;
 
   bool readsRecord() const { return kind == Kind::Attribute; }
+  bool operator==(const Field&) const = default;
 };
 
 struct ResolvedCondition {
@@ -56,6 +58,11 @@ struct Plan {
   std::vector<std::uint8_t> lower;
   std::vector<std::uint8_t> upper;  // empty: no upper bound
   bool emptyRange = false;
+  bool keepsAttributes = false;  // any of kept
+  std::vector<bool> lastUse;     // by position in columns: no later column reads the same
+  // Where each condition, in the order written, went: recordConditions or keyConditions,
+  // and its index there; so that values can be put into the plan again.
+  std::vector<std::pair<bool, std::size_t>> placeOf;
 };
 
 bool isDigits(TextView text) {
@@ -175,30 +182,53 @@ std::optional<bool> fileExists(const Names& names, const Text& file) {
   return true;
 }
 
-// The plan of a query; nothing when a name is not known from where names are taken.
-std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, TextView columns) {
-  Plan plan;
-  plan.file = syntax.file;
-  const auto exists = fileExists(names, plan.file);
-  if (!exists) return std::nullopt;
+// The fields a query's names stand for, its conditions' then its sorts', in the order
+// written; false when a name is not known from where names are taken.
+bool resolveFields(const Names& names, const QuerySyntax& syntax, std::vector<Field>& fields) {
+  fields.clear();
+  const auto exists = fileExists(names, syntax.file);
+  if (!exists) return false;
   if (!*exists) {
-    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(plan.file) +
+    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(syntax.file) +
                                             " » dans la base " + names.connection.path());
   }
   for (const auto& condition : syntax.conditions) {
-    const auto field = resolve(names, plan.file, condition.field);
-    if (!field) return std::nullopt;
-    ResolvedCondition resolved{*field, condition.alternatives};
-    narrowRange(plan, resolved);
-    needAttribute(plan, resolved.field);
-    (resolved.field.readsRecord() ? plan.recordConditions : plan.keyConditions)
-        .push_back(std::move(resolved));
+    const auto field = resolve(names, syntax.file, condition.field);
+    if (!field) return false;
+    fields.push_back(*field);
   }
+  for (const auto& sort : syntax.sorts) {
+    const auto field = resolve(names, syntax.file, sort.field);
+    if (!field) return false;
+    fields.push_back(*field);
+  }
+  return true;
+}
+
+// Works out the range of keys to scan from the key conditions' values.
+void narrowRange(Plan& plan) {
+  plan.lower.clear();
+  plan.upper.clear();
+  plan.emptyRange = false;
+  for (const auto& condition : plan.keyConditions) narrowRange(plan, condition);
+}
+
+// The plan of a query whose names stand for fields (see resolveFields).
+Plan makePlan(const QuerySyntax& syntax, const std::vector<Field>& fields, TextView columns) {
+  Plan plan;
+  plan.file = syntax.file;
+  std::size_t f = 0;
+  for (const auto& condition : syntax.conditions) {
+    ResolvedCondition resolved{fields[f++], condition.alternatives};
+    needAttribute(plan, resolved.field);
+    auto& list = resolved.field.readsRecord() ? plan.recordConditions : plan.keyConditions;
+    plan.placeOf.emplace_back(resolved.field.readsRecord(), list.size());
+    list.push_back(std::move(resolved));
+  }
+  narrowRange(plan);
   bool sortsOnKey = false;
   for (const auto& sort : syntax.sorts) {
-    const auto field = resolve(names, plan.file, sort.field);
-    if (!field) return std::nullopt;
-    const ResolvedSort resolved{*field, sort.descending};
+    const ResolvedSort resolved{fields[f++], sort.descending};
     sortsOnKey = sortsOnKey || resolved.field.kind == Field::Kind::Key;
     needAttribute(plan, resolved.field);
     plan.sorts.push_back(resolved);
@@ -220,7 +250,24 @@ std::optional<Plan> makePlan(const Names& names, const QuerySyntax& syntax, Text
   for (const int column : plan.columns) {
     if (column > 0) plan.kept[slotOf(plan, column)] = true;
   }
+  plan.keepsAttributes = std::find(plan.kept.begin(), plan.kept.end(), true) != plan.kept.end();
+  for (auto c = plan.columns.begin(); c != plan.columns.end(); ++c) {
+    plan.lastUse.push_back(std::find(c + 1, plan.columns.end(), *c) == plan.columns.end());
+  }
   return plan;
+}
+
+// Puts a query's values, in the order written, into the comparisons of a plan made for
+// another query of the same shape, and works out its range again.
+void putValues(Plan& plan, const std::vector<TextView>& values) {
+  std::size_t k = 0;
+  for (const auto& [inRecord, index] : plan.placeOf) {
+    auto& condition = (inRecord ? plan.recordConditions : plan.keyConditions)[index];
+    for (auto& comparison : condition.alternatives) {
+      comparison = comparisonOf(comparison.op, values[k++]);
+    }
+  }
+  narrowRange(plan);
 }
 
 // What a scan reuses from one record to the next, so that a record that fails the
@@ -363,41 +410,79 @@ Text joined(const std::vector<Text>& values, char16_t mark) {
   return out;
 }
 
-// The text a sort compares for a row: a view of what the row holds when it can be, else
-// a text made once and kept in made, which never moves its elements.
-TextView sortText(const Plan& plan, const Row& row, const Field& field, std::deque<Text>& made) {
-  switch (field.kind) {
-    case Field::Kind::Key:
-      return row.key;
-    case Field::Kind::KeyPart:
-      return keyPartView(row.key, field);
-    case Field::Kind::Attribute: {
-      const auto& values = valuesOf(plan, row, field.attribute);
-      if (values.size() == 1) return values.front();
-      return made.emplace_back(joined(values, kValueMark));
-    }
-  }
-  return {};
+// A buffer kept for the next query of the thread, unless a large answer made it large.
+template <class Buffer>
+void giveBackIfLarge(Buffer& buffer) {
+  constexpr std::size_t kKept = 4096;
+  if (buffer.capacity() > kKept) Buffer().swap(buffer);
 }
 
-// The order of the rows: indices into rows, which stay where they are.
+// Appends the text a sort compares for a row: the key, characters of it, or an
+// attribute's values joined by value marks.
+void appendSortText(const Plan& plan, const Row& row, const Field& field, Text& out) {
+  switch (field.kind) {
+    case Field::Kind::Key:
+      out += row.key;
+      return;
+    case Field::Kind::KeyPart:
+      out += keyPartView(row.key, field);
+      return;
+    case Field::Kind::Attribute: {
+      const auto& values = valuesOf(plan, row, field.attribute);
+      out += values.front();
+      for (std::size_t i = 1; i < values.size(); ++i) {
+        out.push_back(kValueMark);
+        out += values[i];
+      }
+      return;
+    }
+  }
+}
+
+// The order of the rows: indices into rows, which stay where they are. The texts the
+// sort compares are laid out once, row after row, in one buffer, so that the comparisons
+// read contiguous memory and no row needs an allocation of its own.
 std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& rows) {
-  std::deque<Text> made;
   const std::size_t width = plan.sorts.size();
-  std::vector<OrderedText> keys;  // width per row, worked out once, not once per comparison
-  keys.reserve(rows.size() * width);
+  thread_local Text buffer;
+  thread_local std::vector<std::size_t> ends;  // width per row: where each text ends
+  buffer.clear();
+  ends.clear();
+  ends.reserve(rows.size() * width);
   for (const auto& row : rows) {
-    for (const auto& sort : plan.sorts) keys.emplace_back(sortText(plan, row, sort.field, made));
+    for (const auto& sort : plan.sorts) {
+      appendSortText(plan, row, sort.field, buffer);
+      ends.push_back(buffer.size());
+    }
+  }
+  thread_local std::vector<OrderedText> keys;  // width per row, worked out once
+  keys.clear();
+  keys.reserve(ends.size());
+  const TextView all(buffer);
+  std::size_t start = 0;
+  for (const std::size_t end : ends) {
+    keys.emplace_back(all.substr(start, end - start));
+    start = end;
   }
   std::vector<std::size_t> order(rows.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+  const auto before = [&](std::size_t a, std::size_t b) {
     for (std::size_t s = 0; s < width; ++s) {
       const int c = compareOrdered(keys[a * width + s], keys[b * width + s]);
       if (c != 0) return plan.sorts[s].descending ? c > 0 : c < 0;
     }
     return a < b;  // equal in every criterion: only when the key is not among them twice
-  });
+  };
+  // Sorted on the key alone, the rows of a scan, in key order, are often in order already:
+  // checking costs one comparison a row.
+  const bool onKeyAlone = width == 1 && plan.sorts.front().field.kind == Field::Kind::Key &&
+                          !plan.sorts.front().descending;
+  if (!onKeyAlone || !std::is_sorted(order.begin(), order.end(), before)) {
+    std::sort(order.begin(), order.end(), before);
+  }
+  giveBackIfLarge(buffer);
+  giveBackIfLarge(ends);
+  giveBackIfLarge(keys);
   return order;
 }
 
@@ -406,8 +491,9 @@ std::vector<std::size_t> sortedOrder(const Plan& plan, const std::vector<Row>& r
 std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& plan) {
   std::vector<Row> rows;
   if (plan.emptyRange) return rows;
+  rows.reserve(16);  // one client's records at one allocation
   const bool withBody = !plan.attributes.empty();
-  Scratch scratch;
+  thread_local Scratch scratch;  // its buffers serve every query of the thread
   const bool sameState = connection.scanInCachedState(
       plan.file, plan.lower, plan.upper, withBody, [&](auto keyBytes, auto body) {
         decodeKey(keyBytes, scratch.key);
@@ -418,6 +504,7 @@ std::optional<std::vector<Row>> select(ReadConnection& connection, const Plan& p
           if (!meetsRecordConditions(plan, scratch)) return;
         }
         Row& row = rows.emplace_back(Row{scratch.key, {}});
+        if (!plan.keepsAttributes) return;
         row.attributes.resize(scratch.values.size());
         for (std::size_t slot = 0; slot < scratch.values.size(); ++slot) {
           if (!plan.kept[slot]) continue;
@@ -435,9 +522,11 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
     Row& row = rows[i];
     std::vector<Text> cells;
     cells.reserve(plan.columns.size());
-    for (const int column : plan.columns) {
+    for (std::size_t c = 0; c < plan.columns.size(); ++c) {
+      // The sort is done: a row's texts move into the answer when no later column reads them.
+      const int column = plan.columns[c];
       if (column == 0) {
-        cells.push_back(row.key);
+        cells.push_back(plan.lastUse[c] ? std::move(row.key) : row.key);
         continue;
       }
       // Values of a multi-valued column become subvalues, so that one hit stays one
@@ -445,7 +534,11 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
       auto& values = row.attributes[static_cast<std::size_t>(
           std::lower_bound(plan.attributes.begin(), plan.attributes.end(), column) -
           plan.attributes.begin())];
-      cells.push_back(values.size() == 1 ? values.front() : joined(values, kSubvalueMark));
+      if (values.size() != 1) {
+        cells.push_back(joined(values, kSubvalueMark));
+      } else {
+        cells.push_back(plan.lastUse[c] ? std::move(values.front()) : values.front());
+      }
     }
     answer.appendAttribute(std::move(cells));
   }
@@ -454,36 +547,34 @@ NorvikRecord answerOf(const Plan& plan, std::vector<Row>& rows,
 
 // A query's shape: its text with each value in double quotes replaced by its length, and
 // the values in order. Queries that differ only in their values (a client code, a date)
-// share a shape, and so a parse. The length stays in the shape so that the positions in
-// the parse, which messages name, are the same for every query of the shape.
-struct Shape {
-  Text text;
-  std::vector<Text> values;
-};
-
-std::optional<Shape> shapeOf(TextView query) {
-  Shape shape;
-  shape.text.reserve(query.size());
+// share a shape, and so a parse and a plan. The length stays in the shape so that the
+// positions in the parse, which messages name, are the same for every query of the
+// shape. False when a quote is not closed.
+bool shapeOf(TextView query, Text& shape, std::vector<TextView>& values) {
+  shape.clear();
+  values.clear();
   std::size_t i = 0;
   while (i < query.size()) {
-    if (query[i] != u'"') {
-      shape.text.push_back(query[i++]);
-      continue;
-    }
+    const auto open = query.find(u'"', i);
+    shape += query.substr(i, open == TextView::npos ? TextView::npos : open - i);
+    if (open == TextView::npos) break;
+    i = open;
     const auto close = query.find(u'"', i + 1);
-    if (close == TextView::npos) return std::nullopt;  // malformed: the parser says why
-    shape.values.emplace_back(query.substr(i + 1, close - i - 1));
-    shape.text += u'"';
-    shape.text += numberText(static_cast<long long>(close - i - 1));
-    shape.text += u'"';
+    if (close == TextView::npos) return false;  // malformed: the parser says why
+    values.push_back(query.substr(i + 1, close - i - 1));
+    std::array<char, 24> digits{};
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), close - i - 1);
+    shape += u'"';
+    shape.append(digits.data(), written.ptr);
+    shape += u'"';
     i = close + 1;
   }
-  return shape;
+  return true;
 }
 
 // Puts values into the comparisons of syntax, in the order they were written; false when
 // the syntax does not have one comparison per value.
-bool putValues(QuerySyntax& syntax, const std::vector<Text>& values) {
+bool putValues(QuerySyntax& syntax, const std::vector<TextView>& values) {
   std::size_t k = 0;
   for (auto& condition : syntax.conditions) {
     for (auto& comparison : condition.alternatives) {
@@ -515,77 +606,109 @@ bool sameSyntax(const QuerySyntax& a, const QuerySyntax& b) {
                     });
 }
 
-// The parse of a query, taken from the parse of an earlier query of the same shape with
-// this query's values put in. A shape is kept only when putting its first query's values
-// back into its parse gives that parse again, so that a kept parse always reads a query
-// as the parser would.
-QuerySyntax syntaxOf(TextView query) {
+// What queries of one shape share: the parse of the first, and the plan last made for
+// them with the fields their names stood for and the columns asked for.
+struct PreparedPlan {
+  Text columns;
+  std::vector<Field> fields;
+  Plan plan;
+};
+
+struct Prepared {
+  QuerySyntax syntax;  // with the values of the first query of the shape
+  std::optional<PreparedPlan> plan;
+};
+
+// What queries of this query's shape share, with this query's values in values; nothing
+// when the query is malformed or its shape's parse cannot take other values. A shape is
+// kept only when putting its first query's values back into its parse gives that parse
+// again, so that a kept parse always reads a query as the parser would.
+Prepared* preparedFor(TextView query, std::vector<TextView>& values) {
   constexpr std::size_t kMostShapes = 256;  // a control sends a few dozen shapes
-  thread_local std::unordered_map<Text, std::optional<QuerySyntax>> parsed;
-  auto shape = shapeOf(query);
-  if (!shape) return parseQuery(query);
-  const auto found = parsed.find(shape->text);
-  if (found != parsed.end()) {
-    if (!found->second) return parseQuery(query);
-    QuerySyntax syntax = *found->second;
-    putValues(syntax, shape->values);
-    return syntax;
-  }
+  thread_local std::unordered_map<Text, std::optional<Prepared>> prepared;
+  thread_local Text shape;
+  if (!shapeOf(query, shape, values)) return nullptr;
+  const auto found = prepared.find(shape);
+  if (found != prepared.end()) return found->second ? &*found->second : nullptr;
   QuerySyntax syntax = parseQuery(query);
   QuerySyntax rebound = syntax;
-  const bool reusable = putValues(rebound, shape->values) && sameSyntax(rebound, syntax);
-  if (parsed.size() >= kMostShapes) parsed.clear();
-  parsed.emplace(std::move(shape->text), reusable ? std::optional(syntax) : std::nullopt);
-  return syntax;
+  const bool reusable = putValues(rebound, values) && sameSyntax(rebound, syntax);
+  if (prepared.size() >= kMostShapes) prepared.clear();
+  auto& entry = prepared[shape];
+  if (reusable) entry.emplace(Prepared{std::move(syntax), std::nullopt});
+  return entry ? &*entry : nullptr;
 }
 
-// An attribute of the request as written (1: the query, 2: the file, 3: the columns),
-// read in place.
-TextView requestPart(TextView request, int attribute) {
+// The plan of a query of a prepared shape whose names stand for fields: the plan made
+// for an earlier query of the shape with this query's values put in, when its names
+// stood for the same fields and it asked for the same columns; else made again.
+const Plan& planFor(Prepared& prepared, const std::vector<Field>& fields, TextView columns,
+                    const std::vector<TextView>& values) {
+  auto& kept = prepared.plan;
+  if (!kept || kept->fields != fields || kept->columns != columns) {
+    kept.reset();
+    kept.emplace(PreparedPlan{Text(columns), fields, makePlan(prepared.syntax, fields, columns)});
+  }
+  putValues(kept->plan, values);
+  return kept->plan;
+}
+
+// The attributes of the request as written (the query, the file, the columns), read in
+// place in one pass.
+std::array<TextView, 3> requestParts(TextView request) {
+  std::array<TextView, 3> parts;
   std::size_t start = 0;
-  for (int i = 1; i < attribute; ++i) {
+  for (auto& part : parts) {
     const auto mark = request.find(kAttributeMark, start);
-    if (mark == TextView::npos) return {};
+    part = request.substr(start, mark == TextView::npos ? TextView::npos : mark - start);
+    if (mark == TextView::npos) break;
     start = mark + 1;
   }
-  const auto end = request.find(kAttributeMark, start);
-  return request.substr(start, end == TextView::npos ? TextView::npos : end - start);
+  return parts;
 }
 
-// The answer to a query; nothing when names are taken from what the connection knows and
-// that is not enough, or no longer true of the file.
-std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax,
-                                   TextView columns) {
-  const auto plan = makePlan(names, syntax, columns);
-  if (!plan) return std::nullopt;
+// The answer to a query, of a prepared shape (with its values) or parsed on its own;
+// nothing when names are taken from what the connection knows and that is not enough, or
+// no longer true of the file.
+std::optional<NorvikRecord> answer(const Names& names, const QuerySyntax& syntax, TextView columns,
+                                   Prepared* prepared, const std::vector<TextView>& values) {
+  thread_local std::vector<Field> fields;
+  if (!resolveFields(names, syntax, fields)) return std::nullopt;
+  std::optional<Plan> own;
+  const Plan& plan = prepared != nullptr ? planFor(*prepared, fields, columns, values)
+                                         : own.emplace(makePlan(syntax, fields, columns));
   // An empty range reads nothing, so nothing would check the names it came from.
-  if (names.cachedOnly && plan->emptyRange) return std::nullopt;
-  auto rows = select(names.connection, *plan);
+  if (names.cachedOnly && plan.emptyRange) return std::nullopt;
+  auto rows = select(names.connection, plan);
   if (!rows) return std::nullopt;
   ++names.connection.statistics().queries;
-  const auto order = sortedOrder(*plan, *rows);
-  return answerOf(*plan, *rows, order);
+  const auto order = sortedOrder(plan, *rows);
+  return answerOf(plan, *rows, order);
 }
 
 }  // namespace
 
 NorvikRecord runRequest(ReadConnection& connection, const Text& request) {
-  const TextView query = requestPart(request, 1);
-  const TextView file = requestPart(request, 2);
-  const QuerySyntax syntax = syntaxOf(query);
+  const auto [query, file, columns] = requestParts(request);
+  thread_local std::vector<TextView> values;
+  Prepared* const prepared = preparedFor(query, values);
+  std::optional<QuerySyntax> own;
+  const QuerySyntax& syntax =
+      prepared != nullptr ? prepared->syntax : own.emplace(parseQuery(query));
   if (file != syntax.file) {
     badRequest("la demande nomme le fichier « " + toUtf8(file) + " » mais la requête lit « " +
                toUtf8(syntax.file) + " »");
   }
-  const TextView columns = requestPart(request, 3);
   // A query on its own whose names the connection knows runs as one statement, the scan,
   // which is one read transaction and checks that those names still hold in it: no
   // transaction statements and no dictionary reads.
   if (!connection.inSnapshot()) {
-    if (auto known = answer(Names{connection, true}, syntax, columns)) return std::move(*known);
+    if (auto known = answer(Names{connection, true}, syntax, columns, prepared, values)) {
+      return std::move(*known);
+    }
   }
   const ReadConnection::Snapshot snapshot(connection);
-  return std::move(*answer(Names{connection, false}, syntax, columns));
+  return std::move(*answer(Names{connection, false}, syntax, columns, prepared, values));
 }
 
 }  // namespace velmora::store

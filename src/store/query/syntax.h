@@ -49,6 +49,6 @@ QuerySyntax parseQuery(TextView text);
 
 // How a value in double quotes compares: "X]" by its leading characters, "[X" by its
 // trailing ones, else whole.
-Comparison comparisonOf(Operator op, const Text& value);
+Comparison comparisonOf(Operator op, TextView value);
 
 }  // namespace velmora::store
