@@ -13,12 +13,15 @@ namespace velmora::testing {
 namespace {
 
 TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
-  EXPECT_EQ(qt::fourDigitTime(u"08:30"), u"0850");
-  EXPECT_EQ(qt::fourDigitTime(u"08:45"), u"0875");
-  EXPECT_EQ(qt::fourDigitTime(u"10:00"), u"1000");
-  EXPECT_EQ(qt::fourDigitTime(u"23:59"), u"2398");
-  EXPECT_THROW(qt::fourDigitTime(u"8:30"), Failure);
-  EXPECT_THROW(qt::fourDigitTime(u"24:00"), Failure);
+  for (const auto& [time, hundredths] : {std::pair{u"08:30", u"0850"},
+                                         {u"08:45", u"0875"},
+                                         {u"10:00", u"1000"},
+                                         {u"23:59", u"2398"}}) {
+    EXPECT_EQ(qt::fourDigitTime(time), hundredths);
+  }
+  for (const char16_t* bad : {u"8:30", u"24:00", u"23:60", u"24:60", u"ab:cd"}) {
+    EXPECT_THROW(qt::fourDigitTime(bad), Failure) << toUtf8(bad);
+  }
 
   qt::Intervention i;
   i.client = u"00001";
