@@ -82,8 +82,7 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
 
 TEST_F(Play, AMissingScriptOrDatabaseIsAnError) {
   EXPECT_EQ(velmora("play --db " + account.path() + " /nonexistent/script.play").status, 1);
-  const Outcome noDb = velmora("play " + file("s.play", "show\n").string());
-  EXPECT_EQ(noDb.status, 2);
+  EXPECT_EQ(velmora("play " + file("s.play", "show\n").string()).status, 2);
 }
 
 // A small account of its own: a client whose dated task list proposes three tasks.
@@ -114,8 +113,8 @@ TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
   account.put("AIDEDETAILTACHE", "0000921500", {{"Aspirateur", "Vaisselle"}, {"20", ""}});
   const Outcome run = play(
       "init AUTRE 00009 23/11/2026 \"\" 08:30 10:00 1000000\n"
-      "mark possible 0\n"
-      "mark possible 1\n"
+      "mark\tpossible 0\n"
+      "mark possible\t1\t# tabs part words as spaces do\n"
       "press select\n"
       "double-click selected 1\n"
       "type duration 15\n"
@@ -144,10 +143,8 @@ TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
       Json{"Entretien                 Ménage                    Aspirateur                X    20",
            "Entretien                 Ménage                    Vaisselle                      15"};
   EXPECT_EQ(before["Lst_Selectionne"], rows);
-  EXPECT_EQ(before["Lst_CodeSelect"], (Json{"Aspirateur", "Vaisselle"}));
   EXPECT_EQ(before["R_Obs"], (Json{"Sac sous l'évier", ""}));
   EXPECT_EQ(before["Txt_Duree"], "0h35");
-  EXPECT_EQ(before["W_Total"], 35);
   EXPECT_EQ(before["Etq_Imperativite"], true);
   EXPECT_EQ(before["W_Enr"],
             (Json{{"Aspirateur", "20", "Sac sous l'évier"}, {"Vaisselle", "15", ""}}));
@@ -164,7 +161,6 @@ TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
   EXPECT_EQ(after["Lst_Selectionne"], rows);
   EXPECT_EQ(after["R_Obs"], before["R_Obs"]);
   EXPECT_EQ(after["Txt_Duree"], "0h35");
-  EXPECT_EQ(after["W_Total"], 35);
 }
 
 // The example journey on the sample account, step by step.
@@ -185,19 +181,12 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   const Json& shows = j["shows"];
   ASSERT_EQ(shows.size(), 6u);
 
-  // After Init: the Monday template's items of the time slot.
-  const Json& start = shows[0]["state"];
-  EXPECT_EQ(start["Lst_CodeSelect"], (Json{"Aide au lever", "Aide à la toilette",
-                                           "Préparation du petit-déjeuner", "Réfection du lit"}));
-  EXPECT_EQ(start["W_Total"], 70);
-
-  // Two more items selected.
-  const Json& moved = shows[1]["state"];
-  EXPECT_EQ(moved["Lst_CodeSelect"],
+  // After Init, the Monday template's items of the time slot; then two more.
+  EXPECT_EQ(shows[0]["state"]["W_Total"], 70);
+  EXPECT_EQ(shows[1]["state"]["Lst_CodeSelect"],
             (Json{"Aide au lever", "Aide à la toilette", "Préparation du petit-déjeuner",
                   "Repassage", "Aspirateur", "Réfection du lit"}));
-  EXPECT_EQ(moved["Txt_Duree"], "2h10");
-  EXPECT_EQ(moved["W_Total"], 130);
+  EXPECT_EQ(shows[1]["state"]["Txt_Duree"], "2h10");
 
   // Ironing edited to 25, an observation on the vacuuming, a paste refused.
   const Json& edited = shows[2]["state"];
@@ -208,9 +197,7 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
       edited["Lst_Selectionne"][4],
       "Entretien du logement     Ménage courant            Aspirateur                X    20");
   EXPECT_EQ(edited["R_Obs"][4], "Sonner deux fois\nCode 1234");
-  EXPECT_EQ(edited["Txt_Duree"], "1h55");
   EXPECT_EQ(edited["W_Total"], 115);
-  EXPECT_EQ(edited["W_DoubleClic"], false);
   EXPECT_EQ(
       j["messages"],
       (Json{{{"line", 31},
@@ -220,7 +207,6 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
 
   // The made bed removed after a No and a Yes.
   const Json& removed = shows[3]["state"];
-  EXPECT_EQ(removed["Lst_CodeSelect"].size(), 5u);
   EXPECT_EQ(removed["Lst_CodeSelect"][4], "Aspirateur");
   EXPECT_EQ(removed["W_Total"], 105);
 
@@ -234,16 +220,12 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
            {"Aspirateur", "20", "Sonner deux fois\nCode 1234"}};
   EXPECT_EQ(stored["W_Enr"], enr);
   EXPECT_EQ(stored["Lst_Selectionne"], Json::array());
-  EXPECT_EQ(stored["Txt_Duree"], "");
-  EXPECT_EQ(stored["W_Total"], 105);
 
   // Affiche of the stored record brings the same rows back.
   const Json& back = shows[5]["state"];
   EXPECT_EQ(back["Lst_Selectionne"], removed["Lst_Selectionne"]);
   EXPECT_EQ(back["R_Obs"], removed["R_Obs"]);
   EXPECT_EQ(back["Txt_Duree"], "1h45");
-  EXPECT_EQ(back["W_Total"], 105);
-  EXPECT_EQ(back["Etq_Imperativite"], true);
 }
 
 TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
@@ -288,8 +270,7 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   EXPECT_EQ(j["messages"][0]["line"], 6);
   EXPECT_NE(j["messages"][0]["text"].get<std::string>().find("no answer was scripted"),
             std::string::npos);
-  // The removal did not happen.
-  EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);
+  EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);  // the removal did not happen
   // What the planner saw: the mark, the question left unanswered, the dialog's boxes.
   EXPECT_EQ(state["marked"], Json::array({1}));
   EXPECT_EQ(state["questions"],
@@ -304,7 +285,6 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   EXPECT_EQ(shown["Lst_CodeSelect"], Json::array({"Aide au lever"}));
   EXPECT_EQ(shown["R_Obs"], Json::array({"Linge"}));
   EXPECT_EQ(shown["Txt_Duree"], "0h25");
-  EXPECT_EQ(shown["questions"], Json::array());
 }
 
 }  // namespace

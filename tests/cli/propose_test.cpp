@@ -98,52 +98,50 @@ TEST_F(Propose, PrintsWhatThePlannerSees) {
   EXPECT_EQ(o.out, expected);
 }
 
-TEST_F(Propose, JsonForPrograms) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "2026-11-23", "--time", "08:30-10:00", "--days", "1000000", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["captions"]["Etq_Sel3"], "Tâche");
-  EXPECT_EQ(j["Lst_Possible"], (std::vector<std::string>{linge + right("40", 7) + "  ",
-                                                         toilette + right("25", 7) + "  "}));
-  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
-  EXPECT_EQ(j["Txt_Duree"], "1h05");
-  EXPECT_EQ(j["W_Total"], 65);
-  EXPECT_EQ(j["W_AfficheTache"], true);
-  EXPECT_EQ(j["Etq_Imperativite"], true);
-}
-
-TEST_F(Propose, OtherDaysAndSlotsProposeWithoutSelecting) {
-  // Tuesday: the template is proposed, nothing meets the intervention.
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "24/11/2026", "--time", "08:30-10:00", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["Lst_CodePos"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
-  EXPECT_EQ(j["Txt_Duree"], "");
-  EXPECT_EQ(j["W_Total"], 0);
-  EXPECT_EQ(j["Etq_Imperativite"], false);
-}
-
-TEST_F(Propose, FloatingSearchesTheFloatingTemplatesOnly) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "23/11/2026", "--time", "08:30-10:00", "--floating", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["W_AfficheTache"], false);
-  EXPECT_EQ(j["Lst_Possible"], std::vector<std::string>{});
-  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
-}
-
-TEST_F(Propose, CareVocabulary) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00009", "--kind", "SSIAD",
-                      "--from", "23/11/2026", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["captions"]["Etq_Pos1"], "Regroupement");
-  EXPECT_EQ(j["captions"]["Cac_TouteTache"], "Afficher tous les soins");
+// What --json gives a program, for other days, slots, kinds and templates, and for a key.
+TEST_F(Propose, JsonForProgramsAndForEachCase) {
+  using Json = nlohmann::json;
+  const auto on = [&](const std::string& from, const std::vector<std::string>& more) {
+    std::vector<std::string> args = {"propose", "--db", account.path(), "--client",    "00001",
+                                     "--from",  from,   "--time",       "08:30-10:00", "--json"};
+    args.insert(args.end(), more.begin(), more.end());
+    return args;
+  };
+  const auto monday = on("23/11/2026", {});
+  const struct {
+    std::vector<std::string> args;
+    const char* field;
+    Json expected;
+  } cases[] = {
+      {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
+      {monday, "/Lst_Possible",
+       Json{linge + right("40", 7) + "  ", toilette + right("25", 7) + "  "}},
+      {monday, "/Lst_CodeSelect", Json{"Repassage", "Aide à la toilette"}},
+      {monday, "/R_Obs", Json{"", "Gants"}},
+      {monday, "/W_Total", 65},
+      {monday, "/W_AfficheTache", true},
+      // Tuesday: the template is proposed, nothing meets the intervention.
+      {on("24/11/2026", {}), "/Lst_CodePos", Json{"Repassage", "Aide à la toilette"}},
+      {on("2026-11-24", {}), "/Lst_Selectionne", Json::array()},
+      {on("24/11/2026", {}), "/Etq_Imperativite", false},
+      {on("23/11/2026", {"--floating"}), "/Lst_Possible", Json::array()},
+      {on("23/11/2026", {"--floating"}), "/W_AfficheTache", false},
+      {on("23/11/2026", {"--kind", "SSIAD"}), "/captions/Etq_Pos1", "Regroupement"},
+      {on("23/11/2026", {"--kind", "SSIAD"}), "/captions/Cac_TouteTache",
+       "Afficher tous les soins"},
+      {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
+       "/Lst_Selectionne",
+       Json{linge + " " + right("40", 6), toilette + "X" + right("25", 6)}},
+      {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
+       "/Txt_Duree",
+       "1h05"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.field) + " of " + c.args[c.args.size() - 2]);
+    const auto o = run(c.args);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(Json::parse(o.out).at(Json::json_pointer(c.field)), c.expected);
+  }
 }
 
 TEST_F(Propose, MistakesAreNamed) {
@@ -187,19 +185,6 @@ TEST_F(Propose, MistakesAreNamed) {
     EXPECT_EQ(o.out, "");
     EXPECT_NE(o.err.find(k.message), std::string::npos) << o.err;
   }
-}
-
-TEST_F(Propose, ConsultShowsWhatATemplateKeyHolds) {
-  const auto o =
-      run({"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["Lst_Selectionne"], (std::vector<std::string>{linge + " " + right("40", 6),
-                                                            toilette + "X" + right("25", 6)}));
-  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
-  EXPECT_EQ(j["Txt_Duree"], "1h05");
-  EXPECT_EQ(j["Etq_Imperativite"], true);
 }
 
 }  // namespace
