@@ -87,6 +87,7 @@ TEST_F(Cli, HelpVersionAndMistakesExitWithTheirCodeAndMessage) {
       {{"get", "TACHE", "x"}, 2, "", "velmora: get: --db PATH is required"},
       {{"get", "--db", db(), "TACHE", "x", "y"}, 2, "", "unexpected argument \"y\""},
       {{"export", "--db", db(), "--colour", "red"}, 2, "", "unknown option --colour"},
+      {{"export", "--db", db(), "a.jsonl", "b.jsonl"}, 2, "", "unexpected argument \"b.jsonl\""},
       {{"play", "--db", db(), folder.string()}, 2, "", "is a folder"},
       {{"import", folder.string(), "--db", db()}, 2, "", "is a folder"},
       {{"sample", "--db", ""}, 2, "", "--db needs a path"},

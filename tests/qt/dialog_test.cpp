@@ -51,30 +51,34 @@ TEST_F(ObservationsDialog, LooksAsDesignedAndClosesOnlyByItsButtons) {
     EXPECT_LE(std::abs(offCentre.x()), 2) << offCentre.x();
     EXPECT_LE(std::abs(offCentre.y()), 2) << offCentre.y();
 
-    const std::vector<std::pair<const char*, QRect>> places{
-        {"Cmd_OkObs", {288, 248, 49, 25}}, {"Cmd_AnnulerObs", {344, 248, 49, 25}},
-        {"Txt_Obs", {8, 112, 385, 129}},   {"Txt_Groupe", {72, 40, 321, 19}},
-        {"Txt_Tache", {72, 64, 321, 19}},  {"Txt_Type", {72, 16, 321, 19}}};
-    for (const auto& [name, rect] : places) {
-      QWidget* child = dialog.findChild<QWidget*>(QString::fromLatin1(name));
-      ASSERT_NE(child, nullptr) << name;
-      EXPECT_EQ(child->geometry(), rect) << name;
-    }
-    const std::vector<std::pair<const char*, QString>> labels{
-        {"Label4", QStringLiteral("Observations")},
-        {"Label3", QStringLiteral("Groupe")},
-        {"Label2", QStringLiteral("Tâche")},
-        {"Label1", QStringLiteral("Type")}};
-    for (const auto& [name, caption] : labels) {
-      auto* label = dialog.findChild<QLabel*>(QString::fromLatin1(name));
-      ASSERT_NE(label, nullptr) << name;
-      EXPECT_EQ(label->text(), caption);
-      EXPECT_EQ(label->size(), label->sizeHint()) << name << " sizes itself to its caption";
-    }
-    EXPECT_EQ(dialog.findChild<QPushButton*>(QStringLiteral("Cmd_OkObs"))->text(),
-              QStringLiteral("Ok"));
-    for (const char* name : {"Txt_Type", "Txt_Groupe", "Txt_Tache"}) {
-      EXPECT_TRUE(dialog.findChild<QLineEdit*>(QString::fromLatin1(name))->isReadOnly()) << name;
+    const struct {
+      const char* name;
+      QRect rect;  // none for the labels, which size themselves to their caption
+      const char* caption;
+    } children[] = {{"Cmd_OkObs", {288, 248, 49, 25}, "Ok"},
+                    {"Cmd_AnnulerObs", {344, 248, 49, 25}, "Annuler"},
+                    {"Txt_Obs", {8, 112, 385, 129}, ""},
+                    {"Txt_Groupe", {72, 40, 321, 19}, "Linge                    "},
+                    {"Txt_Tache", {72, 64, 321, 19}, "Repassage                "},
+                    {"Txt_Type", {72, 16, 321, 19}, "Ménage                   "},
+                    {"Label4", {}, "Observations"},
+                    {"Label3", {}, "Groupe"},
+                    {"Label2", {}, "Tâche"},
+                    {"Label1", {}, "Type"}};
+    for (const auto& child : children) {
+      QWidget* view = dialog.findChild<QWidget*>(QString::fromLatin1(child.name));
+      ASSERT_NE(view, nullptr) << child.name;
+      EXPECT_EQ(view->geometry(),
+                child.rect.isNull() ? QRect(view->pos(), view->sizeHint()) : child.rect)
+          << child.name;
+      QString caption;
+      if (auto* label = qobject_cast<QLabel*>(view)) caption = label->text();
+      if (auto* button = qobject_cast<QPushButton*>(view)) caption = button->text();
+      if (auto* line = qobject_cast<QLineEdit*>(view)) {
+        caption = line->text();
+        EXPECT_TRUE(line->isReadOnly()) << child.name;
+      }
+      EXPECT_EQ(caption, QString::fromUtf8(child.caption)) << child.name;
     }
     auto* obs = dialog.findChild<QPlainTextEdit*>(QStringLiteral("Txt_Obs"));
     ASSERT_NE(obs, nullptr);
