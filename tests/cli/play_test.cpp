@@ -109,60 +109,6 @@ TEST_F(PlayOnAccount, DisabledButtonsAndUnansweredQuestionsAreNoted) {
             "line 4: error 91: object not set: no W_Enr to show; run host maj-enr first\n");
 }
 
-TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
-  account.put("AIDEDETAILTACHE", "0000921500", {{"Aspirateur", "Vaisselle"}, {"20", ""}});
-  const Outcome run = play(
-      "init AUTRE 00009 23/11/2026 \"\" 08:30 10:00 1000000\n"
-      "mark\tpossible 0\n"
-      "mark possible\t1\t# tabs part words as spaces do\n"
-      "press select\n"
-      "double-click selected 1\n"
-      "type duration 15\n"
-      "press ok\n"
-      "click selected 0\n"
-      "observation \"Sac sous l'évier\" ok\n"
-      "press obs\n"
-      "host maj-enr\n"
-      "show\n"
-      "host vider-tache\n"
-      "host affiche\n"
-      "show\n",
-      "--json");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const Json j = Json::parse(run.out);
-  EXPECT_EQ(j["messages"], Json::array());
-  ASSERT_EQ(j["shows"].size(), 2u);
-  const Json& before = j["shows"][0]["state"];
-  EXPECT_EQ(j["shows"][0]["line"], 12);
-  EXPECT_EQ(
-      before["Lst_Possible"],
-      (Json{"Entretien                 Ménage                    Aspirateur                     20",
-            "Entretien                 Ménage                    Vaisselle                       "
-            " "}));
-  const Json rows =
-      Json{"Entretien                 Ménage                    Aspirateur                X    20",
-           "Entretien                 Ménage                    Vaisselle                      15"};
-  EXPECT_EQ(before["Lst_Selectionne"], rows);
-  EXPECT_EQ(before["R_Obs"], (Json{"Sac sous l'évier", ""}));
-  EXPECT_EQ(before["Txt_Duree"], "0h35");
-  EXPECT_EQ(before["Etq_Imperativite"], true);
-  EXPECT_EQ(before["W_Enr"],
-            (Json{{"Aspirateur", "20", "Sac sous l'évier"}, {"Vaisselle", "15", ""}}));
-  EXPECT_EQ(before["enabled"], (Json{{"Cmd_Select", true},
-                                     {"Cmd_Obs", true},
-                                     {"Cmd_SupprVelmora", true},
-                                     {"Cmd_OKVelmora", false},
-                                     {"Cmd_AnnulerVelmora", false},
-                                     {"Txt_DureeSoin", false},
-                                     {"Lst_Selectionne", true}}));
-  EXPECT_EQ(before["ListIndex"], 0);
-
-  const Json& after = j["shows"][1]["state"];
-  EXPECT_EQ(after["Lst_Selectionne"], rows);
-  EXPECT_EQ(after["R_Obs"], before["R_Obs"]);
-  EXPECT_EQ(after["Txt_Duree"], "0h35");
-}
-
 // The example journey on the sample account, step by step.
 class Journey : public Play {
  protected:
@@ -249,7 +195,7 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
 TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   const Outcome run = playOn(sample,
                              "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
-                             "mark possible 1\n"
+                             "mark\tpossible 1\t# tabs part words as spaces do\n"
                              "click selected 0\n"
                              "observation \"Par la porte de derrière\" close ok\n"
                              "press obs\n"
