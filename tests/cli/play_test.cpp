@@ -69,6 +69,8 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
       {"host maj_enr\n", "script.play:1: unknown host call \"maj_enr\""},
       {"show now\n", "script.play:1: unexpected word \"now\""},
       {"type duree 5\n", "script.play:1: unknown text box \"duree\""},
+      {"host affiche A\n",
+       "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
       {"host affiche A 10\n",
        "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
   };

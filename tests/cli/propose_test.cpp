@@ -49,7 +49,7 @@ class Propose : public ::testing::Test {
                  {"1000"},
                  {"A"},
                  {"Aide à la toilette", "Repassage"},
-                 {"25", "40"},
+                 {"25", "10000"},  // five digits: one blank before them in a row of the selection
                  {""},
                  {""},
                  {"Gants", ""}});
@@ -77,7 +77,7 @@ TEST_F(Propose, PrintsWhatThePlannerSees) {
       "\n"
       "Lst_Possible (2 rows), Lst_CodePos (2 codes):\n"
       "  0 |" +
-      linge + right("40", 7) +
+      linge + right("10000", 7) +
       "  |  Repassage\n"
       "  1 |" +
       toilette + right("25", 7) +
@@ -85,14 +85,14 @@ TEST_F(Propose, PrintsWhatThePlannerSees) {
       "\n"
       "Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):\n"
       "  0 |" +
-      linge + " " + right("40", 6) +
+      linge + " " + right("10000", 6) +
       "|  Repassage\n"
       "  1 |" +
       toilette + "X" + right("25", 6) +
       "|  Aide à la toilette  obs \"Gants\"\n"
       "\n"
-      "Txt_Duree \"1h05\"\n"
-      "W_Total 65\n"
+      "Txt_Duree \"167h05\"\n"
+      "W_Total 10025\n"
       "W_AfficheTache True\n"
       "Etq_Imperativite shown\n";
   EXPECT_EQ(o.out, expected);
@@ -115,10 +115,10 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
   } cases[] = {
       {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
       {monday, "/Lst_Possible",
-       Json{linge + right("40", 7) + "  ", toilette + right("25", 7) + "  "}},
+       Json{linge + right("10000", 7) + "  ", toilette + right("25", 7) + "  "}},
       {monday, "/Lst_CodeSelect", Json{"Repassage", "Aide à la toilette"}},
       {monday, "/R_Obs", Json{"", "Gants"}},
-      {monday, "/W_Total", 65},
+      {monday, "/W_Total", 10025},
       {monday, "/W_AfficheTache", true},
       // Tuesday: the template is proposed, nothing meets the intervention.
       {on("24/11/2026", {}), "/Lst_CodePos", Json{"Repassage", "Aide à la toilette"}},
@@ -131,10 +131,10 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
        "Afficher tous les soins"},
       {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
        "/Lst_Selectionne",
-       Json{linge + " " + right("40", 6), toilette + "X" + right("25", 6)}},
+       Json{linge + " " + right("10000", 6), toilette + "X" + right("25", 6)}},
       {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
        "/Txt_Duree",
-       "1h05"},
+       "167h05"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.field) + " of " + c.args[c.args.size() - 2]);
