@@ -1,10 +1,12 @@
 // The screen services on Qt: the question box answers with the host platform's codes,
 // however it is closed, and the mouse pointer overrides the application's cursor until
 // shape 0.
+#include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
 #include <velmora/qt/qt_services.h>
+#include <velmora/toolkit/form.h>
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -76,6 +78,26 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
     });
     EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", c.style, u"Message TALVERANE"), c.code);
   }
+}
+
+// Escape, like the close box, asks the form to close: a form that lets itself be closed
+// is unloaded and its dialog goes.
+TEST(QtServices, EscapeClosesTheDialogOfAFormThatLetsItselfBeClosed) {
+  toolkit::Form form("Frm_Essai", 3000, 2000, u"Essai");
+  form.Load();
+  QtServices services;
+  bool stillOpen = true;
+  whenModal([&](QWidget& dialog) {
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    stillOpen = dialog.isVisible();
+    if (stillOpen) {
+      form.Unload();
+      static_cast<QDialog&>(dialog).done(0);
+    }
+  });
+  services.ShowModal(form);
+  EXPECT_FALSE(stillOpen);
+  EXPECT_FALSE(form.isLoaded());
 }
 
 TEST(QtServices, PointerShapesOverrideTheCursorUntilShapeZero) {
