@@ -142,6 +142,15 @@ TEST_F(Cli, SampleReplacesOnlyAStoreWholeAndLeavesNoJournalOfTheOldOne) {
   EXPECT_EQ(refused.status, 1);
   EXPECT_NE(refused.err.find("is not a Velmora store"), std::string::npos) << refused.err;
   EXPECT_EQ(slurp(notes), "mes notes\n");
+  // A journal whose store is gone may belong to a store moved away: it is kept, and the
+  // store is not made.
+  const std::string gone = (dir() / "gone.db").string();
+  spit(gone + "-journal", "journal d'une base partie\n");
+  const auto orphan = run({"sample", "--db", gone, "--from", sampleDir()});
+  EXPECT_EQ(orphan.status, 1);
+  EXPECT_NE(orphan.err.find("is left beside it"), std::string::npos) << orphan.err;
+  EXPECT_EQ(slurp(gone + "-journal"), "journal d'une base partie\n");
+  EXPECT_FALSE(fs::exists(gone));
 
   for (const std::string left : {"hot", "wal", "stale"}) {
     const std::string target = (dir() / (left + ".db")).string();
