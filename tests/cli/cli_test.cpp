@@ -30,10 +30,10 @@ void spit(const fs::path& path, const std::string& text) {
 
 // Three thousand records, for an import that takes long enough to be cut short.
 fs::path bigImport(const fs::path& dir) {
-  const fs::path big = dir / "big.jsonl";
+  fs::path big = dir / "big.jsonl";
   std::ofstream out(big, std::ios::binary);
   for (int i = 0; i < 3000; ++i) {
-    out << "{\"file\":\"TACHE\",\"key\":\"B" << i << "\",\"record\":[\"" << std::string(100, 'b')
+    out << R"({"file":"TACHE","key":"B)" << i << R"(","record":[")" << std::string(100, 'b')
         << "\"]}\n";
   }
   return big;
@@ -53,11 +53,11 @@ class Cli : public ::testing::Test {
          "# files\n{\"file\":\"TACHE\"}\n"
          "{\"dictionary\":\"TACHE\",\"name\":\"Groupe\",\"attribute\":2}\n");
     spit(d / "20-records.jsonl",
-         "{\"file\":\"TACHE\",\"key\":\"Vitres\",\"record\":[\"1\",\"G-VITRES\",\"\",\"N\",\"45\"]}"
+         R"({"file":"TACHE","key":"Vitres","record":["1","G-VITRES","","N","45"]})"
          "\n"
-         "{\"file\":\"TACHE\",\"key\":\"Repassage\",\"record\":[\"1\",\"G-LINGE\",\"\",\"N\","
+         R"({"file":"TACHE","key":"Repassage","record":["1","G-LINGE","","N",)"
          "\"30\"]}\n"
-         "{\"file\":\"TACHE\",\"key\":\"Aspirateur\",\"record\":[\"2\",[\"G-SOL\",\"G-MAISON\"],"
+         R"({"file":"TACHE","key":"Aspirateur","record":["2",["G-SOL","G-MAISON"],)"
          "\"\",\"O\",\"5\"]}\n");
     spit(d / "notes.txt", "not an exchange file, ignored\n");
     return d.string();
@@ -72,26 +72,27 @@ TEST_F(Cli, HelpVersionAndMistakesExitWithTheirCodeAndMessage) {
   fs::create_directories(folder);
   const std::string garbage = (dir() / "garbage.db").string();
   spit(garbage, std::string(3000, 'Z'));
-  const struct {
+  struct Case {
     std::vector<std::string> args;
     int status;
     std::string out;  // the start of stdout
     std::string err;  // found in stderr
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {{"--help"}, 0, "usage: velmora COMMAND", ""},
       {{"--version"}, 0, "velmora ", ""},
       {{"get", "--help"}, 0, "usage: velmora get", ""},
       {{"export", "-h", "--db", db()}, 0, "usage: velmora export", ""},
       {{}, 2, "", "usage: velmora"},
-      {{"frobnicate"}, 2, "", "velmora: unknown command \"frobnicate\""},
+      {{"frobnicate"}, 2, "", R"(velmora: unknown command "frobnicate")"},
       {{"get", "TACHE", "x"}, 2, "", "velmora: get: --db PATH is required"},
-      {{"get", "--db", db(), "TACHE", "x", "y"}, 2, "", "unexpected argument \"y\""},
+      {{"get", "--db", db(), "TACHE", "x", "y"}, 2, "", R"(unexpected argument "y")"},
       {{"export", "--db", db(), "--colour", "red"}, 2, "", "unknown option --colour"},
-      {{"export", "--db", db(), "a.jsonl", "b.jsonl"}, 2, "", "unexpected argument \"b.jsonl\""},
+      {{"export", "--db", db(), "a.jsonl", "b.jsonl"}, 2, "", R"(unexpected argument "b.jsonl")"},
       {{"play", "--db", db(), folder.string()}, 2, "", "is a folder"},
       {{"import", folder.string(), "--db", db()}, 2, "", "is a folder"},
       {{"sample", "--db", ""}, 2, "", "--db needs a path"},
-      {{"query", "--db", db(), "SSELECT TACHE AVEC 1 \"x\""},
+      {{"query", "--db", db(), R"(SSELECT TACHE AVEC 1 "x")"},
        1,
        "",
        "velmora: requête : à la position 22 : opérateur attendu"},
@@ -122,7 +123,7 @@ TEST_F(Cli, SampleBuildsAStoreThatQueryAndGetPrint) {
             "Repassage   G-LINGE           30\n"
             "Aspirateur  G-SOL | G-MAISON  5\n"
             "Vitres      G-VITRES          45\n");
-  EXPECT_EQ(run({"query", "--db", target, "SSELECT TACHE AVEC Groupe = \"G-SOL\""}).out,
+  EXPECT_EQ(run({"query", "--db", target, R"(SSELECT TACHE AVEC Groupe = "G-SOL")"}).out,
             "Aspirateur\n");
   EXPECT_EQ(run({"get", "--db", target, "TACHE", "Aspirateur"}).out,
             "2\nG-SOL | G-MAISON\n\nO\n5\n");
@@ -189,7 +190,7 @@ TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
   const fs::path bad = dir() / "bad.jsonl";
   spit(bad,
        "{\"file\":\"TACHE\",\"key\":\"New\",\"record\":[\"1\"]}\n"
-       "{\"file\":\"TACHE\",\"key\":\"Cut\",\"rec");
+       R"({"file":"TACHE","key":"Cut","rec)");
   const auto refused = run({"import", bad.string(), "--db", db()});
   EXPECT_EQ(refused.status, 1);
   EXPECT_EQ(refused.err.rfind("velmora: " + bad.string() + ":2: ", 0), 0u) << refused.err;
@@ -215,11 +216,12 @@ TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
   const fs::path kept = dir() / "kept.jsonl";
   spit(kept, "precious\n");
   spit(dir() / "garbage.db", std::string(3000, 'Z'));
-  const struct {
+  struct Case {
     std::vector<std::string> args;
     int status;
     const char* message;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {{"export", "--db", db(), db()}, 2, "is the database itself"},
       {{"export", "--db", db(), link.string()}, 2, "is the database itself"},
       {{"export", "--db", db(), dir().string()}, 2, "is a folder"},
@@ -297,7 +299,7 @@ TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
                                 std::to_string(delayMs / 1000.0) + "; kill -9 $p 2>/dev/null; wait";
     std::system(command.c_str());
     EXPECT_EQ(run({"get", "--db", db(), "TACHE", "Vitres"}).out, "1\n");
-    const auto count = run({"query", "--db", db(), "SSELECT TACHE AVEC 0 = \"B]\""});
+    const auto count = run({"query", "--db", db(), R"(SSELECT TACHE AVEC 0 = "B]")"});
     const auto lines = std::count(count.out.begin(), count.out.end(), '\n');
     EXPECT_TRUE(lines == 0 || lines == 3000) << lines;
   }

@@ -24,7 +24,7 @@ using cli_test::slurp;
 class Play : public ::testing::Test {
  protected:
   fs::path file(const std::string& name, const std::string& text) {
-    const fs::path path = fs::path(account.directory()) / name;
+    fs::path path = fs::path(account.directory()) / name;
     std::ofstream(path, std::ios::binary) << text;
     return path;
   }
@@ -57,18 +57,18 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
     std::string message;
   };
   const std::vector<Case> cases{
-      {"init AUTRE 00001\nshow\npres select\n", "script.play:3: unknown word \"pres\""},
-      {"show\npress selct\n", "script.play:2: unknown button \"selct\""},
-      {"click possible x\n", "script.play:1: \"x\" is not a row number"},
-      {"click possible -1\n", "script.play:1: \"-1\" is not a row number"},
-      {"mark selected 0\n", "script.play:1: unknown list \"selected\""},
+      {"init AUTRE 00001\nshow\npres select\n", R"(script.play:3: unknown word "pres")"},
+      {"show\npress selct\n", R"(script.play:2: unknown button "selct")"},
+      {"click possible x\n", R"(script.play:1: "x" is not a row number)"},
+      {"click possible -1\n", R"(script.play:1: "-1" is not a row number)"},
+      {"mark selected 0\n", R"(script.play:1: unknown list "selected")"},
       {"# fine\n\ninit\n", "script.play:3: missing kind of activity"},
       {"observation \"Sonner\n", "script.play:1: unterminated quote"},
-      {"observation \"Sonner\" close\n", "script.play:1: missing dialog button after \"close\""},
-      {"observation \"Sonner\" ok ok\n", "script.play:1: unexpected word \"ok\""},
-      {"host maj_enr\n", "script.play:1: unknown host call \"maj_enr\""},
-      {"show now\n", "script.play:1: unexpected word \"now\""},
-      {"type duree 5\n", "script.play:1: unknown text box \"duree\""},
+      {"observation \"Sonner\" close\n", R"(script.play:1: missing dialog button after "close")"},
+      {"observation \"Sonner\" ok ok\n", R"(script.play:1: unexpected word "ok")"},
+      {"host maj_enr\n", R"(script.play:1: unknown host call "maj_enr")"},
+      {"show now\n", R"(script.play:1: unexpected word "now")"},
+      {"type duree 5\n", R"(script.play:1: unknown text box "duree")"},
       {"host affiche A\n",
        "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
       {"host affiche A 10\n",
@@ -186,9 +186,9 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
         "enabled: Cmd_Select Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
         "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n",
         "Lst_Possible marked: none\n",
-        "dialog Txt_Type \"Entretien du logement    \" Txt_Groupe \"Ménage courant           \" "
+        R"(dialog Txt_Type "Entretien du logement    " Txt_Groupe "Ménage courant           " )"
         "Txt_Tache \"Aspirateur               \" Txt_Obs \"\"\n",
-        "question \"Message TALVERANE\" \"Etes-vous sûr de vouloir supprimer cette tâche ?\" "
+        R"(question "Message TALVERANE" "Etes-vous sûr de vouloir supprimer cette tâche ?" )"
         "style 36 answer 7\n"}) {
     EXPECT_NE(run.out.find(expected), std::string::npos) << expected;
   }

@@ -108,11 +108,12 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
     return args;
   };
   const auto monday = on("23/11/2026", {});
-  const struct {
+  struct Case {
     std::vector<std::string> args;
     const char* field;
     Json expected;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
       {monday, "/Lst_Possible",
        Json{linge + right("10000", 7) + "  ", toilette + right("25", 7) + "  "}},
@@ -151,18 +152,18 @@ TEST_F(Propose, MistakesAreNamed) {
     std::string message;
   };
   const std::string db = account.path();
-  const Case cases[] = {
-      {{"propose", "--db", db, "--client", "00077"}, 1, "unknown client \"00077\""},
+  const std::vector<Case> cases{
+      {{"propose", "--db", db, "--client", "00077"}, 1, R"(unknown client "00077")"},
       {{"propose", "--db", db}, 2, "--client CODE is required"},
       {{"propose", "--db", db, "--client", "0001"}, 2, "5 caractères"},
       {{"propose", "--db", db, "--client", "0000]"}, 2, "crochet"},
       {{"propose", "--db", db, "--client", "[0001"}, 2, "crochet"},
-      {{"propose", "--db", db, "--client", "00\"01"}, 2, "guillemet"},
+      {{"propose", "--db", db, "--client", R"(00"01)"}, 2, "guillemet"},
       {{"propose", "--db", db, "--client", "00001", "--from", ""}, 2, "--from needs a date"},
       {{"propose", "--db", db, "--client", "00001", "--time", "aa-bb"}, 2, "not a time of day"},
       {{"propose", "--db", db, "--client", "00001", "--time", "25:99-99:99"},
        2,
-       "\"25:99\" is not a time of day"},
+       R"("25:99" is not a time of day)"},
       {{"consult", "--db", db, "--key", "I004200001215120XXXXXX30850"}, 1, "unknown key"},
       {{"consult", "--db", db, "--key", "0000]215120085001SEMTYPE"}, 2, "a bracket"},
       {{"propose", "--db", account.directory(), "--client", "00001"}, 1, "est un dossier"},

@@ -4,6 +4,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <vector>
 
 #include "control/module_slots.h"
 #include "qt/control_views.h"
@@ -51,22 +52,23 @@ TEST_F(ObservationsDialog, LooksAsDesignedAndClosesOnlyByItsButtons) {
     EXPECT_LE(std::abs(offCentre.x()), 2) << offCentre.x();
     EXPECT_LE(std::abs(offCentre.y()), 2) << offCentre.y();
 
-    const struct {
+    struct Case {
       const char* name;
       QRect rect;  // none for the labels, which size themselves to their caption
       const char* caption;
-    } children[] = {{"Cmd_OkObs", {288, 248, 49, 25}, "Ok"},
-                    {"Cmd_AnnulerObs", {344, 248, 49, 25}, "Annuler"},
-                    {"Txt_Obs", {8, 112, 385, 129}, ""},
-                    {"Txt_Groupe", {72, 40, 321, 19}, "Linge                    "},
-                    {"Txt_Tache", {72, 64, 321, 19}, "Repassage                "},
-                    {"Txt_Type", {72, 16, 321, 19}, "Ménage                   "},
-                    {"Label4", {}, "Observations"},
-                    {"Label3", {}, "Groupe"},
-                    {"Label2", {}, "Tâche"},
-                    {"Label1", {}, "Type"}};
+    };
+    const std::vector<Case> children{{"Cmd_OkObs", {288, 248, 49, 25}, "Ok"},
+                                     {"Cmd_AnnulerObs", {344, 248, 49, 25}, "Annuler"},
+                                     {"Txt_Obs", {8, 112, 385, 129}, ""},
+                                     {"Txt_Groupe", {72, 40, 321, 19}, "Linge                    "},
+                                     {"Txt_Tache", {72, 64, 321, 19}, "Repassage                "},
+                                     {"Txt_Type", {72, 16, 321, 19}, "Ménage                   "},
+                                     {"Label4", {}, "Observations"},
+                                     {"Label3", {}, "Groupe"},
+                                     {"Label2", {}, "Tâche"},
+                                     {"Label1", {}, "Type"}};
     for (const auto& child : children) {
-      QWidget* view = dialog.findChild<QWidget*>(QString::fromLatin1(child.name));
+      auto* view = dialog.findChild<QWidget*>(QString::fromLatin1(child.name));
       ASSERT_NE(view, nullptr) << child.name;
       EXPECT_EQ(view->geometry(),
                 child.rect.isNull() ? QRect(view->pos(), view->sizeHint()) : child.rect)

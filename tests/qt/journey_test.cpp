@@ -164,7 +164,7 @@ class WidgetJourney : public ::testing::Test {
     key(w.view(c.Cmd_Obs), Qt::Key_Space);
     record();
 
-    const auto answer = [&](std::function<void(QMessageBox&)> how) {
+    const auto answer = [&](const std::function<void(QMessageBox&)>& how) {
       whenModal([&j, how](QWidget& modal) {
         ++j.questions;
         auto* box = qobject_cast<QMessageBox*>(&modal);

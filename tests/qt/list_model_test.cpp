@@ -3,6 +3,7 @@
 // and clicks reach the rows they aim at.
 #include <QMouseEvent>
 #include <QSignalSpy>
+#include <vector>
 
 #include "control/module_slots.h"
 #include "qt/control_views.h"
@@ -79,10 +80,11 @@ TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
 // Keys move the caret of the list of marks, clamped to its rows; the space bar marks the
 // row under it. In a fresh list the first arrow lands on the first row.
 TEST_F(ListModel, KeysMoveTheCaretToTheRowTheyAimAt) {
-  const struct {
+  struct Case {
     std::vector<Qt::Key> keys;
     int marked;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {{Qt::Key_Up}, 0},
       {{Qt::Key_Down}, 0},
       {{Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up}, 1},

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <vector>
 
 #include <velmora/qt/qt_services.h>
 #include <velmora/toolkit/form.h>
@@ -16,13 +17,14 @@ using qt::QtServices;
 
 TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
   enum class Close { Yes, No, Ok, Escape, Enter, Reject };
-  const struct {
+  struct Case {
     int style;
     Close close;
     int code;
     QMessageBox::Icon icon;
     QStringList captions;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {toolkit::kStyleYesNoQuestion,
        Close::Yes,
        toolkit::kMsgBoxYes,

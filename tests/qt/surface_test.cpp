@@ -1,6 +1,7 @@
 // The control on screen: every child at its place, with its caption, font, colours,
 // visibility and tab position, and the captions that Init rewrites.
 #include <set>
+#include <vector>
 
 #include <QCheckBox>
 #include <QFontInfo>
@@ -46,12 +47,13 @@ QString captionOf(QWidget* view) {
 
 TEST_F(Surface, EveryChildStandsAtItsPlaceInPixelsOfFifteenTwipsWithItsCaption) {
   EXPECT_EQ(w.size(), QSize(664, 400));
-  const struct {
+  struct Case {
     const char* name;
     QRect rect;  // pixels, in the parent
     bool inFrame;
     const char* caption;
-  } places[] = {
+  };
+  const std::vector<Case> places{
       {"Cac_TouteTache", {8, 8, 161, 17}, false, "Afficher toutes les tâches"},
       {"Cdr_Soins", {0, 32, 662, 361}, false, ""},
       {"Lst_CodePos", {504, 104, 57, 56}, true, ""},
@@ -80,9 +82,9 @@ TEST_F(Surface, EveryChildStandsAtItsPlaceInPixelsOfFifteenTwipsWithItsCaption) 
       {"Etq_Sel2", {192, 208, 49, 17}, true, "Groupe"},
       {"Etq_Sel1", {8, 208, 81, 17}, true, "Type"},
   };
-  ASSERT_EQ(ctl.controls().size(), std::size(places));
+  ASSERT_EQ(ctl.controls().size(), places.size());
   QWidget* frame = w.view(ctl.Cdr_Soins);
-  for (std::size_t i = 0; i < std::size(places); ++i) {
+  for (std::size_t i = 0; i < places.size(); ++i) {
     const auto& place = places[i];
     ASSERT_EQ(ctl.controls()[i]->name(), place.name);
     QWidget* view = w.view(*ctl.controls()[i]);

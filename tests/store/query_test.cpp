@@ -141,47 +141,48 @@ class Query : public ::testing::Test {
 };
 
 TEST_F(Query, ConditionsAndSortsSelectAndOrderTheKeys) {
-  const struct {
+  struct Case {
     const char* query;
     Keys expected;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {"SSELECT TACHE", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
       {"SELECT TACHE", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
       // = and <> are exact text; <, <=, >, >= compare numbers by value.
-      {"SSELECT TACHE AVEC 1 = \"9\"", {"A1", "Ménage"}},
-      {"SSELECT TACHE AVEC 1 = \"09\"", {}},
-      {"SSELECT TACHE AVEC 1 <> \"9\"", {"A2", "B1", "B2", "C"}},
-      {"SSELECT TACHE AVEC @ID = \"b1\"", {}},
-      {"SSELECT TACHE AVEC 1 >= \"10\"", {"A2", "B1", "B2"}},
-      {"SSELECT TACHE AVEC 1 > \"10\"", {"B1", "B2"}},
-      {"SSELECT TACHE AVEC 1 <= \"10\"", {"A1", "A2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 1 < \"10\"", {"A1", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 5 <= \"20\"", {"A2", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 1 = "9")", {"A1", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 1 = "09")", {}},
+      {R"(SSELECT TACHE AVEC 1 <> "9")", {"A2", "B1", "B2", "C"}},
+      {R"(SSELECT TACHE AVEC @ID = "b1")", {}},
+      {R"(SSELECT TACHE AVEC 1 >= "10")", {"A2", "B1", "B2"}},
+      {R"(SSELECT TACHE AVEC 1 > "10")", {"B1", "B2"}},
+      {R"(SSELECT TACHE AVEC 1 <= "10")", {"A1", "A2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 1 < "10")", {"A1", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 5 <= "20")", {"A2", "B2", "C", "Ménage"}},
       // OR adds alternatives for the same field, AND AVEC needs every condition.
-      {"SSELECT TACHE AVEC 1 >= \"100\" OR = \"\"", {"B1", "B2", "C"}},
-      {"SSELECT TACHE AVEC 0 = \"A1\" OR = \"C\" OR <= \"A\"", {"A1", "C"}},
-      {"SSELECT TACHE AVEC 2 = \"G1\" AND AVEC 5 < \"20\"", {"A2"}},
-      {"SSELECT TACHE AVEC 2 = \"G1\" AND AVEC 1 = \"9\" AND AVEC 0 = \"A1\"", {"A1"}},
+      {R"(SSELECT TACHE AVEC 1 >= "100" OR = "")", {"B1", "B2", "C"}},
+      {R"(SSELECT TACHE AVEC 0 = "A1" OR = "C" OR <= "A")", {"A1", "C"}},
+      {R"(SSELECT TACHE AVEC 2 = "G1" AND AVEC 5 < "20")", {"A2"}},
+      {R"(SSELECT TACHE AVEC 2 = "G1" AND AVEC 1 = "9" AND AVEC 0 = "A1")", {"A1"}},
       // "x]" compares the leading characters, "[x" the trailing ones.
-      {"SSELECT TACHE AVEC 0 = \"B]\"", {"B1", "B2"}},
-      {"SSELECT TACHE AVEC 0 <> \"B]\"", {"A1", "A2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 1 = \"1]\"", {"A2", "B1"}},
-      {"SSELECT TACHE AVEC 1 <= \"5]\"", {"A2", "B1", "C"}},
-      {"SSELECT TACHE AVEC 0 = \"]\"", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 0 = \"[1\"", {"A1", "B1"}},
-      {"SSELECT TACHE AVEC 0 <> \"[1\"", {"A2", "B2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 0 >= \"[2\"", {"A2", "B2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 0 = \"[age\"", {"Ménage"}},
+      {R"(SSELECT TACHE AVEC 0 = "B]")", {"B1", "B2"}},
+      {R"(SSELECT TACHE AVEC 0 <> "B]")", {"A1", "A2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 1 = "1]")", {"A2", "B1"}},
+      {R"(SSELECT TACHE AVEC 1 <= "5]")", {"A2", "B1", "C"}},
+      {R"(SSELECT TACHE AVEC 0 = "]")", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 0 = "[1")", {"A1", "B1"}},
+      {R"(SSELECT TACHE AVEC 0 <> "[1")", {"A2", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 0 >= "[2")", {"A2", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 0 = "[age")", {"Ménage"}},
       // Queries of one shape share a parse, each read with its own values and brackets.
-      {"SSELECT TACHE AVEC 0 = \"B1\" OR = \"A2\"", {"A2", "B1"}},
-      {"SSELECT TACHE AVEC 0 = \"B]\" OR = \"[1\"", {"A1", "B1", "B2"}},
-      {"SSELECT TACHE AVEC 0 = \"A1\" OR = \"C]\"", {"A1", "C"}},
+      {R"(SSELECT TACHE AVEC 0 = "B1" OR = "A2")", {"A2", "B1"}},
+      {R"(SSELECT TACHE AVEC 0 = "B]" OR = "[1")", {"A1", "B1", "B2"}},
+      {R"(SSELECT TACHE AVEC 0 = "A1" OR = "C]")", {"A1", "C"}},
       // Any value of a multi-valued attribute meets a condition; absent reads as "".
-      {"SSELECT TACHE AVEC 2 = \"G3\"", {"B2", "Ménage"}},
-      {"SSELECT TACHE AVEC 2 <> \"G2\"", {"A1", "A2", "B2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 2 = \"\"", {"C"}},
-      {"SSELECT TACHE AVEC 40 = \"\"", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
-      {"SSELECT TACHE AVEC 5 = \"\"", {"C"}},
+      {R"(SSELECT TACHE AVEC 2 = "G3")", {"B2", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 2 <> "G2")", {"A1", "A2", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 2 = "")", {"C"}},
+      {R"(SSELECT TACHE AVEC 40 = "")", {"A1", "A2", "B1", "B2", "C", "Ménage"}},
+      {R"(SSELECT TACHE AVEC 5 = "")", {"C"}},
       // Sorts: ascending, descending, the key last in the same order, several criteria.
       {"SSELECT TACHE PAR 1", {"C", "A1", "Ménage", "A2", "B1", "B2"}},
       {"SSELECT TACHE PAR-DECR 1", {"B2", "B1", "A2", "A1", "Ménage", "C"}},
@@ -193,13 +194,13 @@ TEST_F(Query, ConditionsAndSortsSelectAndOrderTheKeys) {
       {"SSELECT TACHE PAR 4 PAR 5", {"C", "B2", "Ménage", "A1", "B1", "A2"}},
       {"SSELECT TACHE PAR 4 PAR-DECR 5", {"C", "B1", "A1", "Ménage", "B2", "A2"}},
       {"SSELECT TACHE PAR 4 PAR-DECR 0 PAR 5", {"C", "Ménage", "B2", "B1", "A1", "A2"}},
-      {"SSELECT TACHE AVEC 2 <> \"\" PAR-DECR 2", {"Ménage", "B2", "B1", "A1", "A2"}},
+      {R"(SSELECT TACHE AVEC 2 <> "" PAR-DECR 2)", {"Ménage", "B2", "B1", "A1", "A2"}},
       // Dictionary names: attributes, parts of the key, the key itself.
-      {"SSELECT TACHE AVEC Groupe = \"G1\"", {"A1", "A2"}},
-      {"SSELECT TACHE AVEC Lettre = \"B\"", {"B1", "B2"}},
-      {"SSELECT TACHE AVEC Chiffre = \"2\"", {"A2", "B2"}},
-      {"SSELECT TACHE AVEC Cle = \"C\"", {"C"}},
-      {"SSELECT TACHE AVEC Lettre <> \"A\" PAR-DECR Chiffre", {"Ménage", "B2", "B1", "C"}},
+      {R"(SSELECT TACHE AVEC Groupe = "G1")", {"A1", "A2"}},
+      {R"(SSELECT TACHE AVEC Lettre = "B")", {"B1", "B2"}},
+      {R"(SSELECT TACHE AVEC Chiffre = "2")", {"A2", "B2"}},
+      {R"(SSELECT TACHE AVEC Cle = "C")", {"C"}},
+      {R"(SSELECT TACHE AVEC Lettre <> "A" PAR-DECR Chiffre)", {"Ménage", "B2", "B1", "C"}},
   };
   for (const auto& c : cases) EXPECT_EQ(keys(db_, c.query), c.expected) << c.query;
 }
@@ -208,8 +209,8 @@ TEST_F(Query, ConditionsAndSortsSelectAndOrderTheKeys) {
 // it is one whole value and the query keeps its shape.
 TEST_F(Query, NoLiteralValueChangesTheShapeOfTheQuery) {
   const std::vector<std::string> values = {"B]",         "[B",    "]",  "[",
-                                           "a\"b",       "it's",  "''", "x\" AND AVEC 0 = \"A1",
-                                           "' OR = 'A1", "PAR 1", "",   "A1\" OR = \"A2",
+                                           R"(a"b)",     "it's",  "''", R"(x" AND AVEC 0 = "A1)",
+                                           "' OR = 'A1", "PAR 1", "",   R"(A1" OR = "A2)",
                                            "[A]"};
   for (const auto& v : values) account_.put("TACHE", "k" + v, {{v}});
   for (const auto& v : values) {
@@ -217,28 +218,28 @@ TEST_F(Query, NoLiteralValueChangesTheShapeOfTheQuery) {
     const std::string literal = toUtf8(store::literalValue(fromUtf8(v)));
     EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + literal + " PAR 1"), Keys{});
     const std::string key = toUtf8(store::literalValue(fromUtf8("k" + v)));
-    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + key + " AND AVEC 1 = " + literal),
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + key + (" AND AVEC 1 = " + literal)),
               Keys{"k" + v});
-    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 1 = " + literal + " AND AVEC 0 = \"k]\""),
+    EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 1 = " + literal + R"( AND AVEC 0 = "k]")"),
               Keys{"k" + v});
   }
 }
 
 TEST_F(Query, ColumnsGiveOneValuePerColumnSubvaluesForSeveralAndEmptyPastTheEnd) {
-  EXPECT_EQ(rows(db_, "SSELECT TACHE AVEC 0 = \"B]\"", "0 2 5 9"),
+  EXPECT_EQ(rows(db_, R"(SSELECT TACHE AVEC 0 = "B]")", "0 2 5 9"),
             (Rows{{"B1", "G2", "45", ""}, {"B2", "G2\xEF\xA3\xBCG3", "5", ""}}));
-  EXPECT_EQ(rows(db_, "SSELECT TACHE AVEC 0 = \"A]\"", "1 0"), (Rows{{"9", "A1"}, {"10", "A2"}}));
+  EXPECT_EQ(rows(db_, R"(SSELECT TACHE AVEC 0 = "A]")", "1 0"), (Rows{{"9", "A1"}, {"10", "A2"}}));
   long count = 0;
-  const auto result = db_->RunQuery(request("SSELECT TACHE AVEC 0 = \"A]\"", "0 1"), u"", count);
+  const auto result = db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "A]")", "0 1"), u"", count);
   EXPECT_EQ(result->r(3, 1), u"");
   EXPECT_EQ(result->r(0, 1), u"");
-  EXPECT_EQ(db_->RunQuery(request("SSELECT TACHE AVEC 0 = \"Z]\""), u"", count)->r(), u"");
+  EXPECT_EQ(db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "Z]")"), u"", count)->r(), u"");
   EXPECT_EQ(count, 0);
-  EXPECT_EQ(db_->RunQuery(request("SSELECT TACHE AVEC 0 = \"C\"", ""), u"", count)->r(), u"C");
+  EXPECT_EQ(db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "C")", ""), u"", count)->r(), u"C");
 }
 
 TEST_F(Query, AnOpenConnectionSeesWhatTheWriterChanges) {
-  EXPECT_EQ(failureOf(db_, request("SSELECT TACHE AVEC Neuf = \"G1\"")).number,
+  EXPECT_EQ(failureOf(db_, request(R"(SSELECT TACHE AVEC Neuf = "G1")")).number,
             errors::kUnknownName);
   EXPECT_EQ(failureOf(db_, request("SSELECT NOUVEAU")).number, errors::kUnknownFile);
   Batch batch;
@@ -247,64 +248,65 @@ TEST_F(Query, AnOpenConnectionSeesWhatTheWriterChanges) {
   batch.deleteRecord(u"TACHE", u"A1");
   batch.defineItem(DictionaryItem{u"TACHE", u"Groupe", 4, 0, 0});  // a new meaning
   account_.apply(batch);
-  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Neuf = \"G1\""), Keys{"A2"});
+  EXPECT_EQ(keys(db_, R"(SSELECT TACHE AVEC Neuf = "G1")"), Keys{"A2"});
   EXPECT_EQ(keys(db_, "SSELECT NOUVEAU"), Keys{"k"});
-  EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC Groupe = \"N\""), (Keys{"B1", "B2", "Ménage"}));
+  EXPECT_EQ(keys(db_, R"(SSELECT TACHE AVEC Groupe = "N")"), (Keys{"B1", "B2", "Ménage"}));
 }
 
 // A bad request fails clearly, naming what and where; never a partial answer.
 TEST_F(Query, BadRequestsNameThePositionAndWhatWasExpected) {
   const std::string position = "requête : à la position ";
-  const struct {
+  struct Case {
     Text request;
     long number;
     std::string message;  // the start of it
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {request(""), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
       {request("FIND TACHE"), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
       {request("sselect TACHE"), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
       {request("SSELECT"), errors::kBadQuery,
        position + "8 : nom de fichier attendu après « SSELECT », trouvé la fin de la requête"},
       {request("SSELECT AVEC"), errors::kBadQuery, position + "9 : nom de fichier attendu"},
-      {request("SSELECT TACHE AVEC 1 \"x\""), errors::kBadQuery,
-       position + "22 : opérateur attendu (=, <=, >=, <>) après « AVEC 1 », trouvé « \"x\" »"},
-      {request("SSELECT TACHE AVEC 1 == \"x\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC 1 "x")"), errors::kBadQuery,
+       position + R"(22 : opérateur attendu (=, <=, >=, <>) après « AVEC 1 », trouvé « "x" »)"},
+      {request(R"(SSELECT TACHE AVEC 1 == "x")"), errors::kBadQuery,
        position + "22 : opérateur attendu"},
       {request("SSELECT TACHE AVEC 1 = x"), errors::kBadQuery,
        position + "24 : valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
-      {request("SSELECT TACHE AVEC 1 = \"x"), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC 1 = "x)"), errors::kBadQuery,
        position + "24 : la valeur n'a pas de guillemet fermant"},
       {request("SSELECT TACHE AVEC 0 = 'x"), errors::kBadQuery,
        position + "24 : la valeur n'a pas d'apostrophe fermante"},
-      {request("SSELECT TACHE AVEC = \"x\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC = "x")"), errors::kBadQuery,
        position + "20 : numéro d'attribut, @ID ou nom du dictionnaire attendu"},
-      {request("SSELECT TACHE AVEC SSELECT = \"x\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC SSELECT = "x")"), errors::kBadQuery,
        position + "20 : numéro d'attribut, @ID ou nom du dictionnaire attendu"},
       {request("SSELECT TACHE PAR SELECT"), errors::kBadQuery, position + "19 : numéro d'attribut"},
-      {request("SSELECT TACHE AVEC 1 = \"x\" AVEC 2 = \"y\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC 1 = "x" AVEC 2 = "y")"), errors::kBadQuery,
        position + "28 : AND attendu avant AVEC"},
-      {request("SSELECT TACHE AVEC 1 = \"x\" AND 2 = \"y\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC 1 = "x" AND 2 = "y")"), errors::kBadQuery,
        position + "32 : AVEC attendu"},
-      {request("SSELECT TACHE AVEC 1 = \"x\" OR \"y\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AVEC 1 = "x" OR "y")"), errors::kBadQuery,
        position + "31 : opérateur attendu"},
       {request("SSELECT TACHE PAR"), errors::kBadQuery, position + "18 : numéro d'attribut"},
-      {request("SSELECT TACHE PAR 1 AVEC 2 = \"x\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE PAR 1 AVEC 2 = "x")"), errors::kBadQuery,
        position + "21 : les conditions doivent précéder les tris"},
-      {request("SSELECT TACHE AND AVEC 1 = \"x\""), errors::kBadQuery,
+      {request(R"(SSELECT TACHE AND AVEC 1 = "x")"), errors::kBadQuery,
        position + "15 : AVEC, PAR, PAR-DECR"},
       {request("SSELECT TACHE PAR 1 extra"), errors::kBadQuery,
        position + "21 : AVEC, PAR, PAR-DECR ou la fin de la requête attendu après « PAR 1 »"},
-      {request("SSELECT TACHE AVEC 123456789012 = \"x\""), errors::kBadQuery, position + "20"},
+      {request(R"(SSELECT TACHE AVEC 123456789012 = "x")"), errors::kBadQuery, position + "20"},
       {request("SSELECT TACHE", "0 x 2"), errors::kBadQuery,
        "requête : colonnes : « x » à la position 3 n'est pas un numéro d'attribut"},
       {fromUtf8("SSELECT TACHE\xEF\xA3\xBEGROUPETACHE\xEF\xA3\xBE"
                 "0"),
        errors::kBadQuery, "requête"},
       {request("SSELECT NOSUCH PAR 1"), errors::kUnknownFile, ""},
-      {request("SSELECT TACHE AVEC Inconnu = \"x\""), errors::kUnknownName,
+      {request(R"(SSELECT TACHE AVEC Inconnu = "x")"), errors::kUnknownName,
        position + "20 : nom de dictionnaire inconnu « Inconnu » dans le fichier TACHE"},
       {request("SSELECT TACHE PAR CodeAideSemType"), errors::kUnknownName, position + "19"},
-      {request("SSELECT GROUPETACHE AVEC Groupe = \"x\""), errors::kUnknownName, position + "26"},
+      {request(R"(SSELECT GROUPETACHE AVEC Groupe = "x")"), errors::kUnknownName, position + "26"},
   };
   for (const auto& c : cases) {
     const Caught caught = failureOf(db_, c.request);
@@ -342,10 +344,10 @@ class SampleAccount : public ::testing::Test {
                                const std::string& to, bool care) {
     const std::string s = fixed ? "SemType" : "Flot";
     std::string q = std::string("SSELECT TPSSEMAINETYPE") + (fixed ? "" : "FLOT") +
-                    " AVEC CodeAide" + s + " = \"" + client + "\"";
-    if (!to.empty()) q += " AND AVEC DateDeb" + s + " <= \"" + to + "\"";
-    q += " AND AVEC 1 >= \"" + from + "\" OR = \"\" AND AVEC 4 <> \"\"";
-    return q + " AND AVEC TypeAct" + s + (care ? " = " : " <> ") + "\"S\"";
+                    " AVEC CodeAide" + s + R"( = ")" + client + R"(")";
+    if (!to.empty()) q += " AND AVEC DateDeb" + s + R"( <= ")" + to + R"(")";
+    q += R"( AND AVEC 1 >= ")" + from + R"(" OR = "" AND AVEC 4 <> "")";
+    return q + " AND AVEC TypeAct" + s + (care ? " = " : " <> ") + R"("S")";
   }
 
   static std::unique_ptr<TempAccount> account_;
@@ -357,17 +359,18 @@ std::unique_ptr<TempAccount> SampleAccount::account_;
 TEST_F(SampleAccount, TheControlsQueriesFindWhatThePlannerExpects) {
   // 23/11/2026, 31/12/2026 and 01/09/2026 as internal dates.
   const std::string monday = "21512", yearEnd = "21550", september = "21429";
-  const struct {
+  struct Case {
     std::string query;
     Keys expected;
-  } cases[] = {
-      {"SSELECT AIDEDETAILTACHE AVEC @ID = \"00001]\" PAR-DECR @ID",
+  };
+  const std::vector<Case> cases{
+      {R"(SSELECT AIDEDETAILTACHE AVEC @ID = "00001]" PAR-DECR @ID)",
        {"0000121519", "0000121491", "0000121064", "0000120700"}},
-      {"SSELECT AIDEDETAILTACHE AVEC @ID = \"00009]\" PAR-DECR @ID", {}},
-      {"SELECT AIDEDETAILTACHE AVEC 0 = \"00001]\" AND AVEC 0 <= \"[21512\" PAR-DECR 0",
+      {R"(SSELECT AIDEDETAILTACHE AVEC @ID = "00009]" PAR-DECR @ID)", {}},
+      {R"(SELECT AIDEDETAILTACHE AVEC 0 = "00001]" AND AVEC 0 <= "[21512" PAR-DECR 0)",
        {"0000121491", "0000121064", "0000120700"}},
-      {"SELECT AIDEDETAILTACHE AVEC 0 = \"00001]\" AND AVEC 0 <= \"[20699\" PAR-DECR 0", {}},
-      {"SELECT AIDEDETAILTACHE AVEC 0 = \"00012]\" AND AVEC 0 <= \"[21186\" PAR-DECR 0",
+      {R"(SELECT AIDEDETAILTACHE AVEC 0 = "00001]" AND AVEC 0 <= "[20699" PAR-DECR 0)", {}},
+      {R"(SELECT AIDEDETAILTACHE AVEC 0 = "00012]" AND AVEC 0 <= "[21186" PAR-DECR 0)",
        {"0001221186"}},
       {templates(true, "00001", monday, yearEnd, false),
        {"00001211860085001", "00001211862140001", "00001211864085001"}},
@@ -397,13 +400,13 @@ TEST_F(SampleAccount, QueriesOnKeysDecodeOnlyTheRecordsTheyMust) {
   auto& sqlite = dynamic_cast<SqliteDatabase&>(db_.get());
   sqlite.resetStatistics();
   EXPECT_EQ(
-      keys(db_, "SELECT AIDEDETAILTACHE AVEC 0 = \"00001]\" AND AVEC 0 <= \"[21512\" PAR-DECR 0")
+      keys(db_, R"(SELECT AIDEDETAILTACHE AVEC 0 = "00001]" AND AVEC 0 <= "[21512" PAR-DECR 0)")
           .size(),
       3u);
   EXPECT_EQ(sqlite.statistics().scannedKeys, 4u);
   EXPECT_EQ(sqlite.statistics().decodedRecords, 0u);
   sqlite.resetStatistics();
-  EXPECT_EQ(keys(db_, "SSELECT AIDEDETAILTACHE AVEC 0 = \"0000121519\""), Keys{"0000121519"});
+  EXPECT_EQ(keys(db_, R"(SSELECT AIDEDETAILTACHE AVEC 0 = "0000121519")"), Keys{"0000121519"});
   EXPECT_EQ(sqlite.statistics().scannedKeys, 1u);
   sqlite.resetStatistics();
   // Client 00004 has three fixed templates; the one starting next year is refused on its key.

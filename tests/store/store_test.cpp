@@ -2,6 +2,7 @@
 // all or nothing, a read-only connection that opens clearly or fails clearly, dates.
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <vector>
 
 #include <filesystem>
 #include <fstream>
@@ -191,11 +192,12 @@ TEST(Store, OpenFailsClearlyOnWhatIsNotAReadableStore) {
   sqlite3* writer = nullptr;
   ASSERT_EQ(sqlite3_open(account.path().c_str(), &writer), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(writer, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-  const struct {
+  struct Case {
     std::string path;
     long number;
     const char* words;
-  } cases[] = {
+  };
+  const std::vector<Case> cases{
       {account.path(), errors::kBusy, "verrouillée par un autre programme"},
       {dir + "/notes.txt", errors::kDatabase, "n'est pas une base de données"},
       {dir + "/damaged.db", errors::kDatabase, "est endommagée"},
@@ -283,13 +285,14 @@ TEST(Store, AHeldSnapshotKeepsOneReadLockAndReadsEachRecordOnce) {
 
 TEST(Dates, KnownDaysBothWaysAndEveryDayOfTwoCenturies) {
   const NorvikDates dates;
-  const struct {
+  struct Case {
     const char* internal;
     const char16_t* text;
-  } cases[] = {{"0", u"31/12/1967"},     {"1", u"01/01/1968"},
-               {"60", u"29/02/1968"},    {"366", u"31/12/1968"},
-               {"11748", u"29/02/2000"}, {"21512", u"23/11/2026"},
-               {"-1", u"30/12/1967"},    {"", u""}};
+  };
+  const std::vector<Case> cases{{"0", u"31/12/1967"},     {"1", u"01/01/1968"},
+                                {"60", u"29/02/1968"},    {"366", u"31/12/1968"},
+                                {"11748", u"29/02/2000"}, {"21512", u"23/11/2026"},
+                                {"-1", u"30/12/1967"},    {"", u""}};
   for (const auto& c : cases) {
     EXPECT_EQ(dates.DateVersTexte(fromUtf8(c.internal)), c.text) << c.internal;
     EXPECT_EQ(dates.TexteVersDate(c.text), fromUtf8(c.internal)) << c.internal;
