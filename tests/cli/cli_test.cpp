@@ -186,7 +186,9 @@ TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
        "{\"file\":\"TACHE\",\"key\":\"Été\",\"record\":[[\"a\",\"b\"]]}\n");
   ASSERT_EQ(run({"import", good.string(), "--db", db()}).status, 0);
   EXPECT_EQ(run({"get", "--db", db(), "TACHE", "Été"}).out, "a | b\n");
-  const std::string before = run({"export", "--db", db()}).out;
+  const Outcome exported = run({"export", "--db", db()});
+  ASSERT_EQ(exported.status, 0) << exported.err;
+  const std::string before = exported.out;
   const fs::path bad = dir() / "bad.jsonl";
   spit(bad,
        "{\"file\":\"TACHE\",\"key\":\"New\",\"record\":[\"1\"]}\n"
