@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <functional>
 #include <vector>
 
 #include <velmora/qt/qt_services.h>
@@ -16,39 +17,42 @@ namespace {
 using qt::QtServices;
 
 TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
-  enum class Close { Yes, No, Ok, Escape, Enter, Reject };
+  using Close = std::function<void(QMessageBox&)>;
+  const Close yes = [](QMessageBox& b) { click(b.button(QMessageBox::Yes)); };
+  const Close no = [](QMessageBox& b) { click(b.button(QMessageBox::No)); };
+  const Close ok = [](QMessageBox& b) { click(b.button(QMessageBox::Ok)); };
+  const Close escape = [](QMessageBox& b) { QTest::keyClick(&b, Qt::Key_Escape); };
+  const Close enter = [](QMessageBox& b) { QTest::keyClick(&b, Qt::Key_Return); };
+  const Close reject = [](QMessageBox& b) { b.reject(); };
   struct Case {
     int style;
     Close close;
     int code;
-    QMessageBox::Icon icon;
-    QStringList captions;
+    QStringList captions;  // sorted, the default last; none when not looked at
   };
+  const int yesNo = toolkit::kStyleYesNoQuestion;
   const std::vector<Case> cases{
-      {toolkit::kStyleYesNoQuestion,
-       Close::Yes,
-       toolkit::kMsgBoxYes,
-       QMessageBox::Question,
-       {QStringLiteral("&Non"), QStringLiteral("&Oui")}},
-      {toolkit::kStyleYesNoQuestion, Close::No, toolkit::kMsgBoxNo, QMessageBox::Question, {}},
-      {toolkit::kStyleYesNoQuestion, Close::Enter, toolkit::kMsgBoxYes, QMessageBox::Question, {}},
+      {yesNo, yes, toolkit::kMsgBoxYes, {QStringLiteral("&Non"), QStringLiteral("&Oui")}},
+      {yesNo, no, toolkit::kMsgBoxNo, {}},
+      {yesNo, enter, toolkit::kMsgBoxYes, {}},
       // Escape, or a box closed without a button, answers No, never Yes.
-      {toolkit::kStyleYesNoQuestion, Close::Escape, toolkit::kMsgBoxNo, QMessageBox::Question, {}},
-      {toolkit::kStyleYesNoQuestion, Close::Reject, toolkit::kMsgBoxNo, QMessageBox::Question, {}},
+      {yesNo, escape, toolkit::kMsgBoxNo, {}},
+      {yesNo, reject, toolkit::kMsgBoxNo, {}},
       // A box of one button answers with it, however it is closed.
-      {64, Close::Ok, 1, QMessageBox::Information, {QStringLiteral("OK")}},
-      {64, Close::Escape, 1, QMessageBox::Information, {}},
-      {64, Close::Reject, 1, QMessageBox::Information, {}},
+      {64, ok, 1, {QStringLiteral("OK")}},
+      {64, escape, 1, {}},
+      {64, reject, 1, {}},
   };
   QtServices services;
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::to_string(c.style) + " closed by " + std::to_string(int(c.close)));
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    SCOPED_TRACE(i);
     whenModal([&c](QWidget& modal) {
       auto* box = qobject_cast<QMessageBox*>(&modal);
       ASSERT_NE(box, nullptr);
       EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
       EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
-      EXPECT_EQ(box->icon(), c.icon);
+      EXPECT_EQ(box->icon(), c.style == 64 ? QMessageBox::Information : QMessageBox::Question);
       if (!c.captions.isEmpty()) {
         QStringList captions;
         for (QAbstractButton* b : box->buttons()) captions << b->text();
@@ -57,26 +61,7 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
         ASSERT_NE(box->defaultButton(), nullptr);
         EXPECT_EQ(box->defaultButton()->text(), c.captions.back());
       }
-      switch (c.close) {
-        case Close::Yes:
-          click(box->button(QMessageBox::Yes));
-          break;
-        case Close::No:
-          click(box->button(QMessageBox::No));
-          break;
-        case Close::Ok:
-          click(box->button(QMessageBox::Ok));
-          break;
-        case Close::Escape:
-          QTest::keyClick(box, Qt::Key_Escape);
-          break;
-        case Close::Enter:
-          QTest::keyClick(box, Qt::Key_Return);
-          break;
-        case Close::Reject:
-          box->reject();
-          break;
-      }
+      c.close(*box);
     });
     EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", c.style, u"Message TALVERANE"), c.code);
   }

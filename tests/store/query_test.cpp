@@ -70,31 +70,14 @@ Caught failureOf(const DatabaseRef& db, const Text& requestText) {
 TEST(QueryOrder, EmptyThenNumbersByValueThenTextByCodeUnitAndTiesByText) {
   using store::compareOrdered;
   using store::OrderedText;
-  const std::vector<std::string> ascending = {"",
-                                              "-12.5",
-                                              "-2",
-                                              "-1.99999999999999999999",
-                                              "-0",
-                                              "0",
-                                              "0.1000000000000000000001",
-                                              "0.1000000000000000000002",
-                                              "2",
-                                              "9",
-                                              "9.5",
-                                              "010",
-                                              "10",
-                                              "10.0",
-                                              "21512",
-                                              "1234567890123456789012345",
-                                              "1234567890123456789012346",
-                                              "+",
-                                              "10a",
-                                              "A",
-                                              "Z",
-                                              "a",
-                                              "z",
-                                              "\xC3\x89t\xC3\xA9",
-                                              "\xEF\xA3\xBD"};
+  // In ascending order, parted by "|"; the first is empty.
+  const std::string list =
+      "|-12.5|-2|-1.99999999999999999999|-0|0|0.1000000000000000000001|0.1000000000000000000002"
+      "|2|9|9.5|010|10|10.0|21512|1234567890123456789012345|1234567890123456789012346|+|10a"
+      "|A|Z|a|z|\xC3\x89t\xC3\xA9|\xEF\xA3\xBD";
+  std::vector<std::string> ascending(1);
+  for (const char ch : list)
+    ch == '|' ? void(ascending.emplace_back()) : ascending.back().push_back(ch);
   for (std::size_t i = 0; i < ascending.size(); ++i) {
     for (std::size_t j = 0; j < ascending.size(); ++j) {
       SCOPED_TRACE(ascending[i] + " vs " + ascending[j]);
@@ -255,69 +238,64 @@ TEST_F(Query, AnOpenConnectionSeesWhatTheWriterChanges) {
 
 // A bad request fails clearly, naming what and where; never a partial answer.
 TEST_F(Query, BadRequestsNameThePositionAndWhatWasExpected) {
-  const std::string position = "requête : à la position ";
   struct Case {
-    Text request;
-    long number;
-    std::string message;  // the start of it
+    std::string query;
+    std::string message;  // the start of it, after "requête : à la position "
+    long number = errors::kBadQuery;
   };
+  const std::string selectExpected = "1 : SSELECT ou SELECT attendu";
+  const std::string fieldExpected = "20 : numéro d'attribut, @ID ou nom du dictionnaire attendu";
   const std::vector<Case> cases{
-      {request(""), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
-      {request("FIND TACHE"), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
-      {request("sselect TACHE"), errors::kBadQuery, position + "1 : SSELECT ou SELECT attendu"},
-      {request("SSELECT"), errors::kBadQuery,
-       position + "8 : nom de fichier attendu après « SSELECT », trouvé la fin de la requête"},
-      {request("SSELECT AVEC"), errors::kBadQuery, position + "9 : nom de fichier attendu"},
-      {request(R"(SSELECT TACHE AVEC 1 "x")"), errors::kBadQuery,
-       position + R"(22 : opérateur attendu (=, <=, >=, <>) après « AVEC 1 », trouvé « "x" »)"},
-      {request(R"(SSELECT TACHE AVEC 1 == "x")"), errors::kBadQuery,
-       position + "22 : opérateur attendu"},
-      {request("SSELECT TACHE AVEC 1 = x"), errors::kBadQuery,
-       position + "24 : valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
-      {request(R"(SSELECT TACHE AVEC 1 = "x)"), errors::kBadQuery,
-       position + "24 : la valeur n'a pas de guillemet fermant"},
-      {request("SSELECT TACHE AVEC 0 = 'x"), errors::kBadQuery,
-       position + "24 : la valeur n'a pas d'apostrophe fermante"},
-      {request(R"(SSELECT TACHE AVEC = "x")"), errors::kBadQuery,
-       position + "20 : numéro d'attribut, @ID ou nom du dictionnaire attendu"},
-      {request(R"(SSELECT TACHE AVEC SSELECT = "x")"), errors::kBadQuery,
-       position + "20 : numéro d'attribut, @ID ou nom du dictionnaire attendu"},
-      {request("SSELECT TACHE PAR SELECT"), errors::kBadQuery, position + "19 : numéro d'attribut"},
-      {request(R"(SSELECT TACHE AVEC 1 = "x" AVEC 2 = "y")"), errors::kBadQuery,
-       position + "28 : AND attendu avant AVEC"},
-      {request(R"(SSELECT TACHE AVEC 1 = "x" AND 2 = "y")"), errors::kBadQuery,
-       position + "32 : AVEC attendu"},
-      {request(R"(SSELECT TACHE AVEC 1 = "x" OR "y")"), errors::kBadQuery,
-       position + "31 : opérateur attendu"},
-      {request("SSELECT TACHE PAR"), errors::kBadQuery, position + "18 : numéro d'attribut"},
-      {request(R"(SSELECT TACHE PAR 1 AVEC 2 = "x")"), errors::kBadQuery,
-       position + "21 : les conditions doivent précéder les tris"},
-      {request(R"(SSELECT TACHE AND AVEC 1 = "x")"), errors::kBadQuery,
-       position + "15 : AVEC, PAR, PAR-DECR"},
-      {request("SSELECT TACHE PAR 1 extra"), errors::kBadQuery,
-       position + "21 : AVEC, PAR, PAR-DECR ou la fin de la requête attendu après « PAR 1 »"},
-      {request(R"(SSELECT TACHE AVEC 123456789012 = "x")"), errors::kBadQuery, position + "20"},
-      {request("SSELECT TACHE", "0 x 2"), errors::kBadQuery,
-       "requête : colonnes : « x » à la position 3 n'est pas un numéro d'attribut"},
-      {fromUtf8("SSELECT TACHE\xEF\xA3\xBEGROUPETACHE\xEF\xA3\xBE"
-                "0"),
-       errors::kBadQuery, "requête"},
-      {request("SSELECT NOSUCH PAR 1"), errors::kUnknownFile, ""},
-      {request(R"(SSELECT TACHE AVEC Inconnu = "x")"), errors::kUnknownName,
-       position + "20 : nom de dictionnaire inconnu « Inconnu » dans le fichier TACHE"},
-      {request("SSELECT TACHE PAR CodeAideSemType"), errors::kUnknownName, position + "19"},
-      {request(R"(SSELECT GROUPETACHE AVEC Groupe = "x")"), errors::kUnknownName, position + "26"},
+      {"", selectExpected},
+      {"FIND TACHE", selectExpected},
+      {"sselect TACHE", selectExpected},
+      {"SSELECT", "8 : nom de fichier attendu après « SSELECT », trouvé la fin de la requête"},
+      {"SSELECT AVEC", "9 : nom de fichier attendu"},
+      {R"(SSELECT TACHE AVEC 1 "x")",
+       R"(22 : opérateur attendu (=, <=, >=, <>) après « AVEC 1 », trouvé « "x" »)"},
+      {R"(SSELECT TACHE AVEC 1 == "x")", "22 : opérateur attendu"},
+      {"SSELECT TACHE AVEC 1 = x",
+       "24 : valeur entre guillemets ou apostrophes attendue après « AVEC 1 = »"},
+      {R"(SSELECT TACHE AVEC 1 = "x)", "24 : la valeur n'a pas de guillemet fermant"},
+      {"SSELECT TACHE AVEC 0 = 'x", "24 : la valeur n'a pas d'apostrophe fermante"},
+      {R"(SSELECT TACHE AVEC = "x")", fieldExpected},
+      {R"(SSELECT TACHE AVEC SSELECT = "x")", fieldExpected},
+      {"SSELECT TACHE PAR SELECT", "19 : numéro d'attribut"},
+      {R"(SSELECT TACHE AVEC 1 = "x" AVEC 2 = "y")", "28 : AND attendu avant AVEC"},
+      {R"(SSELECT TACHE AVEC 1 = "x" AND 2 = "y")", "32 : AVEC attendu"},
+      {R"(SSELECT TACHE AVEC 1 = "x" OR "y")", "31 : opérateur attendu"},
+      {"SSELECT TACHE PAR", "18 : numéro d'attribut"},
+      {R"(SSELECT TACHE PAR 1 AVEC 2 = "x")", "21 : les conditions doivent précéder les tris"},
+      {R"(SSELECT TACHE AND AVEC 1 = "x")", "15 : AVEC, PAR, PAR-DECR"},
+      {"SSELECT TACHE PAR 1 extra",
+       "21 : AVEC, PAR, PAR-DECR ou la fin de la requête attendu après « PAR 1 »"},
+      {R"(SSELECT TACHE AVEC 123456789012 = "x")", "20"},
+      {R"(SSELECT TACHE AVEC Inconnu = "x")",
+       "20 : nom de dictionnaire inconnu « Inconnu » dans le fichier TACHE", errors::kUnknownName},
+      {"SSELECT TACHE PAR CodeAideSemType", "19", errors::kUnknownName},
+      {R"(SSELECT GROUPETACHE AVEC Groupe = "x")", "26", errors::kUnknownName},
   };
   for (const auto& c : cases) {
-    const Caught caught = failureOf(db_, c.request);
-    SCOPED_TRACE(toUtf8(c.request) + " -> " + caught.message);
+    const Caught caught = failureOf(db_, request(c.query));
+    SCOPED_TRACE(c.query + " -> " + caught.message);
     EXPECT_EQ(caught.number, c.number);
-    EXPECT_EQ(caught.message.rfind(c.message, 0), 0u);
+    EXPECT_EQ(caught.message.rfind("requête : à la position " + c.message, 0), 0u);
   }
-  EXPECT_NE(failureOf(db_, request("SSELECT NOSUCH")).message.find("NOSUCH"), std::string::npos);
-  const std::string mismatch =
-      failureOf(db_, fromUtf8("SSELECT TACHE\xEF\xA3\xBEGROUPETACHE")).message;
-  EXPECT_NE(mismatch.find("GROUPETACHE"), std::string::npos) << mismatch;
+  const Caught columns = failureOf(db_, request("SSELECT TACHE", "0 x 2"));
+  EXPECT_EQ(columns.message.rfind("requête : colonnes : « x » à la position 3 n'est pas", 0), 0u)
+      << columns.message;
+  const Caught unknown = failureOf(db_, request("SSELECT NOSUCH PAR 1"));
+  EXPECT_EQ(unknown.number, errors::kUnknownFile);
+  EXPECT_NE(unknown.message.find("NOSUCH"), std::string::npos);
+  // The file named in the request is not the query's.
+  for (const char* tail : {"\xEF\xA3\xBE"
+                           "0",
+                           ""}) {
+    const Caught mismatch =
+        failureOf(db_, fromUtf8(std::string("SSELECT TACHE\xEF\xA3\xBEGROUPETACHE") + tail));
+    EXPECT_EQ(mismatch.number, errors::kBadQuery);
+    EXPECT_NE(mismatch.message.find("GROUPETACHE"), std::string::npos) << mismatch.message;
+  }
 }
 
 // The queries the control sends, on the sample account: what a planner expects.
