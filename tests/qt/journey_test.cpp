@@ -1,9 +1,12 @@
 // One planner's journey on the Qt widgets, the question box and the observations dialog,
 // each step made with the mouse or the keyboard: it leaves the lists, totals and record
 // written out by hand, step by step, and the widgets show what the toolkit objects hold.
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 
 #include "control/module_slots.h"
 #include "qt/control_views.h"
@@ -75,6 +78,50 @@ void expectWidgetsFollow(const VelmoraWidget& w, const Ctr_VelmoraNew& c, int st
   }
 }
 
+// The observations dialog as designed, on the row of Repassage.
+void expectObservationsDialogAsDesigned(QWidget& dialog) {
+  EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Observations sur la tâche"));
+  EXPECT_EQ(dialog.size(), QSize(401, 281));
+  EXPECT_EQ(dialog.minimumSize(), dialog.maximumSize());
+  EXPECT_FALSE(dialog.windowFlags() & Qt::WindowMaximizeButtonHint);
+  EXPECT_TRUE(dialog.windowFlags() & Qt::WindowCloseButtonHint);
+  EXPECT_TRUE(dialog.isModal());
+  const QPoint offCentre =
+      dialog.frameGeometry().center() - dialog.screen()->availableGeometry().center();
+  EXPECT_LE(offCentre.manhattanLength(), 4) << offCentre.x() << "," << offCentre.y();
+  struct Child {
+    const char* name;
+    QRect rect;  // none for the labels, which size themselves to their caption
+    const char* caption;
+  };
+  for (const Child& child :
+       std::vector<Child>{{"Cmd_OkObs", {288, 248, 49, 25}, "Ok"},
+                          {"Cmd_AnnulerObs", {344, 248, 49, 25}, "Annuler"},
+                          {"Txt_Obs", {8, 112, 385, 129}, ""},
+                          {"Txt_Groupe", {72, 40, 321, 19}, "Linge                    "},
+                          {"Txt_Tache", {72, 64, 321, 19}, "Repassage                "},
+                          {"Txt_Type", {72, 16, 321, 19}, "Ménage                   "},
+                          {"Label4", {}, "Observations"},
+                          {"Label3", {}, "Groupe"},
+                          {"Label2", {}, "Tâche"},
+                          {"Label1", {}, "Type"}}) {
+    auto* view = dialog.findChild<QWidget*>(QString::fromLatin1(child.name));
+    ASSERT_NE(view, nullptr) << child.name;
+    EXPECT_EQ(view->geometry(),
+              child.rect.isNull() ? QRect(view->pos(), view->sizeHint()) : child.rect)
+        << child.name;
+    QString caption;
+    if (auto* label = qobject_cast<QLabel*>(view)) caption = label->text();
+    if (auto* button = qobject_cast<QPushButton*>(view)) caption = button->text();
+    if (auto* line = qobject_cast<QLineEdit*>(view)) {
+      caption = line->text();
+      EXPECT_TRUE(line->isReadOnly()) << child.name;
+    }
+    if (auto* text = qobject_cast<QPlainTextEdit*>(view)) EXPECT_FALSE(text->isReadOnly());
+    EXPECT_EQ(caption, QString::fromUtf8(child.caption)) << child.name;
+  }
+}
+
 class WidgetJourney : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -143,20 +190,36 @@ class WidgetJourney : public ::testing::Test {
 
     key(&selected, Qt::Key_Down);
     key(&selected, Qt::Key_Down);
+    // Two lines typed; the close box and Escape are refused; Tab, then the space bar on OK.
     whenModal([&](QWidget& dialog) {
       ++j.dialogs;
-      EXPECT_EQ(dialog.findChild<QLineEdit*>(QStringLiteral("Txt_Tache"))->text().trimmed(),
-                QStringLiteral("Repassage"));
+      expectObservationsDialogAsDesigned(dialog);
       QWidget* obs = dialog.focusWidget();
       ASSERT_NE(obs, nullptr);
       EXPECT_EQ(obs->objectName(), QStringLiteral("Txt_Obs"));
-      QTest::keyClicks(obs, QStringLiteral("Linge fragile"));
+      QTest::keyClicks(obs, QStringLiteral("Linge"));
+      QTest::keyClick(obs, Qt::Key_Return);
+      QTest::keyClicks(obs, QStringLiteral("fragile"));
+      EXPECT_FALSE(dialog.close());
+      QTest::keyClick(&dialog, Qt::Key_Escape);
+      EXPECT_EQ(QApplication::activeModalWidget(), &dialog);
       QTest::keyClick(obs, Qt::Key_Tab);
       QWidget* ok = dialog.focusWidget();
       EXPECT_EQ(ok->objectName(), QStringLiteral("Cmd_OkObs"));
       QTest::keyClick(ok, Qt::Key_Space);
     });
     key(w.view(c.Cmd_Obs), Qt::Key_Space);
+    record();
+    // Opened again, it shows both lines; emptied, then Annuler: nothing changes.
+    whenModal([&](QWidget& dialog) {
+      ++j.dialogs;
+      auto* obs = dialog.findChild<QPlainTextEdit*>(QStringLiteral("Txt_Obs"));
+      EXPECT_EQ(obs->toPlainText(), QStringLiteral("Linge\nfragile"));
+      obs->selectAll();
+      QTest::keyClick(obs, Qt::Key_Delete);
+      click(dialog.findChild<QPushButton*>(QStringLiteral("Cmd_AnnulerObs")));
+    });
+    click(w.view(c.Cmd_Obs));
     record();
 
     const auto answer = [&](const std::function<void(QMessageBox&)>& how) {
@@ -185,9 +248,9 @@ class WidgetJourney : public ::testing::Test {
 
 TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade) {
   const Journey actual = made();
-  ASSERT_EQ(actual.steps.size(), 11u);
+  ASSERT_EQ(actual.steps.size(), 12u);
   EXPECT_EQ(actual.questions, 2);
-  EXPECT_EQ(actual.dialogs, 1);
+  EXPECT_EQ(actual.dialogs, 2);
 
   // And what the planner did, written out by hand.
   const std::vector<Snapshot>& s = actual.steps;
@@ -224,18 +287,20 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMa
   EXPECT_EQ(s[7].current, -1);
   EXPECT_FALSE(s[7].doubleClic);
   EXPECT_EQ(s[8].rows[1], row("Ménage", "Linge", "Repassage", "45", 'X'));
-  EXPECT_EQ(s[8].obs, (std::vector<std::string>{"", "Linge fragile", ""}));
+  // Lines end as the host platform writes them.
+  EXPECT_EQ(s[8].obs, (std::vector<std::string>{"", "Linge\r\nfragile", ""}));
   EXPECT_EQ(s[8].current, 1);
-  EXPECT_EQ(s[9], s[8]);  // answered No: nothing changes
-  EXPECT_EQ(s[10].rows,
+  EXPECT_EQ(s[9], s[8]);   // Annuler: nothing changes
+  EXPECT_EQ(s[10], s[8]);  // answered No: nothing changes
+  EXPECT_EQ(s[11].rows,
             (std::vector<std::string>{row("Ménage", "Entretien", "Aspirateur", "25", ' '),
                                       row("Repas", "Cuisine", "Déjeuner", "30", ' ')}));
-  EXPECT_EQ(s[10].codes, (std::vector<std::string>{"Aspirateur", "Déjeuner"}));
-  EXPECT_EQ(s[10].obs, (std::vector<std::string>{"", ""}));
-  EXPECT_EQ(s[10].duree, "0h55");
-  EXPECT_EQ(s[10].total, "55");
-  EXPECT_FALSE(s[10].imperative);
-  EXPECT_EQ(s[10].current, -1);
+  EXPECT_EQ(s[11].codes, (std::vector<std::string>{"Aspirateur", "Déjeuner"}));
+  EXPECT_EQ(s[11].obs, (std::vector<std::string>{"", ""}));
+  EXPECT_EQ(s[11].duree, "0h55");
+  EXPECT_EQ(s[11].total, "55");
+  EXPECT_FALSE(s[11].imperative);
+  EXPECT_EQ(s[11].current, -1);
   EXPECT_EQ(actual.record, (std::vector<std::vector<std::string>>{{"Aspirateur", "25", ""},
                                                                   {"Déjeuner", "30", ""}}));
 }
