@@ -1,9 +1,7 @@
 // velmora play, run as a planner's tester runs it: scripts in files, the tool as a
 // process, its output read back whole.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -19,7 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 using cli_test::Outcome;
-using cli_test::slurp;
 
 class Play : public ::testing::Test {
  protected:
@@ -29,13 +26,12 @@ class Play : public ::testing::Test {
     return path;
   }
 
+  // The tool with these words for arguments (the paths of the tests have no blanks).
   Outcome velmora(const std::string& arguments) {
-    const fs::path out = fs::path(account.directory()) / "out.txt";
-    const fs::path err = fs::path(account.directory()) / "err.txt";
-    const std::string command =
-        std::string(VELMORA_CLI) + " " + arguments + " >" + out.string() + " 2>" + err.string();
-    const int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
+    std::vector<std::string> args;
+    std::istringstream words(arguments);
+    for (std::string word; words >> word;) args.push_back(word);
+    return cli_test::runVelmora(args, account.directory());
   }
 
   Outcome play(const std::string& script, const std::string& options = "") {
@@ -174,11 +170,10 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   EXPECT_EQ(back["Lst_Selectionne"], removed["Lst_Selectionne"]);
   EXPECT_EQ(back["R_Obs"], removed["R_Obs"]);
   EXPECT_EQ(back["Txt_Duree"], "1h45");
-}
 
-TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
-  const Outcome run = velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play");
-  ASSERT_EQ(run.status, 0) << run.err;
+  // The same journey in text form marks each show and each error.
+  const Outcome text = velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play");
+  ASSERT_EQ(text.status, 0) << text.err;
   for (const char* expected :
        {"== line 9 ==\n", "== line 15 ==\n", "== line 48 ==\n",
         "line 31: error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes",
@@ -190,7 +185,7 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
         "Txt_Tache \"Aspirateur               \" Txt_Obs \"\"\n",
         R"(question "Message TALVERANE" "Etes-vous sûr de vouloir supprimer cette tâche ?" )"
         "style 36 answer 7\n"}) {
-    EXPECT_NE(run.out.find(expected), std::string::npos) << expected;
+    EXPECT_NE(text.out.find(expected), std::string::npos) << expected;
   }
 }
 

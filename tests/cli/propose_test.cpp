@@ -117,8 +117,6 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
       {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
       {monday, "/Lst_Possible",
        Json{linge + right("10000", 7) + "  ", toilette + right("25", 7) + "  "}},
-      {monday, "/Lst_CodeSelect", Json{"Repassage", "Aide à la toilette"}},
-      {monday, "/R_Obs", Json{"", "Gants"}},
       {monday, "/W_Total", 10025},
       {monday, "/W_AfficheTache", true},
       // Tuesday: the template is proposed, nothing meets the intervention.
