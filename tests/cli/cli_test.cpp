@@ -53,12 +53,10 @@ class Cli : public ::testing::Test {
          "# files\n{\"file\":\"TACHE\"}\n"
          "{\"dictionary\":\"TACHE\",\"name\":\"Groupe\",\"attribute\":2}\n");
     spit(d / "20-records.jsonl",
-         R"({"file":"TACHE","key":"Vitres","record":["1","G-VITRES","","N","45"]})"
-         "\n"
-         R"({"file":"TACHE","key":"Repassage","record":["1","G-LINGE","","N",)"
-         "\"30\"]}\n"
-         R"({"file":"TACHE","key":"Aspirateur","record":["2",["G-SOL","G-MAISON"],)"
-         "\"\",\"O\",\"5\"]}\n");
+         R"({"file":"TACHE","key":"Vitres","record":["1","G-VITRES","","N","45"]}
+{"file":"TACHE","key":"Repassage","record":["1","G-LINGE","","N","30"]}
+{"file":"TACHE","key":"Aspirateur","record":["2",["G-SOL","G-MAISON"],"","O","5"]}
+)");
     spit(d / "notes.txt", "not an exchange file, ignored\n");
     return d.string();
   }

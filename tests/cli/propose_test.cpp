@@ -70,31 +70,25 @@ TEST_F(Propose, PrintsWhatThePlannerSees) {
                       "23/11/2026", "--time", "08:30-10:00"});
   ASSERT_EQ(o.status, 0) << o.err;
   EXPECT_EQ(o.err, "");
-  const std::string expected =
-      "Etq_Pos1 \"Type\"  Etq_Pos2 \"Groupe\"  Etq_Pos3 \"Tâche\"\n"
-      "Etq_Sel1 \"Type\"  Etq_Sel2 \"Groupe\"  Etq_Sel3 \"Tâche\"\n"
-      "Cac_TouteTache \"Afficher toutes les tâches\" value 0\n"
-      "\n"
-      "Lst_Possible (2 rows), Lst_CodePos (2 codes):\n"
-      "  0 |" +
-      linge + right("10000", 7) +
-      "  |  Repassage\n"
-      "  1 |" +
-      toilette + right("25", 7) +
-      "  |  Aide à la toilette\n"
-      "\n"
-      "Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):\n"
-      "  0 |" +
-      linge + " " + right("10000", 6) +
-      "|  Repassage\n"
-      "  1 |" +
-      toilette + "X" + right("25", 6) +
-      "|  Aide à la toilette  obs \"Gants\"\n"
-      "\n"
-      "Txt_Duree \"167h05\"\n"
-      "W_Total 10025\n"
-      "W_AfficheTache True\n"
-      "Etq_Imperativite shown\n";
+  const std::string expected = R"(Etq_Pos1 "Type"  Etq_Pos2 "Groupe"  Etq_Pos3 "Tâche"
+Etq_Sel1 "Type"  Etq_Sel2 "Groupe"  Etq_Sel3 "Tâche"
+Cac_TouteTache "Afficher toutes les tâches" value 0
+
+Lst_Possible (2 rows), Lst_CodePos (2 codes):
+  0 |)" + linge + right("10000", 7) +
+                               "  |  Repassage\n  1 |" + toilette + right("25", 7) +
+                               R"(  |  Aide à la toilette
+
+Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):
+  0 |)" + linge + " " + right("10000", 6) +
+                               "|  Repassage\n  1 |" + toilette + "X" + right("25", 6) +
+                               R"(|  Aide à la toilette  obs "Gants"
+
+Txt_Duree "167h05"
+W_Total 10025
+W_AfficheTache True
+Etq_Imperativite shown
+)";
   EXPECT_EQ(o.out, expected);
 }
 
