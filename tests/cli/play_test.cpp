@@ -1,9 +1,7 @@
 // velmora play, run as a planner's tester runs it: scripts in files, the tool as a
 // process, its output read back whole.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -19,23 +17,21 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 using cli_test::Outcome;
-using cli_test::slurp;
 
 class Play : public ::testing::Test {
  protected:
   fs::path file(const std::string& name, const std::string& text) {
-    const fs::path path = fs::path(account.directory()) / name;
+    fs::path path = fs::path(account.directory()) / name;
     std::ofstream(path, std::ios::binary) << text;
     return path;
   }
 
+  // The tool with these words for arguments (the paths of the tests have no blanks).
   Outcome velmora(const std::string& arguments) {
-    const fs::path out = fs::path(account.directory()) / "out.txt";
-    const fs::path err = fs::path(account.directory()) / "err.txt";
-    const std::string command =
-        std::string(VELMORA_CLI) + " " + arguments + " >" + out.string() + " 2>" + err.string();
-    const int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
+    std::vector<std::string> args;
+    std::istringstream words(arguments);
+    for (std::string word; words >> word;) args.push_back(word);
+    return cli_test::runVelmora(args, account.directory());
   }
 
   Outcome play(const std::string& script, const std::string& options = "") {
@@ -57,18 +53,20 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
     std::string message;
   };
   const std::vector<Case> cases{
-      {"init AUTRE 00001\nshow\npres select\n", "script.play:3: unknown word \"pres\""},
-      {"show\npress selct\n", "script.play:2: unknown button \"selct\""},
-      {"click possible x\n", "script.play:1: \"x\" is not a row number"},
-      {"click possible -1\n", "script.play:1: \"-1\" is not a row number"},
-      {"mark selected 0\n", "script.play:1: unknown list \"selected\""},
+      {"init AUTRE 00001\nshow\npres select\n", R"(script.play:3: unknown word "pres")"},
+      {"show\npress selct\n", R"(script.play:2: unknown button "selct")"},
+      {"click possible x\n", R"(script.play:1: "x" is not a row number)"},
+      {"click possible -1\n", R"(script.play:1: "-1" is not a row number)"},
+      {"mark selected 0\n", R"(script.play:1: unknown list "selected")"},
       {"# fine\n\ninit\n", "script.play:3: missing kind of activity"},
       {"observation \"Sonner\n", "script.play:1: unterminated quote"},
-      {"observation \"Sonner\" close\n", "script.play:1: missing dialog button after \"close\""},
-      {"observation \"Sonner\" ok ok\n", "script.play:1: unexpected word \"ok\""},
-      {"host maj_enr\n", "script.play:1: unknown host call \"maj_enr\""},
-      {"show now\n", "script.play:1: unexpected word \"now\""},
-      {"type duree 5\n", "script.play:1: unknown text box \"duree\""},
+      {"observation \"Sonner\" close\n", R"(script.play:1: missing dialog button after "close")"},
+      {"observation \"Sonner\" ok ok\n", R"(script.play:1: unexpected word "ok")"},
+      {"host maj_enr\n", R"(script.play:1: unknown host call "maj_enr")"},
+      {"show now\n", R"(script.play:1: unexpected word "now")"},
+      {"type duree 5\n", R"(script.play:1: unknown text box "duree")"},
+      {"host affiche A\n",
+       "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
       {"host affiche A 10\n",
        "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
   };
@@ -82,8 +80,7 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
 
 TEST_F(Play, AMissingScriptOrDatabaseIsAnError) {
   EXPECT_EQ(velmora("play --db " + account.path() + " /nonexistent/script.play").status, 1);
-  const Outcome noDb = velmora("play " + file("s.play", "show\n").string());
-  EXPECT_EQ(noDb.status, 2);
+  EXPECT_EQ(velmora("play " + file("s.play", "show\n").string()).status, 2);
 }
 
 // A small account of its own: a client whose dated task list proposes three tasks.
@@ -110,63 +107,6 @@ TEST_F(PlayOnAccount, DisabledButtonsAndUnansweredQuestionsAreNoted) {
             "line 4: error 91: object not set: no W_Enr to show; run host maj-enr first\n");
 }
 
-TEST_F(PlayOnAccount, AJourneyFromTheTaskListToTheStoredRecordAndBack) {
-  account.put("AIDEDETAILTACHE", "0000921500", {{"Aspirateur", "Vaisselle"}, {"20", ""}});
-  const Outcome run = play(
-      "init AUTRE 00009 23/11/2026 \"\" 08:30 10:00 1000000\n"
-      "mark possible 0\n"
-      "mark possible 1\n"
-      "press select\n"
-      "double-click selected 1\n"
-      "type duration 15\n"
-      "press ok\n"
-      "click selected 0\n"
-      "observation \"Sac sous l'évier\" ok\n"
-      "press obs\n"
-      "host maj-enr\n"
-      "show\n"
-      "host vider-tache\n"
-      "host affiche\n"
-      "show\n",
-      "--json");
-  ASSERT_EQ(run.status, 0) << run.err;
-  const Json j = Json::parse(run.out);
-  EXPECT_EQ(j["messages"], Json::array());
-  ASSERT_EQ(j["shows"].size(), 2u);
-  const Json& before = j["shows"][0]["state"];
-  EXPECT_EQ(j["shows"][0]["line"], 12);
-  EXPECT_EQ(
-      before["Lst_Possible"],
-      (Json{"Entretien                 Ménage                    Aspirateur                     20",
-            "Entretien                 Ménage                    Vaisselle                       "
-            " "}));
-  const Json rows =
-      Json{"Entretien                 Ménage                    Aspirateur                X    20",
-           "Entretien                 Ménage                    Vaisselle                      15"};
-  EXPECT_EQ(before["Lst_Selectionne"], rows);
-  EXPECT_EQ(before["Lst_CodeSelect"], (Json{"Aspirateur", "Vaisselle"}));
-  EXPECT_EQ(before["R_Obs"], (Json{"Sac sous l'évier", ""}));
-  EXPECT_EQ(before["Txt_Duree"], "0h35");
-  EXPECT_EQ(before["W_Total"], 35);
-  EXPECT_EQ(before["Etq_Imperativite"], true);
-  EXPECT_EQ(before["W_Enr"],
-            (Json{{"Aspirateur", "20", "Sac sous l'évier"}, {"Vaisselle", "15", ""}}));
-  EXPECT_EQ(before["enabled"], (Json{{"Cmd_Select", true},
-                                     {"Cmd_Obs", true},
-                                     {"Cmd_SupprVelmora", true},
-                                     {"Cmd_OKVelmora", false},
-                                     {"Cmd_AnnulerVelmora", false},
-                                     {"Txt_DureeSoin", false},
-                                     {"Lst_Selectionne", true}}));
-  EXPECT_EQ(before["ListIndex"], 0);
-
-  const Json& after = j["shows"][1]["state"];
-  EXPECT_EQ(after["Lst_Selectionne"], rows);
-  EXPECT_EQ(after["R_Obs"], before["R_Obs"]);
-  EXPECT_EQ(after["Txt_Duree"], "0h35");
-  EXPECT_EQ(after["W_Total"], 35);
-}
-
 // The example journey on the sample account, step by step.
 class Journey : public Play {
  protected:
@@ -185,19 +125,12 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   const Json& shows = j["shows"];
   ASSERT_EQ(shows.size(), 6u);
 
-  // After Init: the Monday template's items of the time slot.
-  const Json& start = shows[0]["state"];
-  EXPECT_EQ(start["Lst_CodeSelect"], (Json{"Aide au lever", "Aide à la toilette",
-                                           "Préparation du petit-déjeuner", "Réfection du lit"}));
-  EXPECT_EQ(start["W_Total"], 70);
-
-  // Two more items selected.
-  const Json& moved = shows[1]["state"];
-  EXPECT_EQ(moved["Lst_CodeSelect"],
+  // After Init, the Monday template's items of the time slot; then two more.
+  EXPECT_EQ(shows[0]["state"]["W_Total"], 70);
+  EXPECT_EQ(shows[1]["state"]["Lst_CodeSelect"],
             (Json{"Aide au lever", "Aide à la toilette", "Préparation du petit-déjeuner",
                   "Repassage", "Aspirateur", "Réfection du lit"}));
-  EXPECT_EQ(moved["Txt_Duree"], "2h10");
-  EXPECT_EQ(moved["W_Total"], 130);
+  EXPECT_EQ(shows[1]["state"]["Txt_Duree"], "2h10");
 
   // Ironing edited to 25, an observation on the vacuuming, a paste refused.
   const Json& edited = shows[2]["state"];
@@ -208,9 +141,7 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
       edited["Lst_Selectionne"][4],
       "Entretien du logement     Ménage courant            Aspirateur                X    20");
   EXPECT_EQ(edited["R_Obs"][4], "Sonner deux fois\nCode 1234");
-  EXPECT_EQ(edited["Txt_Duree"], "1h55");
   EXPECT_EQ(edited["W_Total"], 115);
-  EXPECT_EQ(edited["W_DoubleClic"], false);
   EXPECT_EQ(
       j["messages"],
       (Json{{{"line", 31},
@@ -220,7 +151,6 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
 
   // The made bed removed after a No and a Yes.
   const Json& removed = shows[3]["state"];
-  EXPECT_EQ(removed["Lst_CodeSelect"].size(), 5u);
   EXPECT_EQ(removed["Lst_CodeSelect"][4], "Aspirateur");
   EXPECT_EQ(removed["W_Total"], 105);
 
@@ -234,21 +164,16 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
            {"Aspirateur", "20", "Sonner deux fois\nCode 1234"}};
   EXPECT_EQ(stored["W_Enr"], enr);
   EXPECT_EQ(stored["Lst_Selectionne"], Json::array());
-  EXPECT_EQ(stored["Txt_Duree"], "");
-  EXPECT_EQ(stored["W_Total"], 105);
 
   // Affiche of the stored record brings the same rows back.
   const Json& back = shows[5]["state"];
   EXPECT_EQ(back["Lst_Selectionne"], removed["Lst_Selectionne"]);
   EXPECT_EQ(back["R_Obs"], removed["R_Obs"]);
   EXPECT_EQ(back["Txt_Duree"], "1h45");
-  EXPECT_EQ(back["W_Total"], 105);
-  EXPECT_EQ(back["Etq_Imperativite"], true);
-}
 
-TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
-  const Outcome run = velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play");
-  ASSERT_EQ(run.status, 0) << run.err;
+  // The same journey in text form marks each show and each error.
+  const Outcome text = velmora("play --db " + sample + " " + VELMORA_SAMPLE_DIR + "/journey.play");
+  ASSERT_EQ(text.status, 0) << text.err;
   for (const char* expected :
        {"== line 9 ==\n", "== line 15 ==\n", "== line 48 ==\n",
         "line 31: error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes",
@@ -256,18 +181,18 @@ TEST_F(Journey, TheTextFormMarksEachShowAndEachError) {
         "enabled: Cmd_Select Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
         "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n",
         "Lst_Possible marked: none\n",
-        "dialog Txt_Type \"Entretien du logement    \" Txt_Groupe \"Ménage courant           \" "
+        R"(dialog Txt_Type "Entretien du logement    " Txt_Groupe "Ménage courant           " )"
         "Txt_Tache \"Aspirateur               \" Txt_Obs \"\"\n",
-        "question \"Message TALVERANE\" \"Etes-vous sûr de vouloir supprimer cette tâche ?\" "
+        R"(question "Message TALVERANE" "Etes-vous sûr de vouloir supprimer cette tâche ?" )"
         "style 36 answer 7\n"}) {
-    EXPECT_NE(run.out.find(expected), std::string::npos) << expected;
+    EXPECT_NE(text.out.find(expected), std::string::npos) << expected;
   }
 }
 
 TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   const Outcome run = playOn(sample,
                              "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
-                             "mark possible 1\n"
+                             "mark\tpossible 1\t# tabs part words as spaces do\n"
                              "click selected 0\n"
                              "observation \"Par la porte de derrière\" close ok\n"
                              "press obs\n"
@@ -288,8 +213,7 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   EXPECT_EQ(j["messages"][0]["line"], 6);
   EXPECT_NE(j["messages"][0]["text"].get<std::string>().find("no answer was scripted"),
             std::string::npos);
-  // The removal did not happen.
-  EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);
+  EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);  // the removal did not happen
   // What the planner saw: the mark, the question left unanswered, the dialog's boxes.
   EXPECT_EQ(state["marked"], Json::array({1}));
   EXPECT_EQ(state["questions"],
@@ -304,7 +228,6 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   EXPECT_EQ(shown["Lst_CodeSelect"], Json::array({"Aide au lever"}));
   EXPECT_EQ(shown["R_Obs"], Json::array({"Linge"}));
   EXPECT_EQ(shown["Txt_Duree"], "0h25");
-  EXPECT_EQ(shown["questions"], Json::array());
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ class Propose : public ::testing::Test {
                  {"1000"},
                  {"A"},
                  {"Aide à la toilette", "Repassage"},
-                 {"25", "40"},
+                 {"25", "10000"},  // five digits: one blank before them in a row of the selection
                  {""},
                  {""},
                  {"Gants", ""}});
@@ -70,80 +70,71 @@ TEST_F(Propose, PrintsWhatThePlannerSees) {
                       "23/11/2026", "--time", "08:30-10:00"});
   ASSERT_EQ(o.status, 0) << o.err;
   EXPECT_EQ(o.err, "");
-  const std::string expected =
-      "Etq_Pos1 \"Type\"  Etq_Pos2 \"Groupe\"  Etq_Pos3 \"Tâche\"\n"
-      "Etq_Sel1 \"Type\"  Etq_Sel2 \"Groupe\"  Etq_Sel3 \"Tâche\"\n"
-      "Cac_TouteTache \"Afficher toutes les tâches\" value 0\n"
-      "\n"
-      "Lst_Possible (2 rows), Lst_CodePos (2 codes):\n"
-      "  0 |" +
-      linge + right("40", 7) +
-      "  |  Repassage\n"
-      "  1 |" +
-      toilette + right("25", 7) +
-      "  |  Aide à la toilette\n"
-      "\n"
-      "Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):\n"
-      "  0 |" +
-      linge + " " + right("40", 6) +
-      "|  Repassage\n"
-      "  1 |" +
-      toilette + "X" + right("25", 6) +
-      "|  Aide à la toilette  obs \"Gants\"\n"
-      "\n"
-      "Txt_Duree \"1h05\"\n"
-      "W_Total 65\n"
-      "W_AfficheTache True\n"
-      "Etq_Imperativite shown\n";
+  const std::string expected = R"(Etq_Pos1 "Type"  Etq_Pos2 "Groupe"  Etq_Pos3 "Tâche"
+Etq_Sel1 "Type"  Etq_Sel2 "Groupe"  Etq_Sel3 "Tâche"
+Cac_TouteTache "Afficher toutes les tâches" value 0
+
+Lst_Possible (2 rows), Lst_CodePos (2 codes):
+  0 |)" + linge + right("10000", 7) +
+                               "  |  Repassage\n  1 |" + toilette + right("25", 7) +
+                               R"(  |  Aide à la toilette
+
+Lst_Selectionne (2 rows), Lst_CodeSelect (2 codes):
+  0 |)" + linge + " " + right("10000", 6) +
+                               "|  Repassage\n  1 |" + toilette + "X" + right("25", 6) +
+                               R"(|  Aide à la toilette  obs "Gants"
+
+Txt_Duree "167h05"
+W_Total 10025
+W_AfficheTache True
+Etq_Imperativite shown
+)";
   EXPECT_EQ(o.out, expected);
 }
 
-TEST_F(Propose, JsonForPrograms) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "2026-11-23", "--time", "08:30-10:00", "--days", "1000000", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["captions"]["Etq_Sel3"], "Tâche");
-  EXPECT_EQ(j["Lst_Possible"], (std::vector<std::string>{linge + right("40", 7) + "  ",
-                                                         toilette + right("25", 7) + "  "}));
-  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
-  EXPECT_EQ(j["Txt_Duree"], "1h05");
-  EXPECT_EQ(j["W_Total"], 65);
-  EXPECT_EQ(j["W_AfficheTache"], true);
-  EXPECT_EQ(j["Etq_Imperativite"], true);
-}
-
-TEST_F(Propose, OtherDaysAndSlotsProposeWithoutSelecting) {
-  // Tuesday: the template is proposed, nothing meets the intervention.
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "24/11/2026", "--time", "08:30-10:00", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["Lst_CodePos"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
-  EXPECT_EQ(j["Txt_Duree"], "");
-  EXPECT_EQ(j["W_Total"], 0);
-  EXPECT_EQ(j["Etq_Imperativite"], false);
-}
-
-TEST_F(Propose, FloatingSearchesTheFloatingTemplatesOnly) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00001", "--from",
-                      "23/11/2026", "--time", "08:30-10:00", "--floating", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["W_AfficheTache"], false);
-  EXPECT_EQ(j["Lst_Possible"], std::vector<std::string>{});
-  EXPECT_EQ(j["Lst_Selectionne"], std::vector<std::string>{});
-}
-
-TEST_F(Propose, CareVocabulary) {
-  const auto o = run({"propose", "--db", account.path(), "--client", "00009", "--kind", "SSIAD",
-                      "--from", "23/11/2026", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["captions"]["Etq_Pos1"], "Regroupement");
-  EXPECT_EQ(j["captions"]["Cac_TouteTache"], "Afficher tous les soins");
+// What --json gives a program, for other days, slots, kinds and templates, and for a key.
+TEST_F(Propose, JsonForProgramsAndForEachCase) {
+  using Json = nlohmann::json;
+  const auto on = [&](const std::string& from, const std::vector<std::string>& more) {
+    std::vector<std::string> args = {"propose", "--db", account.path(), "--client",    "00001",
+                                     "--from",  from,   "--time",       "08:30-10:00", "--json"};
+    args.insert(args.end(), more.begin(), more.end());
+    return args;
+  };
+  const auto monday = on("23/11/2026", {});
+  struct Case {
+    std::vector<std::string> args;
+    const char* field;
+    Json expected;
+  };
+  const std::vector<Case> cases{
+      {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
+      {monday, "/Lst_Possible",
+       Json{linge + right("10000", 7) + "  ", toilette + right("25", 7) + "  "}},
+      {monday, "/W_Total", 10025},
+      {monday, "/W_AfficheTache", true},
+      // Tuesday: the template is proposed, nothing meets the intervention.
+      {on("24/11/2026", {}), "/Lst_CodePos", Json{"Repassage", "Aide à la toilette"}},
+      {on("2026-11-24", {}), "/Lst_Selectionne", Json::array()},
+      {on("24/11/2026", {}), "/Etq_Imperativite", false},
+      {on("23/11/2026", {"--floating"}), "/Lst_Possible", Json::array()},
+      {on("23/11/2026", {"--floating"}), "/W_AfficheTache", false},
+      {on("23/11/2026", {"--kind", "SSIAD"}), "/captions/Etq_Pos1", "Regroupement"},
+      {on("23/11/2026", {"--kind", "SSIAD"}), "/captions/Cac_TouteTache",
+       "Afficher tous les soins"},
+      {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
+       "/Lst_Selectionne",
+       Json{linge + " " + right("10000", 6), toilette + "X" + right("25", 6)}},
+      {{"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"},
+       "/Txt_Duree",
+       "167h05"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.field) + " of " + c.args[c.args.size() - 2]);
+    const auto o = run(c.args);
+    ASSERT_EQ(o.status, 0) << o.err;
+    EXPECT_EQ(Json::parse(o.out).at(Json::json_pointer(c.field)), c.expected);
+  }
 }
 
 TEST_F(Propose, MistakesAreNamed) {
@@ -153,18 +144,18 @@ TEST_F(Propose, MistakesAreNamed) {
     std::string message;
   };
   const std::string db = account.path();
-  const Case cases[] = {
-      {{"propose", "--db", db, "--client", "00077"}, 1, "unknown client \"00077\""},
+  const std::vector<Case> cases{
+      {{"propose", "--db", db, "--client", "00077"}, 1, R"(unknown client "00077")"},
       {{"propose", "--db", db}, 2, "--client CODE is required"},
       {{"propose", "--db", db, "--client", "0001"}, 2, "5 caractères"},
       {{"propose", "--db", db, "--client", "0000]"}, 2, "crochet"},
       {{"propose", "--db", db, "--client", "[0001"}, 2, "crochet"},
-      {{"propose", "--db", db, "--client", "00\"01"}, 2, "guillemet"},
+      {{"propose", "--db", db, "--client", R"(00"01)"}, 2, "guillemet"},
       {{"propose", "--db", db, "--client", "00001", "--from", ""}, 2, "--from needs a date"},
       {{"propose", "--db", db, "--client", "00001", "--time", "aa-bb"}, 2, "not a time of day"},
       {{"propose", "--db", db, "--client", "00001", "--time", "25:99-99:99"},
        2,
-       "\"25:99\" is not a time of day"},
+       R"("25:99" is not a time of day)"},
       {{"consult", "--db", db, "--key", "I004200001215120XXXXXX30850"}, 1, "unknown key"},
       {{"consult", "--db", db, "--key", "0000]215120085001SEMTYPE"}, 2, "a bracket"},
       {{"propose", "--db", account.directory(), "--client", "00001"}, 1, "est un dossier"},
@@ -187,19 +178,6 @@ TEST_F(Propose, MistakesAreNamed) {
     EXPECT_EQ(o.out, "");
     EXPECT_NE(o.err.find(k.message), std::string::npos) << o.err;
   }
-}
-
-TEST_F(Propose, ConsultShowsWhatATemplateKeyHolds) {
-  const auto o =
-      run({"consult", "--db", account.path(), "--key", "00001215120085001SEMTYPE", "--json"});
-  ASSERT_EQ(o.status, 0) << o.err;
-  const auto j = nlohmann::json::parse(o.out);
-  EXPECT_EQ(j["Lst_CodeSelect"], (std::vector<std::string>{"Repassage", "Aide à la toilette"}));
-  EXPECT_EQ(j["Lst_Selectionne"], (std::vector<std::string>{linge + " " + right("40", 6),
-                                                            toilette + "X" + right("25", 6)}));
-  EXPECT_EQ(j["R_Obs"], (std::vector<std::string>{"", "Gants"}));
-  EXPECT_EQ(j["Txt_Duree"], "1h05");
-  EXPECT_EQ(j["Etq_Imperativite"], true);
 }
 
 }  // namespace

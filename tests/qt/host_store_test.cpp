@@ -1,6 +1,7 @@
 // The demo host's way of keeping a selection: written as a planned intervention through
 // the host's own connection, and shown back when the control consults its key.
 #include <QTemporaryDir>
+#include <tuple>
 
 #include <velmora/qt/host_store.h>
 #include <velmora/qt/sample_database.h>
@@ -12,21 +13,29 @@
 namespace velmora::testing {
 namespace {
 
-TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
-  EXPECT_EQ(qt::fourDigitTime(u"08:30"), u"0850");
-  EXPECT_EQ(qt::fourDigitTime(u"08:45"), u"0875");
-  EXPECT_EQ(qt::fourDigitTime(u"10:00"), u"1000");
-  EXPECT_EQ(qt::fourDigitTime(u"23:59"), u"2398");
-  EXPECT_THROW(qt::fourDigitTime(u"8:30"), Failure);
-  EXPECT_THROW(qt::fourDigitTime(u"24:00"), Failure);
-
+// Client 00001 on Monday 23/11/2026 (day 21512), 08:30 to 10:00.
+qt::Intervention monday() {
   qt::Intervention i;
   i.client = u"00001";
-  i.dateDeb = u"23/11/2026";  // day 21512, a Monday
-  i.dateFin = u"23/11/2026";
+  i.dateDeb = i.dateFin = u"23/11/2026";
   i.heureDe = u"08:30";
   i.heureA = u"10:00";
   i.kind = u"AUTRE";
+  return i;
+}
+
+TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
+  for (const auto& [time, hundredths] : {std::pair{u"08:30", u"0850"},
+                                         {u"08:45", u"0875"},
+                                         {u"10:00", u"1000"},
+                                         {u"23:59", u"2398"}}) {
+    EXPECT_EQ(qt::fourDigitTime(time), hundredths);
+  }
+  for (const char16_t* bad : {u"8:30", u"24:00", u"23:60", u"24:60", u"ab:cd"}) {
+    EXPECT_THROW(qt::fourDigitTime(bad), Failure) << toUtf8(bad);
+  }
+
+  qt::Intervention i = monday();
   EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151200000100850");
   i.dateDeb = u"29/11/2026";  // a Sunday
   EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151800000160850");
@@ -62,14 +71,7 @@ TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   ASSERT_EQ(items->DCount(), ctl.Lst_Selectionne.ListCount());
   EXPECT_EQ(items->r(1, 2), u"5");
 
-  qt::Intervention i;
-  i.client = u"00001";
-  i.dateDeb = u"23/11/2026";
-  i.dateFin = u"23/11/2026";
-  i.heureDe = u"08:30";
-  i.heureA = u"10:00";
-  i.kind = u"AUTRE";
-  const Text key = qt::storeSelection(path, i, *items);
+  const Text key = qt::storeSelection(path, monday(), *items);
   ASSERT_EQ(key, u"DEMO0000012151200000100850");
   // What the host wrote, read back through a connection of its own.
   const RecordRef stored = openDatabase(path)->OpenFile(u"TPSDETAILSINTERV")->ReadRecord(key);
@@ -87,12 +89,9 @@ TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   InitArguments consult{u"AUTRE", code, u"", u"", u"", u"", u""};
   ctl.TheDatabase(openDatabase(path));
   ctl.Init(consult);
-  const Snapshot after = snapshot(ctl);
-  EXPECT_EQ(after.rows, before.rows);
-  EXPECT_EQ(after.codes, before.codes);
-  EXPECT_EQ(after.obs, before.obs);
-  EXPECT_EQ(after.duree, before.duree);
-  EXPECT_EQ(after.total, before.total);
+  const Snapshot s = snapshot(ctl);
+  EXPECT_EQ(std::tie(s.rows, s.codes, s.obs, s.duree, s.total),
+            std::tie(before.rows, before.codes, before.obs, before.duree, before.total));
   Variable::resetAll();
 }
 

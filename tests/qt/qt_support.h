@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -22,23 +21,18 @@
 namespace velmora::testing {
 
 // Rows written out by hand, so that the expectations do not lean on the code under test.
-inline std::string column(std::string_view utf8) {
-  Text t = fromUtf8(utf8);
-  t.resize(26, u' ');
-  return toUtf8(t);
-}
-inline std::string rightAligned(std::string_view digits, std::size_t width) {
-  return std::string(width - digits.size(), ' ') + std::string(digits);
-}
-// A proposal row from the catalogue: three columns and the duration in seven.
-inline std::string proposal(std::string_view c1, std::string_view c2, std::string_view c3,
-                            std::string_view minutes) {
-  return column(c1) + column(c2) + column(c3) + rightAligned(minutes, 7);
-}
-// A selection row: three columns, the observation marker, the duration in six.
-inline std::string selection(std::string_view c1, std::string_view c2, std::string_view c3,
-                             char marker, std::string_view minutes) {
-  return column(c1) + column(c2) + column(c3) + std::string(1, marker) + rightAligned(minutes, 6);
+// Three columns of 26, then (a selection row) the observation marker and the duration in
+// six, or (a proposal row, marker 0) the duration in seven.
+inline std::string row(std::string_view c1, std::string_view c2, std::string_view c3,
+                       std::string_view minutes, char marker = 0) {
+  std::string r;
+  for (const std::string_view c : {c1, c2, c3}) {
+    Text t = fromUtf8(c);
+    t.resize(26, u' ');
+    r += toUtf8(t);
+  }
+  if (marker != 0) r += marker;
+  return r + std::string(7 - (marker != 0) - minutes.size(), ' ') + std::string(minutes);
 }
 
 // Everything a step of a journey can change, read from the toolkit objects.
@@ -59,23 +53,6 @@ struct Snapshot {
                               // Txt_DureeSoin, Lst_Selectionne
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
-
-inline void PrintTo(const Snapshot& s, std::ostream* os) {
-  *os << "\n  possible:";
-  for (std::size_t i = 0; i < s.possible.size(); ++i) {
-    *os << "\n    [" << s.possible[i] << "] " << s.codesPossible[i];
-  }
-  *os << "\n  marked:";
-  for (int m : s.marked) *os << ' ' << m;
-  *os << "\n  rows:";
-  for (std::size_t i = 0; i < s.rows.size(); ++i) {
-    *os << "\n    [" << s.rows[i] << "] " << s.codes[i] << " obs [" << s.obs[i] << "]";
-  }
-  *os << "\n  Txt_Duree [" << s.duree << "] Txt_DureeSoin [" << s.dureeSoin << "] W_Total "
-      << s.total << " ListIndex " << s.current << " W_DoubleClic " << s.doubleClic << " imperative "
-      << s.imperative << "\n  enabled:";
-  for (bool e : s.enabled) *os << ' ' << e;
-}
 
 inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   Snapshot s;

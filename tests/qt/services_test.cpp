@@ -1,9 +1,14 @@
 // The screen services on Qt: the question box answers with the host platform's codes,
-// and the mouse pointer overrides the application's cursor until shape 0.
+// however it is closed, and the mouse pointer overrides the application's cursor until
+// shape 0.
+#include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
+#include <functional>
+#include <vector>
 
 #include <velmora/qt/qt_services.h>
+#include <velmora/toolkit/form.h>
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -11,74 +16,78 @@ namespace {
 
 using qt::QtServices;
 
-struct Seen {
-  QMessageBox::Icon icon = QMessageBox::NoIcon;
-  QString title;
-  QString text;
-  std::vector<QMessageBox::StandardButton> buttons;
-  QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
-};
+TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
+  using Close = std::function<void(QMessageBox&)>;
+  const Close yes = [](QMessageBox& b) { click(b.button(QMessageBox::Yes)); };
+  const Close no = [](QMessageBox& b) { click(b.button(QMessageBox::No)); };
+  const Close ok = [](QMessageBox& b) { click(b.button(QMessageBox::Ok)); };
+  const Close escape = [](QMessageBox& b) { QTest::keyClick(&b, Qt::Key_Escape); };
+  const Close enter = [](QMessageBox& b) { QTest::keyClick(&b, Qt::Key_Return); };
+  const Close reject = [](QMessageBox& b) { b.reject(); };
+  struct Case {
+    int style;
+    Close close;
+    int code;
+    QStringList captions;  // sorted, the default last; none when not looked at
+  };
+  const int yesNo = toolkit::kStyleYesNoQuestion;
+  const std::vector<Case> cases{
+      {yesNo, yes, toolkit::kMsgBoxYes, {QStringLiteral("&Non"), QStringLiteral("&Oui")}},
+      {yesNo, no, toolkit::kMsgBoxNo, {}},
+      {yesNo, enter, toolkit::kMsgBoxYes, {}},
+      // Escape, or a box closed without a button, answers No, never Yes.
+      {yesNo, escape, toolkit::kMsgBoxNo, {}},
+      {yesNo, reject, toolkit::kMsgBoxNo, {}},
+      // A box of one button answers with it, however it is closed.
+      {64, ok, 1, {QStringLiteral("OK")}},
+      {64, escape, 1, {}},
+      {64, reject, 1, {}},
+  };
+  QtServices services;
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    SCOPED_TRACE(i);
+    whenModal([&c](QWidget& modal) {
+      auto* box = qobject_cast<QMessageBox*>(&modal);
+      ASSERT_NE(box, nullptr);
+      EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
+      EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
+      EXPECT_EQ(box->icon(), c.style == 64 ? QMessageBox::Information : QMessageBox::Question);
+      if (!c.captions.isEmpty()) {
+        QStringList captions;
+        for (QAbstractButton* b : box->buttons()) captions << b->text();
+        captions.sort();
+        EXPECT_EQ(captions, c.captions);
+        ASSERT_NE(box->defaultButton(), nullptr);
+        EXPECT_EQ(box->defaultButton()->text(), c.captions.back());
+      }
+      c.close(*box);
+    });
+    EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", c.style, u"Message TALVERANE"), c.code);
+  }
+}
 
-// Shows one box, presses the button named, and returns the code with what was seen.
-std::pair<int, Seen> ask(QtServices& services, int style, QMessageBox::StandardButton press) {
-  Seen seen;
-  whenModal([&seen, press](QWidget& modal) {
-    auto* box = qobject_cast<QMessageBox*>(&modal);
-    ASSERT_NE(box, nullptr);
-    seen.icon = box->icon();
-    seen.title = box->windowTitle();
-    seen.text = box->text();
-    for (QAbstractButton* b : box->buttons()) seen.buttons.push_back(box->standardButton(b));
-    std::sort(seen.buttons.begin(), seen.buttons.end());
-    if (box->defaultButton()) seen.defaultButton = box->standardButton(box->defaultButton());
-    if (press == QMessageBox::Escape) {
-      QTest::keyClick(box, Qt::Key_Escape);
-    } else {
-      click(box->button(press));
+// Escape, like the close box, asks the form to close: a form that lets itself be closed
+// is unloaded and its dialog goes.
+TEST(QtServices, EscapeClosesTheDialogOfAFormThatLetsItselfBeClosed) {
+  toolkit::Form form("Frm_Essai", 3000, 2000, u"Essai");
+  form.Load();
+  QtServices services;
+  bool stillOpen = true;
+  whenModal([&](QWidget& dialog) {
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    stillOpen = dialog.isVisible();
+    if (stillOpen) {
+      form.Unload();
+      static_cast<QDialog&>(dialog).done(0);
     }
   });
-  const int code = services.MsgBox(u"Etes-vous sûr de vouloir supprimer cet acte ?", style,
-                                   u"Message TALVERANE");
-  return {code, seen};
+  services.ShowModal(form);
+  EXPECT_FALSE(stillOpen);
+  EXPECT_FALSE(form.isLoaded());
 }
 
-TEST(QtServicesQuestion, StyleThirtySixIsAQuestionWithYesAndNoYesFirst) {
-  QtServices services;
-  const auto [yes, seen] = ask(services, toolkit::kStyleYesNoQuestion, QMessageBox::Yes);
-  EXPECT_EQ(yes, toolkit::kMsgBoxYes);
-  EXPECT_EQ(seen.icon, QMessageBox::Question);
-  EXPECT_EQ(seen.title, QStringLiteral("Message TALVERANE"));
-  EXPECT_EQ(seen.text, QStringLiteral("Etes-vous sûr de vouloir supprimer cet acte ?"));
-  EXPECT_EQ(seen.buttons,
-            (std::vector<QMessageBox::StandardButton>{QMessageBox::Yes, QMessageBox::No}));
-  EXPECT_EQ(seen.defaultButton, QMessageBox::Yes);
-
-  EXPECT_EQ(ask(services, toolkit::kStyleYesNoQuestion, QMessageBox::No).first, toolkit::kMsgBoxNo);
-  // Escape on Yes and No answers No, never Yes.
-  EXPECT_EQ(ask(services, toolkit::kStyleYesNoQuestion, QMessageBox::Escape).first,
-            toolkit::kMsgBoxNo);
-}
-
-TEST(QtServicesQuestion, OtherStylesGiveTheirButtonsIconsAndDefaults) {
-  QtServices services;
-  // 4 + 48 + 256: Yes and No, the warning icon, the second button by default.
-  const auto [no, seen] = ask(services, 4 + 48 + 256, QMessageBox::No);
-  EXPECT_EQ(no, toolkit::kMsgBoxNo);
-  EXPECT_EQ(seen.icon, QMessageBox::Warning);
-  EXPECT_EQ(seen.defaultButton, QMessageBox::No);
-  // 3 + 16: Yes, No and Cancel with the critical icon; Cancel answers 2.
-  const auto [cancel, seen3] = ask(services, 3 + 16, QMessageBox::Cancel);
-  EXPECT_EQ(cancel, 2);
-  EXPECT_EQ(seen3.icon, QMessageBox::Critical);
-  EXPECT_EQ(seen3.buttons.size(), 3u);
-  // 0 + 64: OK alone, the information icon; OK answers 1.
-  const auto [ok, seen0] = ask(services, 64, QMessageBox::Ok);
-  EXPECT_EQ(ok, 1);
-  EXPECT_EQ(seen0.icon, QMessageBox::Information);
-  EXPECT_EQ(seen0.buttons, (std::vector<QMessageBox::StandardButton>{QMessageBox::Ok}));
-}
-
-TEST(QtServicesPointer, ShapesOverrideTheCursorUntilShapeZero) {
+TEST(QtServices, PointerShapesOverrideTheCursorUntilShapeZero) {
   ASSERT_EQ(QGuiApplication::overrideCursor(), nullptr);
   {
     QtServices services;
@@ -88,7 +97,6 @@ TEST(QtServicesPointer, ShapesOverrideTheCursorUntilShapeZero) {
     services.setMousePointer(13);
     EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::BusyCursor);
     services.setMousePointer(0);
-    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     services.setMousePointer(0);  // twice gives nothing back twice
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     services.setMousePointer(11);
