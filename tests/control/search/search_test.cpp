@@ -31,9 +31,9 @@ std::string columns(const std::string& code) {
 // item, "!" for a selected item with an observation: a catalogue fill's rows end at the
 // minutes, a template search's add two blanks or "  *", a selected row has the marker.
 enum class Kind { Catalogue, Template, Selected };
-Rows rows(Kind kind, const std::string& spec) {
+Rows rows(Kind kind, const std::string& described) {
   Rows out;
-  std::istringstream words(spec);
+  std::istringstream words(described);
   for (std::string w; words >> w;) {
     const bool mark = w.back() == '*' || w.back() == '!';
     if (mark) w.pop_back();
@@ -45,14 +45,14 @@ Rows rows(Kind kind, const std::string& spec) {
   }
   return out;
 }
-Rows catalogue(const std::string& spec) {
-  return rows(Kind::Catalogue, spec);
+Rows catalogue(const std::string& described) {
+  return rows(Kind::Catalogue, described);
 }
-Rows proposed(const std::string& spec) {
-  return rows(Kind::Template, spec);
+Rows proposed(const std::string& described) {
+  return rows(Kind::Template, described);
 }
-Rows chosen(const std::string& spec) {
-  return rows(Kind::Selected, spec);
+Rows chosen(const std::string& described) {
+  return rows(Kind::Selected, described);
 }
 // A list's items, or a working table's rows of values, as words: "A B", "A:30: B:15:".
 std::string words(const Rows& items) {
