@@ -19,25 +19,13 @@
 #include "control/module_slots.h"
 #include "rows/row_format.h"
 #include "search/task_catalogue.h"
+#include "support/interventions.h"
 #include "support/large_account.h"
 #include "support/store_calls.h"
 #include "support/summary.h"
 
 namespace velmora::bench {
 namespace {
-
-// An intervention on Monday 23/11/2026, 08:00 to 09:30, as a host hands it over.
-InitArguments intervention(const char16_t* typeAct, const std::string& client) {
-  return InitArguments{typeAct,  fromUtf8(client), u"23/11/2026", u"31/12/2026",
-                       u"08:00", u"09:30",         u"1000000"};
-}
-
-// What Init needs each time: fresh module slots and the connection.
-void init(Ctr_VelmoraNew& control, const DatabaseRef& database, InitArguments arguments) {
-  Variable::resetAll();
-  control.TheDatabase(database);
-  control.Init(arguments);
-}
 
 const InitArguments kCareWithoutTemplates = intervention(u"SSIAD", kClientWithoutAnything);
 const InitArguments kCareWithTemplates = intervention(u"SSIAD", clientCode(5002));

@@ -19,6 +19,7 @@
 #include <velmora/store/writer.h>
 #include "control/module_slots.h"
 #include "store/read_connection.h"
+#include "support/interventions.h"
 #include "support/large_account.h"
 
 namespace velmora::bench {
@@ -55,17 +56,6 @@ DatabaseRef serverDatabase() {
 
 DatabaseRef databaseOf(const benchmark::State& state) {
   return state.range(0) == 0 ? largeAccountDatabase() : serverDatabase();
-}
-
-InitArguments intervention(const char16_t* typeAct, const std::string& client) {
-  return InitArguments{typeAct,  fromUtf8(client), u"23/11/2026", u"31/12/2026",
-                       u"08:00", u"09:30",         u"1000000"};
-}
-
-void init(Ctr_VelmoraNew& control, const DatabaseRef& database, InitArguments arguments) {
-  Variable::resetAll();
-  control.TheDatabase(database);
-  control.Init(arguments);
 }
 
 void InitCareCatalogue(benchmark::State& state) {
