@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "store/key_bytes.h"
+
 namespace velmora::bench {
 
 namespace {
@@ -46,28 +48,10 @@ struct SortValue {
 Text columnText(sqlite3_stmt* statement, int column) {
   const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(statement, column));
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
-  return fromUtf16be({bytes, size});
+  return store::decodeText({bytes, size});
 }
 
 }  // namespace
-
-std::vector<std::uint8_t> utf16be(TextView text) {
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(text.size() * 2);
-  for (const char16_t c : text) {
-    bytes.push_back(static_cast<std::uint8_t>(c >> 8));
-    bytes.push_back(static_cast<std::uint8_t>(c & 0xFF));
-  }
-  return bytes;
-}
-
-Text fromUtf16be(std::span<const std::uint8_t> bytes) {
-  Text text(bytes.size() / 2, u'\0');
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    text[i] = static_cast<char16_t>((bytes[2 * i] << 8) | bytes[2 * i + 1]);
-  }
-  return text;
-}
 
 SqlFloor::SqlFloor(const std::string& path) {
   sqlite3* raw = nullptr;
@@ -123,7 +107,7 @@ NorvikRecord SqlFloor::sortedColumns(const Text& file, int sortAttribute, int ex
 
 std::shared_ptr<NorvikRecord> SqlFloor::read(const Text& file, const Text& key) {
   const std::string fileName = toUtf8(file);
-  const std::vector<std::uint8_t> keyBytes = utf16be(key);
+  const std::vector<std::uint8_t> keyBytes = store::encodeText(key);
   sqlite3_stmt* s = oneRecord_.get();
   sqlite3_reset(s);
   sqlite3_bind_text(s, 1, fileName.c_str(), -1, SQLITE_TRANSIENT);
@@ -135,7 +119,7 @@ std::shared_ptr<NorvikRecord> SqlFloor::read(const Text& file, const Text& key) 
 NorvikRecord SqlFloor::clientTemplates(const Text& file, const Text& client, const Text& firstDay,
                                        const Text& lastDay, bool care) {
   const std::string fileName = toUtf8(file);
-  const std::vector<std::uint8_t> lower = utf16be(client);
+  const std::vector<std::uint8_t> lower = store::encodeText(client);
   std::vector<std::uint8_t> upper = lower;
   ++upper.back();  // client codes are digits: the last byte never overflows
   sqlite3_stmt* s = keyRange_.get();

@@ -53,8 +53,4 @@ class SqlFloor {
   Statement keysOnly_;
 };
 
-// UTF-16 big-endian bytes, as the store keeps keys and bodies.
-std::vector<std::uint8_t> utf16be(TextView text);
-Text fromUtf16be(std::span<const std::uint8_t> bytes);
-
 }  // namespace velmora::bench
