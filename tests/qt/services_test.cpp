@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <functional>
+#include <map>
 #include <vector>
 
 #include <velmora/qt/qt_services.h>
@@ -40,19 +41,23 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
       {yesNo, reject, toolkit::kMsgBoxNo, {}},
       // A box of one button answers with it, however it is closed.
       {64, ok, 1, {QStringLiteral("OK")}},
-      {64, escape, 1, {}},
-      {64, reject, 1, {}},
+      {16, escape, 1, {}},
+      {48, reject, 1, {}},
   };
+  const std::map<int, QMessageBox::Icon> icons{{yesNo, QMessageBox::Question},
+                                               {16, QMessageBox::Critical},
+                                               {48, QMessageBox::Warning},
+                                               {64, QMessageBox::Information}};
   QtServices services;
   for (std::size_t i = 0; i < cases.size(); ++i) {
     const Case& c = cases[i];
     SCOPED_TRACE(i);
-    whenModal([&c](QWidget& modal) {
+    whenModal([&c, &icons](QWidget& modal) {
       auto* box = qobject_cast<QMessageBox*>(&modal);
       ASSERT_NE(box, nullptr);
       EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
       EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
-      EXPECT_EQ(box->icon(), c.style == 64 ? QMessageBox::Information : QMessageBox::Question);
+      EXPECT_EQ(box->icon(), icons.at(c.style));
       if (!c.captions.isEmpty()) {
         QStringList captions;
         for (QAbstractButton* b : box->buttons()) captions << b->text();
@@ -100,7 +105,6 @@ TEST(QtServices, PointerShapesOverrideTheCursorUntilShapeZero) {
     services.setMousePointer(0);  // twice gives nothing back twice
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     services.setMousePointer(11);
-    EXPECT_EQ(services.mousePointer(), 11);
   }
   // Services that go take their override with them.
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
