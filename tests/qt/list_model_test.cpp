@@ -1,7 +1,6 @@
 // The lists on screen: many rows arrive in one refresh, the view never reads past the
 // list while a refresh is pending, changed rows are repainted, and the planner's keys
 // and clicks reach the rows they aim at.
-#include <QMouseEvent>
 #include <QSignalSpy>
 #include <vector>
 
@@ -106,31 +105,23 @@ TEST_F(ListModel, KeysMoveTheCaretToTheRowTheyAimAt) {
   }
 }
 
-TEST_F(ListModel, AClickTogglesTheMarkOfTheRowUnderIt) {
+// A press reaches the row under it, even one that arrived since the last refresh; a press
+// below the last row is no click on a row.
+TEST_F(ListModel, AClickMarksTheRowUnderIt) {
   w.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
   ListBoxView& possible = *w.listView(ctl.Lst_Possible);
-  QRect second;
-  for (int i = 0; i < 4; ++i) {
-    ctl.Lst_Possible.AddItem(numbered(i));
-    ctl.Lst_CodePos.AddItem(numbered(i));
-    if (i == 1) second = possible.rowRect(1);
-  }
-  // Rows 2 and 3 arrived since the last refresh: a press on row 3 still reaches it.
-  const QPointF third = second.center() + QPoint(0, 2 * second.height());
-  QMouseEvent press(QEvent::MouseButtonPress, third, possible.viewport()->mapToGlobal(third),
-                    Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(possible.viewport(), &press);
+  ctl.Lst_Possible.AddItem(numbered(0));
+  QCoreApplication::processEvents();
+  const QRect first = possible.rowRect(0);
+  for (int i = 1; i < 4; ++i) ctl.Lst_Possible.AddItem(numbered(i));
+  QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
+                    first.center() + QPoint(0, 3 * first.height()));
   EXPECT_TRUE(ctl.Lst_Possible.Selected(3));
   clickRow(possible, 1);
-  clickRow(possible, 1);  // a second click takes the mark off again
-  EXPECT_FALSE(ctl.Lst_Possible.Selected(1));
-  EXPECT_TRUE(ctl.Lst_Possible.Selected(3));
   EXPECT_EQ(ctl.Lst_Possible.ListIndex(), 1);
   QCoreApplication::processEvents();
-  EXPECT_FALSE(marked(1));
-  EXPECT_TRUE(marked(3));
-  // A click below the last row is no click on a row.
+  EXPECT_TRUE(marked(1));
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
                     QPoint(10, possible.rowRect(3).bottom() + 20));
   EXPECT_EQ(ctl.Lst_Possible.ListIndex(), 1);

@@ -38,7 +38,6 @@ inline std::string row(std::string_view c1, std::string_view c2, std::string_vie
 // Everything a step of a journey can change, read from the toolkit objects.
 struct Snapshot {
   std::vector<std::string> possible;
-  std::vector<std::string> codesPossible;
   std::vector<int> marked;
   std::vector<std::string> rows;
   std::vector<std::string> codes;
@@ -47,7 +46,6 @@ struct Snapshot {
   std::string dureeSoin;
   std::string total;
   int current = -1;
-  bool doubleClic = false;
   bool imperative = false;
   std::vector<bool> enabled;  // Cmd_Select, Cmd_Obs, Cmd_Suppr, Cmd_OK, Cmd_Annuler,
                               // Txt_DureeSoin, Lst_Selectionne
@@ -60,9 +58,6 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
     s.possible.push_back(toUtf8(c.Lst_Possible.List(i)));
     if (c.Lst_Possible.Selected(i)) s.marked.push_back(i);
   }
-  for (int i = 0; i < c.Lst_CodePos.ListCount(); ++i) {
-    s.codesPossible.push_back(toUtf8(c.Lst_CodePos.List(i)));
-  }
   for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
     s.rows.push_back(toUtf8(c.Lst_Selectionne.List(i)));
     s.obs.push_back(Variable::R_Obs ? toUtf8(Variable::R_Obs->r(i + 1)) : "<none>");
@@ -74,7 +69,6 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   s.dureeSoin = toUtf8(c.Txt_DureeSoin.getText());
   s.total = toUtf8(c.W_Total.toText());
   s.current = c.Lst_Selectionne.ListIndex();
-  s.doubleClic = c.W_DoubleClic == kTrue;
   s.imperative = c.Etq_Imperativite.Visible();
   s.enabled = {c.Cmd_Select.Enabled(),         c.Cmd_Obs.Enabled(),
                c.Cmd_SupprVelmora.Enabled(),   c.Cmd_OKVelmora.Enabled(),
