@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "cli/run_velmora.h"
-#include "support/account.h"
 
 namespace velmora::testing {
 namespace {
@@ -17,21 +15,14 @@ namespace fs = std::filesystem;
 using Json = nlohmann::json;
 using cli_test::Outcome;
 
-class Play : public ::testing::Test {
+class Play : public cli_test::Tool {
  protected:
-  Outcome velmora(const std::vector<std::string>& args) {
-    return cli_test::runVelmora(args, account.directory());
-  }
-
-  Outcome play(const std::string& db, const std::string& script, bool json = false) {
-    const fs::path path = fs::path(account.directory()) / "script.play";
-    std::ofstream(path, std::ios::binary) << script;
-    std::vector<std::string> args{"play", "--db", db, path.string()};
+  Outcome play(const std::string& on, const std::string& script, bool json = false) {
+    cli_test::spit(dir() / "script.play", script);
+    std::vector<std::string> args{"play", "--db", on, (dir() / "script.play").string()};
     if (json) args.emplace_back("--json");
-    return velmora(args);
+    return run(args);
   }
-
-  TempAccount account;
 };
 
 TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
@@ -57,29 +48,29 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
        "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
   };
   for (const Case& c : cases) {
-    const Outcome run = play(account.path(), c.script);
-    EXPECT_EQ(run.status, 2) << c.script;
-    EXPECT_EQ(run.out, "") << c.script;  // not even the show before the mistake
-    EXPECT_NE(run.err.find(c.message), std::string::npos) << c.script << "\n" << run.err;
+    const Outcome o = play(db(), c.script);
+    EXPECT_EQ(o.status, 2) << c.script;
+    EXPECT_EQ(o.out, "") << c.script;  // not even the show before the mistake
+    EXPECT_NE(o.err.find(c.message), std::string::npos) << c.script << "\n" << o.err;
   }
-  EXPECT_EQ(velmora({"play", "--db", account.path(), "/nonexistent/script.play"}).status, 1);
+  EXPECT_EQ(run({"play", "--db", db(), "/nonexistent/script.play"}).status, 1);
 }
 
 // The example journey on the sample account, step by step.
 class Journey : public Play {
  protected:
   void SetUp() override {
-    sample = (fs::path(account.directory()) / "sample.db").string();
-    ASSERT_EQ(velmora({"sample", "--db", sample}).status, 0);
+    sample = (dir() / "sample.db").string();
+    ASSERT_EQ(run({"sample", "--db", sample}).status, 0);
   }
   std::string sample;
 };
 
 TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   const std::string script = std::string(VELMORA_SAMPLE_DIR) + "/journey.play";
-  const Outcome run = velmora({"play", "--db", sample, script, "--json"});
-  ASSERT_EQ(run.status, 0) << run.err;
-  const Json j = Json::parse(run.out);
+  const Outcome o = run({"play", "--db", sample, script, "--json"});
+  ASSERT_EQ(o.status, 0) << o.err;
+  const Json j = Json::parse(o.out);
   const Json& shows = j["shows"];
   ASSERT_EQ(shows.size(), 6u);
 
@@ -120,7 +111,7 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   EXPECT_EQ(back["Txt_Duree"], "1h45");
 
   // The same journey in text form marks each show and each error.
-  const Outcome text = velmora({"play", "--db", sample, script});
+  const Outcome text = run({"play", "--db", sample, script});
   ASSERT_EQ(text.status, 0) << text.err;
   for (const char* expected :
        {"== line 9 ==\n", "== line 48 ==\n",
@@ -140,23 +131,23 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
 // Gestures that cannot happen are noted and skipped: a disabled button, a row past the
 // list, the close box of the dialog, a question nobody answered.
 TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
-  const Outcome run = play(sample,
-                           "host affiche\n"
-                           "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
-                           "press ok\n"
-                           "mark\tpossible 1\t# tabs part words as spaces do\n"
-                           "click selected 9\n"
-                           "click selected 0\n"
-                           "observation \"Par la porte de derrière\" close ok\n"
-                           "press obs\n"
-                           "press remove\n"
-                           "show\n"
-                           "host vider-tache\n"
-                           "host affiche \"Aide au lever\" 25 \"Linge\" Inconnue 5 \"\"\n"
-                           "show\n",
-                           true);
-  ASSERT_EQ(run.status, 0) << run.err;
-  const Json j = Json::parse(run.out);
+  const Outcome o = play(sample,
+                         "host affiche\n"
+                         "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
+                         "press ok\n"
+                         "mark\tpossible 1\t# tabs part words as spaces do\n"
+                         "click selected 9\n"
+                         "click selected 0\n"
+                         "observation \"Par la porte de derrière\" close ok\n"
+                         "press obs\n"
+                         "press remove\n"
+                         "show\n"
+                         "host vider-tache\n"
+                         "host affiche \"Aide au lever\" 25 \"Linge\" Inconnue 5 \"\"\n"
+                         "show\n",
+                         true);
+  ASSERT_EQ(o.status, 0) << o.err;
+  const Json j = Json::parse(o.out);
   const Json& state = j["shows"][0]["state"];
   EXPECT_EQ(state["R_Obs"][0], "Par la porte de derrière");
   EXPECT_EQ(

@@ -8,14 +8,12 @@
 #include <vector>
 
 #include "cli/run_velmora.h"
-#include "support/account.h"
 
 namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
 using cli_test::Outcome;
-using cli_test::runVelmora;
 
 // Rows written out by hand: three columns of 26, then the duration.
 std::string col(const std::string& utf8) {
@@ -26,7 +24,7 @@ std::string right(const std::string& s, std::size_t width) {
   return std::string(width - s.size(), ' ') + s;
 }
 
-class Propose : public ::testing::Test {
+class Propose : public cli_test::Tool {
  protected:
   void SetUp() override {
     account.put("BESOINSAIDE", "00001", {{"Mme Test"}});
@@ -50,14 +48,8 @@ class Propose : public ::testing::Test {
                  {"Gants", ""}});
   }
 
-  Outcome run(const std::vector<std::string>& args) {
-    return runVelmora(args, account.directory());
-  }
-
   const std::string linge = col("T-LINGE") + col("G-LINGE") + col("Repassage");
   const std::string toilette = col("T-PERSONNE") + col("G-SOINS") + col("Aide à la toilette");
-
-  testing::TempAccount account;
 };
 
 TEST_F(Propose, PrintsWhatThePlannerSees) {

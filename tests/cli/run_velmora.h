@@ -1,6 +1,8 @@
-// Runs the built velmora tool as a user does, its output read back whole.
+// Runs the built velmora tool as a user does, on a temporary account, its output read
+// back whole.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -10,7 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "support/account.h"
+
 namespace velmora::cli_test {
+
+namespace fs = std::filesystem;
 
 struct Outcome {
   int status = -1;
@@ -21,26 +27,23 @@ struct Outcome {
 // One word for the shell, whatever it holds.
 inline std::string shellWord(const std::string& word) {
   std::string q = "'";
-  for (const char c : word) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
+  for (const char c : word) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return q + "'";
 }
 
-inline std::string slurp(const std::filesystem::path& path) {
+inline std::string slurp(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream s;
   s << in.rdbuf();
   return s.str();
 }
 
+inline void spit(const fs::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
 // Runs velmora with these arguments, no input, and its output captured in workDir.
-inline Outcome runVelmora(const std::vector<std::string>& args,
-                          const std::filesystem::path& workDir) {
+inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& workDir) {
   std::string command = shellWord(VELMORA_CLI);
   for (const auto& a : args) command += " " + shellWord(a);
   const auto out = workDir / "stdout.txt";
@@ -49,5 +52,15 @@ inline Outcome runVelmora(const std::vector<std::string>& args,
   const int raw = std::system(command.c_str());
   return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
 }
+
+// The tool at hand, on a temporary account.
+class Tool : public ::testing::Test {
+ protected:
+  Outcome run(const std::vector<std::string>& args) { return runVelmora(args, dir()); }
+  fs::path dir() const { return account.directory(); }
+  std::string db() const { return account.path(); }
+
+  testing::TempAccount account;
+};
 
 }  // namespace velmora::cli_test
