@@ -21,41 +21,6 @@ class HostWidget : public ::testing::Test {
   TempAccount account;
 };
 
-TEST_F(HostWidget, OwnsItsControlAndSignalsTotalSelectionAndMandatoryOncePerGesture) {
-  putTaskCatalogue(account);
-  qt::VelmoraWidget w;  // as Designer or a .ui form creates it
-  Ctr_VelmoraNew& c = w.control();
-  QSignalSpy totals(&w, &qt::VelmoraWidget::totalChanged);
-  QSignalSpy selections(&w, &qt::VelmoraWidget::selectionChanged);
-  QSignalSpy mandatory(&w, &qt::VelmoraWidget::mandatoryChanged);
-  EXPECT_EQ(w.property("kind").toString(), QString());
-
-  initClient(c, account);
-  c.Cac_TouteTache.toggle();  // the whole catalogue
-  QCoreApplication::processEvents();
-  EXPECT_EQ(w.property("kind").toString(), QStringLiteral("AUTRE"));
-  EXPECT_EQ(totals.count(), 0);  // still 0 minutes
-  EXPECT_FALSE(w.property("mandatory").toBool());
-  const qsizetype selectionsAfterInit = selections.count();
-
-  // Vaisselle (15) and Repassage (45, mandatory) in one press.
-  c.Lst_Possible.click(1);
-  c.Lst_Possible.click(2);
-  c.Cmd_Select.press();
-  QCoreApplication::processEvents();
-  ASSERT_EQ(totals.count(), 1);
-  EXPECT_EQ(totals.at(0).at(0).toDouble(), 60.0);
-  EXPECT_EQ(selections.count(), selectionsAfterInit + 1);
-  ASSERT_EQ(mandatory.count(), 1);
-  EXPECT_TRUE(mandatory.at(0).at(0).toBool());
-  EXPECT_TRUE(w.property("mandatory").toBool());
-
-  c.Vider_Tache();
-  QCoreApplication::processEvents();
-  EXPECT_EQ(selections.count(), selectionsAfterInit + 2);
-  EXPECT_FALSE(w.property("mandatory").toBool());
-}
-
 // A failure an event procedure lets out (the switch's query once the host has emptied
 // everything, connection included) is shown in French, or handed to a listening host with
 // no box; the control goes on working.

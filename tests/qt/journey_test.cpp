@@ -1,6 +1,7 @@
 // One planner's journey on the Qt widgets, the question box and the observations dialog,
 // each step made with the mouse or the keyboard: it leaves the lists, totals and record
-// written out by hand, step by step, and the widgets show what the toolkit objects hold.
+// written out by hand, step by step, the widgets show what the toolkit objects hold, and
+// the host hears of each change of the total and of the mandatory warning once.
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -90,6 +91,9 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
   int questions = 0;
   int dialogs = 0;
   std::vector<Snapshot> s;
+  std::vector<double> totals;  // as the host is told of them, once per gesture
+  std::vector<bool> mandatory;
+  int selections = 0;
   {
     Ctr_VelmoraNew c;
     VelmoraWidget w(c);
@@ -97,6 +101,9 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
     w.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&w));
+    QObject::connect(&w, &VelmoraWidget::totalChanged, [&](double t) { totals.push_back(t); });
+    QObject::connect(&w, &VelmoraWidget::mandatoryChanged, [&](bool m) { mandatory.push_back(m); });
+    QObject::connect(&w, &VelmoraWidget::selectionChanged, [&] { ++selections; });
     ListBoxView& possible = *w.listView(c.Lst_Possible);
     ListBoxView& selected = *w.listView(c.Lst_Selectionne);
     QWidget* dureeSoin = w.view(c.Txt_DureeSoin);
@@ -109,6 +116,7 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     initClient(c, account);
     click(w.view(c.Cac_TouteTache));
     record();
+    EXPECT_EQ(w.property("kind").toString(), QStringLiteral("AUTRE"));
     key(&possible, Qt::Key_Space);  // the caret starts on the first row
     key(&possible, Qt::Key_Down);
     key(&possible, Qt::Key_Down);
@@ -196,11 +204,15 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     c.MAJ_Enr();
     EXPECT_EQ(c.W_Enr->DCount(), 2);
     EXPECT_EQ(c.W_Enr->r(1, 2), u"25");
+    EXPECT_EQ(w.property("total").toDouble(), 55.0);
   }
   Variable::resetAll();
   ASSERT_EQ(s.size(), 10u);
   EXPECT_EQ(questions, 2);
   EXPECT_EQ(dialogs, 2);
+  EXPECT_EQ(totals, (std::vector<double>{65, 95, 100, 55}));
+  EXPECT_EQ(mandatory, (std::vector<bool>{true, false}));
+  EXPECT_EQ(selections, 6);  // Init, Select, Return, OK, the observation, Yes: not No nor Annuler
 
   // And what the planner did, written out by hand.
   EXPECT_EQ(s[0].possible, (std::vector<std::string>{row("Ménage", "Entretien", "Aspirateur", "20"),
