@@ -18,45 +18,37 @@ namespace {
 using qt::ListBoxView;
 using qt::VelmoraWidget;
 
-// The rows a list shows, and those it paints highlighted.
-std::vector<std::string> shownRows(const ListBoxView& view) {
-  std::vector<std::string> rows;
+// What a list shows: its rows, and those it paints highlighted.
+std::pair<std::vector<std::string>, std::vector<int>> shown(const ListBoxView& view) {
+  std::pair<std::vector<std::string>, std::vector<int>> shown;
   for (int i = 0; i < view.listModel().rowCount(); ++i) {
-    rows.push_back(view.listModel().index(i).data().toString().toStdString());
+    const QModelIndex row = view.listModel().index(i);
+    shown.first.push_back(row.data().toString().toStdString());
+    if (row.data(Qt::BackgroundRole).isValid()) shown.second.push_back(i);
   }
-  return rows;
-}
-std::vector<int> shownMarks(const ListBoxView& view) {
-  std::vector<int> marks;
-  for (int i = 0; i < view.listModel().rowCount(); ++i) {
-    if (view.listModel().index(i).data(Qt::BackgroundRole).isValid()) marks.push_back(i);
-  }
-  return marks;
+  return shown;
 }
 
 // The widgets show what the toolkit objects hold, once the lists have caught up.
 void expectWidgetsFollow(const VelmoraWidget& w, const Ctr_VelmoraNew& c, int step) {
+  SCOPED_TRACE("step " + std::to_string(step));
   QCoreApplication::processEvents();
   const Snapshot s = snapshot(c);
-  const ListBoxView& possible = *w.listView(c.Lst_Possible);
-  const ListBoxView& selected = *w.listView(c.Lst_Selectionne);
-  EXPECT_EQ(shownRows(possible), s.possible) << "step " << step;
-  EXPECT_EQ(shownMarks(possible), s.marked) << "step " << step;
-  EXPECT_EQ(shownRows(selected), s.rows) << "step " << step;
-  EXPECT_EQ(shownRows(*w.listView(c.Lst_CodeSelect)), s.codes) << "step " << step;
   const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
-  EXPECT_EQ(shownMarks(selected), current) << "step " << step;
-  EXPECT_EQ(qobject_cast<QLineEdit*>(w.view(c.Txt_Duree))->text().toStdString(), s.duree)
-      << "step " << step;
-  EXPECT_EQ(qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin))->text().toStdString(), s.dureeSoin)
-      << "step " << step;
-  EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative) << "step " << step;
+  EXPECT_EQ(shown(*w.listView(c.Lst_Possible)), std::pair(s.possible, s.marked));
+  EXPECT_EQ(shown(*w.listView(c.Lst_Selectionne)), std::pair(s.rows, current));
+  EXPECT_EQ(shown(*w.listView(c.Lst_CodeSelect)).first, s.codes);
+  const auto text = [&](const toolkit::Control& box) {
+    return qobject_cast<QLineEdit*>(w.view(box))->text().toStdString();
+  };
+  EXPECT_EQ(text(c.Txt_Duree), s.duree);
+  EXPECT_EQ(text(c.Txt_DureeSoin), s.dureeSoin);
+  EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative);
   const std::vector<const toolkit::Control*> controls{
       &c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
       &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
   for (std::size_t i = 0; i < controls.size(); ++i) {
-    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i])
-        << controls[i]->name() << " at step " << step;
+    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i]) << controls[i]->name();
   }
 }
 
