@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
@@ -23,17 +22,6 @@ using cli_test::Outcome;
 using cli_test::shellWord;
 using cli_test::slurp;
 using cli_test::spit;
-
-// Three thousand records, for an import that takes long enough to be cut short.
-fs::path bigImport(const fs::path& dir) {
-  fs::path big = dir / "big.jsonl";
-  std::ofstream out(big, std::ios::binary);
-  for (int i = 0; i < 3000; ++i) {
-    out << R"({"file":"TACHE","key":"B)" << i << R"(","record":[")" << std::string(100, 'b')
-        << "\"]}\n";
-  }
-  return big;
-}
 
 class Cli : public cli_test::Tool {
  protected:
@@ -118,20 +106,20 @@ TEST_F(Cli, SampleBuildsAStoreThatQueryAndGetPrint) {
 // sample replaces a store whole or not at all: never another file, never the user's own
 // files beside it, and no journal of the old store is left to be played over the new one.
 TEST_F(Cli, SampleReplacesOnlyAStoreWholeAndLeavesNoJournalOfTheOldOne) {
-  const fs::path notes = dir() / "notes.txt";
-  spit(notes, "mes notes\n");
-  const auto refused = run({"sample", "--db", notes.string(), "--from", sampleDir()});
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_NE(refused.err.find("is not a Velmora store"), std::string::npos) << refused.err;
-  EXPECT_EQ(slurp(notes), "mes notes\n");
-  // A journal whose store is gone may belong to a store moved away: it is kept, and the
-  // store is not made.
+  // Refused: a file that is not a store, and a store gone with its journal left (it may
+  // belong to a store moved away). The files stay as they were and no store is made.
+  const std::string notes = (dir() / "notes.txt").string();
   const std::string gone = (dir() / "gone.db").string();
+  spit(notes, "mes notes\n");
   spit(gone + "-journal", "journal d'une base partie\n");
-  const auto orphan = run({"sample", "--db", gone, "--from", sampleDir()});
-  EXPECT_EQ(orphan.status, 1);
-  EXPECT_NE(orphan.err.find("is left beside it"), std::string::npos) << orphan.err;
-  EXPECT_EQ(slurp(gone + "-journal"), "journal d'une base partie\n");
+  for (const auto& [target, kept, message] : {std::tuple{notes, notes, "is not a Velmora store"},
+                                              {gone, gone + "-journal", "is left beside it"}}) {
+    const std::string was = slurp(kept);
+    const auto refused = run({"sample", "--db", target, "--from", sampleDir()});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find(message), std::string::npos) << refused.err;
+    EXPECT_EQ(slurp(kept), was);
+  }
   EXPECT_FALSE(fs::exists(gone));
 
   for (const std::string left : {"hot", "wal", "stale"}) {
@@ -224,20 +212,6 @@ TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
   }
 }
 
-// Past a file-size limit (as on a full disk) the import fails, says what to do and leaves
-// the store as it was, with no journal beside it.
-TEST_F(Cli, AnImportOnAFullDiskChangesNothing) {
-  const fs::path big = bigImport(dir());
-  const std::string before = slurp(db());
-  const std::string command = "ulimit -f 200; " + shellWord(VELMORA_CLI) + " import " +
-                              shellWord(big.string()) + " --db " + shellWord(db()) + " 2>" +
-                              shellWord((dir() / "full.txt").string());
-  EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
-  EXPECT_NE(slurp(dir() / "full.txt").find("disk full"), std::string::npos);
-  EXPECT_FALSE(fs::exists(db() + "-journal"));
-  EXPECT_EQ(slurp(db()), before);
-}
-
 // A second import into a new path while the first one holds the lock: it fails clearly
 // and removes nothing, so the first one's work is still there once committed.
 TEST_F(Cli, ASecondImportThatCannotLockFailsClearlyAndRemovesNothing) {
@@ -260,11 +234,28 @@ TEST_F(Cli, ASecondImportThatCannotLockFailsClearlyAndRemovesNothing) {
   EXPECT_EQ(run({"get", "--db", target.string(), "TACHE", "A"}).out, "1\n");
 }
 
-// An import killed at a random moment leaves the store whole: all of its batch or none.
-// VELMORA_STRESS=100 runs more rounds.
-TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
-  const fs::path big = bigImport(dir());
+// An import cut short leaves the store whole: all of its batch or none.
+TEST_F(Cli, AnImportOnAFullDiskOrKilledAtARandomMomentLeavesTheStoreWhole) {
+  const fs::path big = dir() / "big.jsonl";  // long enough to be cut short
+  std::string records;
+  for (int i = 0; i < 3000; ++i) {
+    records += R"({"file":"TACHE","key":"B)" + std::to_string(i) + R"(","record":[")" +
+               std::string(100, 'b') + "\"]}\n";
+  }
+  spit(big, records);
   account.put("TACHE", "Vitres", {{"1"}});
+  const std::string import =
+      shellWord(VELMORA_CLI) + " import " + shellWord(big.string()) + " --db " + shellWord(db());
+  // Past a file-size limit (as on a full disk) it fails, says what to do and leaves the
+  // store as it was, with no journal beside it.
+  const std::string before = slurp(db());
+  const std::string full = "ulimit -f 200; " + import + " 2>" + shellWord(dir() / "full.txt");
+  EXPECT_EQ(WEXITSTATUS(std::system(full.c_str())), 1);
+  EXPECT_NE(slurp(dir() / "full.txt").find("disk full"), std::string::npos);
+  EXPECT_FALSE(fs::exists(db() + "-journal"));
+  EXPECT_EQ(slurp(db()), before);
+
+  // Killed at a random moment. VELMORA_STRESS=100 runs more rounds.
   std::mt19937 random(std::random_device{}());
   const char* raised = std::getenv("VELMORA_STRESS");
   const int rounds = raised != nullptr ? std::max(1, std::atoi(raised)) : 4;
@@ -276,8 +267,7 @@ TEST_F(Cli, AnImportKilledAtARandomMomentLeavesTheStoreWhole) {
                  (inTheWrite ? "the journal appeared" : "the start"));
     const std::string waitForJournal = "while [ ! -e " + shellWord(db() + "-journal") +
                                        " ] && kill -0 $p 2>/dev/null; do :; done; ";
-    const std::string command = shellWord(VELMORA_CLI) + " import " + shellWord(big.string()) +
-                                " --db " + shellWord(db()) + " >/dev/null 2>&1 & p=$!; " +
+    const std::string command = import + " >/dev/null 2>&1 & p=$!; " +
                                 (inTheWrite ? waitForJournal : "") + "sleep " +
                                 std::to_string(delayMs / 1000.0) + "; kill -9 $p 2>/dev/null; wait";
     std::system(command.c_str());
