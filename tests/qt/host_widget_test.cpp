@@ -6,6 +6,7 @@
 #include <QSignalSpy>
 
 #include <velmora/qt/failure_display.h>
+#include <velmora/qt/qt_services.h>
 #include "control/module_slots.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
@@ -70,8 +71,11 @@ TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
   putTaskCatalogue(account);
   Ctr_VelmoraNew hosts;  // outlives the widget that shows it
   qt::VelmoraWidget w;
+  const auto held = std::make_shared<qt::QtServices>();  // by the control the widget made
+  w.control().setServices(held);
   w.setControl(hosts);
   EXPECT_EQ(&w.control(), &hosts);
+  EXPECT_EQ(held.use_count(), 1);  // that control is gone, and what it held let go
   ASSERT_NE(w.listView(hosts.Lst_Possible), nullptr);
   EXPECT_EQ(w.findChildren<qt::ListBoxView*>().size(), 4);  // the old control's are gone
 

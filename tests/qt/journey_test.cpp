@@ -123,7 +123,7 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     key(&possible, Qt::Key_End);
     key(&possible, Qt::Key_Return);
     record();
-    doubleClickRow(selected, 0);
+    QTest::mouseDClick(selected.viewport(), Qt::LeftButton, {}, selected.rowRect(0).center());
     record();
     // A double-click on "20" selects it; typing replaces it (the letter is refused). A click
     // at the left edge puts the caret before the text, the digit goes in there, and Delete

@@ -79,11 +79,8 @@ TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
 // Keys move the caret of the list of marks, clamped to its rows; the space bar marks the
 // row under it. In a fresh list the first arrow lands on the first row.
 TEST_F(ListModel, KeysMoveTheCaretToTheRowTheyAimAt) {
-  struct Case {
-    std::vector<Qt::Key> keys;
-    int marked;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::pair<std::vector<Qt::Key>, int>> cases{
+      // keys, the row marked
       {{Qt::Key_Up}, 0},
       {{Qt::Key_Down}, 0},
       {{Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up}, 1},
@@ -93,15 +90,15 @@ TEST_F(ListModel, KeysMoveTheCaretToTheRowTheyAimAt) {
       {{Qt::Key_End, Qt::Key_Home, Qt::Key_Up}, 0},
       {{Qt::Key_Down, Qt::Key_PageDown, Qt::Key_PageUp}, 0},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.marked);
+  for (const auto& [keys, row] : cases) {
+    SCOPED_TRACE(row);
     Ctr_VelmoraNew control;
     qt::VelmoraWidget widget(control);
     for (int i = 0; i < 10; ++i) control.Lst_Possible.AddItem(numbered(i));
     ListBoxView* view = widget.listView(control.Lst_Possible);
-    for (const Qt::Key key : c.keys) QTest::keyClick(view, key);
+    for (const Qt::Key key : keys) QTest::keyClick(view, key);
     QTest::keyClick(view, Qt::Key_Space);
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(control.Lst_Possible.Selected(i), i == c.marked) << i;
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(control.Lst_Possible.Selected(i), i == row) << i;
   }
 }
 
@@ -118,7 +115,7 @@ TEST_F(ListModel, AClickMarksTheRowUnderIt) {
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
                     first.center() + QPoint(0, 3 * first.height()));
   EXPECT_TRUE(ctl.Lst_Possible.Selected(3));
-  clickRow(possible, 1);
+  QTest::mouseClick(possible.viewport(), Qt::LeftButton, {}, possible.rowRect(1).center());
   EXPECT_EQ(ctl.Lst_Possible.ListIndex(), 1);
   QCoreApplication::processEvents();
   EXPECT_TRUE(marked(1));

@@ -116,12 +116,6 @@ inline void whenModal(std::function<void(QWidget&)> action, int attempts = 300) 
 }
 
 // The planner's hand on the widgets.
-inline void clickRow(qt::ListBoxView& view, int row) {
-  QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, view.rowRect(row).center());
-}
-inline void doubleClickRow(qt::ListBoxView& view, int row) {
-  QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, view.rowRect(row).center());
-}
 inline void click(QWidget* widget) {
   ASSERT_NE(widget, nullptr);
   QTest::mouseClick(widget, Qt::LeftButton);

@@ -5,7 +5,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <functional>
-#include <map>
 #include <vector>
 
 #include <velmora/qt/qt_services.h>
@@ -29,35 +28,33 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
     int style;
     Close close;
     int code;
+    QMessageBox::Icon icon;
     QStringList captions;  // sorted, the default last; none when not looked at
   };
   const int yesNo = toolkit::kStyleYesNoQuestion;
+  const auto question = QMessageBox::Question;
   const std::vector<Case> cases{
-      {yesNo, yes, toolkit::kMsgBoxYes, {QStringLiteral("&Non"), QStringLiteral("&Oui")}},
-      {yesNo, no, toolkit::kMsgBoxNo, {}},
-      {yesNo, enter, toolkit::kMsgBoxYes, {}},
+      {yesNo, yes, toolkit::kMsgBoxYes, question, {QStringLiteral("&Non"), QStringLiteral("&Oui")}},
+      {yesNo, no, toolkit::kMsgBoxNo, question, {}},
+      {yesNo, enter, toolkit::kMsgBoxYes, question, {}},
       // Escape, or a box closed without a button, answers No, never Yes.
-      {yesNo, escape, toolkit::kMsgBoxNo, {}},
-      {yesNo, reject, toolkit::kMsgBoxNo, {}},
+      {yesNo, escape, toolkit::kMsgBoxNo, question, {}},
+      {yesNo, reject, toolkit::kMsgBoxNo, question, {}},
       // A box of one button answers with it, however it is closed.
-      {64, ok, 1, {QStringLiteral("OK")}},
-      {16, escape, 1, {}},
-      {48, reject, 1, {}},
+      {64, ok, 1, QMessageBox::Information, {QStringLiteral("OK")}},
+      {16, escape, 1, QMessageBox::Critical, {}},
+      {48, reject, 1, QMessageBox::Warning, {}},
   };
-  const std::map<int, QMessageBox::Icon> icons{{yesNo, QMessageBox::Question},
-                                               {16, QMessageBox::Critical},
-                                               {48, QMessageBox::Warning},
-                                               {64, QMessageBox::Information}};
   QtServices services;
   for (std::size_t i = 0; i < cases.size(); ++i) {
     const Case& c = cases[i];
     SCOPED_TRACE(i);
-    whenModal([&c, &icons](QWidget& modal) {
+    whenModal([&c](QWidget& modal) {
       auto* box = qobject_cast<QMessageBox*>(&modal);
       ASSERT_NE(box, nullptr);
       EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
       EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
-      EXPECT_EQ(box->icon(), icons.at(c.style));
+      EXPECT_EQ(box->icon(), c.icon);
       if (!c.captions.isEmpty()) {
         QStringList captions;
         for (QAbstractButton* b : box->buttons()) captions << b->text();

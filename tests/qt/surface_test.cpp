@@ -1,6 +1,7 @@
 // The control on screen: every child at its place, with its caption, font, colours,
 // visibility and tab position, and the captions that Init rewrites.
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include <QCheckBox>
@@ -47,14 +48,9 @@ QString captionOf(QWidget* view) {
 
 TEST_F(Surface, EveryChildStandsAtItsPlaceInPixelsOfFifteenTwipsWithItsCaption) {
   EXPECT_EQ(w.size(), QSize(664, 400));
-  struct Case {
-    const char* name;
-    QRect rect;  // pixels, in the parent
-    bool inFrame;
-    const char* caption;
-    std::string state;  // "off": disabled, "hidden": not shown
-  };
-  const std::vector<Case> places{
+  // Each child: its name, its place in its parent in pixels, whether it lies in the frame,
+  // its caption, and "off" when disabled or "hidden" when not shown.
+  const std::vector<std::tuple<const char*, QRect, bool, const char*, std::string>> places{
       {"Cac_TouteTache", {8, 8, 161, 17}, false, "Afficher toutes les tâches", ""},
       {"Cdr_Soins", {0, 32, 662, 361}, false, "", ""},
       {"Lst_CodePos", {504, 104, 57, 56}, true, "", "hidden"},
@@ -86,16 +82,17 @@ TEST_F(Surface, EveryChildStandsAtItsPlaceInPixelsOfFifteenTwipsWithItsCaption) 
   ASSERT_EQ(ctl.controls().size(), places.size());
   QWidget* frame = w.view(ctl.Cdr_Soins);
   for (std::size_t i = 0; i < places.size(); ++i) {
-    const auto& place = places[i];
-    ASSERT_EQ(ctl.controls()[i]->name(), place.name);
+    const auto& [name, rect, inFrame, caption, state] = places[i];
+    SCOPED_TRACE(name);
+    ASSERT_EQ(ctl.controls()[i]->name(), name);
     QWidget* view = w.view(*ctl.controls()[i]);
-    ASSERT_NE(view, nullptr) << place.name;
-    EXPECT_EQ(view->objectName().toStdString(), place.name);
-    EXPECT_EQ(view->geometry(), place.rect) << place.name;
-    EXPECT_EQ(view->parentWidget(), place.inFrame ? frame : &w) << place.name;
-    EXPECT_EQ(captionOf(view), QString::fromUtf8(place.caption)) << place.name;
-    EXPECT_EQ(view->isEnabled(), place.state != "off") << place.name;
-    EXPECT_EQ(view->isVisibleTo(&w), place.state != "hidden") << place.name;
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->objectName().toStdString(), name);
+    EXPECT_EQ(view->geometry(), rect);
+    EXPECT_EQ(view->parentWidget(), inFrame ? frame : &w);
+    EXPECT_EQ(captionOf(view), QString::fromUtf8(caption));
+    EXPECT_EQ(view->isEnabled(), state != "off");
+    EXPECT_EQ(view->isVisibleTo(&w), state != "hidden");
   }
   EXPECT_TRUE(viewOf<QCheckBox>(ctl.Cac_TouteTache)->isChecked());
   EXPECT_EQ(viewOf<QLabel>(ctl.Label1)->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
