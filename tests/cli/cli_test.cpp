@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "cli/run_velmora.h"
@@ -48,13 +49,8 @@ TEST_F(Cli, HelpVersionAndMistakesExitWithTheirCodeAndMessage) {
   fs::create_directories(folder);
   const std::string garbage = (dir() / "garbage.db").string();
   spit(garbage, std::string(3000, 'Z'));
-  struct Case {
-    std::vector<std::string> args;
-    int status;
-    std::string out;  // the start of stdout
-    std::string err;  // found in stderr
-  };
-  const std::vector<Case> cases{
+  // Each case: the arguments, the exit status, the start of stdout, what stderr says.
+  const std::vector<std::tuple<std::vector<std::string>, int, std::string, std::string>> cases{
       {{"--help"}, 0, "usage: velmora COMMAND", ""},
       {{"--version"}, 0, "velmora ", ""},
       {{"export", "-h", "--db", db()}, 0, "usage: velmora export", ""},
@@ -74,12 +70,12 @@ TEST_F(Cli, HelpVersionAndMistakesExitWithTheirCodeAndMessage) {
       {{"get", "--db", db(), "TACHE", "nope"}, 1, "", "velmora: record not found"},
       {{"query", "--db", garbage, "SSELECT TACHE"}, 1, "", "garbage.db"},
   };
-  for (const auto& c : cases) {
-    const Outcome o = run(c.args);
-    SCOPED_TRACE((c.args.empty() ? "" : c.args.front()) + " -> " + o.err);
-    EXPECT_EQ(o.status, c.status);
-    EXPECT_EQ(o.out.rfind(c.out, 0), 0u) << o.out;
-    EXPECT_NE(o.err.find(c.err), std::string::npos);
+  for (const auto& [args, status, out, err] : cases) {
+    const Outcome o = run(args);
+    SCOPED_TRACE((args.empty() ? "" : args.front()) + " -> " + o.err);
+    EXPECT_EQ(o.status, status);
+    EXPECT_EQ(o.out.rfind(out, 0), 0u) << o.out;
+    EXPECT_NE(o.err.find(err), std::string::npos);
   }
   EXPECT_EQ(slurp(garbage), std::string(3000, 'Z'));
 }
@@ -187,21 +183,16 @@ TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
   const fs::path kept = dir() / "kept.jsonl";
   spit(kept, "precious\n");
   spit(dir() / "garbage.db", std::string(3000, 'Z'));
-  struct Case {
-    std::vector<std::string> args;
-    int status;
-    const char* message;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::tuple<std::vector<std::string>, int, const char*>> cases{
       {{"export", "--db", db(), db()}, 2, "is the database itself"},
       {{"export", "--db", db(), link.string()}, 2, "is the database itself"},
       {{"export", "--db", db(), dir().string()}, 2, "is a folder"},
       {{"export", "--db", (dir() / "garbage.db").string(), kept.string()}, 1, "garbage.db"},
   };
-  for (const auto& c : cases) {
-    const auto outcome = run(c.args);
-    EXPECT_EQ(outcome.status, c.status) << c.args.back();
-    EXPECT_NE(outcome.err.find(c.message), std::string::npos) << outcome.err;
+  for (const auto& [args, status, message] : cases) {
+    const auto outcome = run(args);
+    EXPECT_EQ(outcome.status, status) << args.back();
+    EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;
   }
   EXPECT_EQ(slurp(db()), store);
   EXPECT_EQ(slurp(kept), "precious\n");

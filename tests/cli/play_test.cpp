@@ -26,11 +26,8 @@ class Play : public cli_test::Tool {
 };
 
 TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
-  struct Case {
-    std::string script;
-    std::string message;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::pair<std::string, std::string>> cases{
+      // script, message
       {"init AUTRE 00001\nshow\npres select\n", R"(script.play:3: unknown word "pres")"},
       {"show\npress selct\n", R"(script.play:2: unknown button "selct")"},
       {"click possible x\n", R"(script.play:1: "x" is not a row number)"},
@@ -47,11 +44,11 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
       {"host affiche A 10\n",
        "script.play:1: an item of host affiche needs CODE DURATION OBSERVATION"},
   };
-  for (const Case& c : cases) {
-    const Outcome o = play(db(), c.script);
-    EXPECT_EQ(o.status, 2) << c.script;
-    EXPECT_EQ(o.out, "") << c.script;  // not even the show before the mistake
-    EXPECT_NE(o.err.find(c.message), std::string::npos) << c.script << "\n" << o.err;
+  for (const auto& [script, message] : cases) {
+    const Outcome o = play(db(), script);
+    EXPECT_EQ(o.status, 2) << script;
+    EXPECT_EQ(o.out, "") << script;  // not even the show before the mistake
+    EXPECT_NE(o.err.find(message), std::string::npos) << script << "\n" << o.err;
   }
   EXPECT_EQ(run({"play", "--db", db(), "/nonexistent/script.play"}).status, 1);
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "cli/run_velmora.h"
@@ -88,13 +89,8 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
     args.insert(args.end(), more.begin(), more.end());
     return args;
   };
-  struct Case {
-    std::vector<std::string> args;
-    const char* field;
-    Json expected;
-  };
   const std::string key = "00001215120085001SEMTYPE";
-  const std::vector<Case> cases{
+  const std::vector<std::tuple<std::vector<std::string>, const char*, Json>> cases{
       {on("2026-11-23", {"--days", "1000000"}), "/captions/Etq_Sel3", "Tâche"},
       {on("23/11/2026", {}), "/W_Total", 10025},
       // Tuesday: the template is proposed all the same.
@@ -106,26 +102,21 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
        "/Lst_Selectionne",
        Json{linge + " " + right("10000", 6), toilette + "X" + right("25", 6)}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.field) + " of " + c.args[c.args.size() - 2]);
-    const auto o = run(c.args);
+  for (const auto& [args, field, expected] : cases) {
+    SCOPED_TRACE(std::string(field) + " of " + args[args.size() - 2]);
+    const auto o = run(args);
     ASSERT_EQ(o.status, 0) << o.err;
-    EXPECT_EQ(Json::parse(o.out).at(Json::json_pointer(c.field)), c.expected);
+    EXPECT_EQ(Json::parse(o.out).at(Json::json_pointer(field)), expected);
   }
 }
 
 TEST_F(Propose, MistakesAreNamed) {
-  struct Case {
-    std::vector<std::string> args;
-    int status;
-    std::string message;
-  };
   const std::string db = account.path();
   const auto client = [&](std::vector<std::string> more) {
     more.insert(more.begin(), {"propose", "--db", db, "--client", "00001"});
     return more;
   };
-  const std::vector<Case> cases{
+  const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases{
       {{"propose", "--db", db, "--client", "00077"}, 1, R"(unknown client "00077")"},
       {{"propose", "--db", db}, 2, "--client CODE is required"},
       {{"propose", "--db", db, "--client", "0001"}, 2, "5 caractères"},
@@ -145,12 +136,12 @@ TEST_F(Propose, MistakesAreNamed) {
       {{"consult", "--db", db}, 2, "--key FULLKEY is required"},
       {{"consult", "--db", db, "--key", "00001"}, 2, "a full key"},
   };
-  for (const Case& k : cases) {
-    SCOPED_TRACE(k.args.size() > 4 ? k.args[4] : k.args.back());
-    const auto o = run(k.args);
-    EXPECT_EQ(o.status, k.status);
+  for (const auto& [args, status, message] : cases) {
+    SCOPED_TRACE(args.size() > 4 ? args[4] : args.back());
+    const auto o = run(args);
+    EXPECT_EQ(o.status, status);
     EXPECT_EQ(o.out, "");
-    EXPECT_NE(o.err.find(k.message), std::string::npos) << o.err;
+    EXPECT_NE(o.err.find(message), std::string::npos) << o.err;
   }
 }
 
