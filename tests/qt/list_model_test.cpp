@@ -23,12 +23,8 @@ class ListModel : public ::testing::Test {
   void SetUp() override { Variable::resetAll(); }
   void TearDown() override { Variable::resetAll(); }
 
-  QString shown(int row) const {
-    return model().data(model().index(row), Qt::DisplayRole).toString();
-  }
-  bool marked(int row) const {
-    return model().data(model().index(row), ListBoxModel::kMarkedRole).toBool();
-  }
+  QString shown(int row) const { return model().index(row).data().toString(); }
+  bool marked(int row) const { return model().index(row).data(ListBoxModel::kMarkedRole).toBool(); }
   const ListBoxModel& model() const { return w.listView(ctl.Lst_Possible)->listModel(); }
 
   Ctr_VelmoraNew ctl;
