@@ -13,15 +13,12 @@ namespace velmora::testing {
 namespace {
 
 // Client 00001 on Monday 23/11/2026 (day 21512), 08:30 to 10:00.
-qt::Intervention monday() {
-  qt::Intervention i;
-  i.client = u"00001";
-  i.dateDeb = i.dateFin = u"23/11/2026";
-  i.heureDe = u"08:30";
-  i.heureA = u"10:00";
-  i.kind = u"AUTRE";
-  return i;
-}
+const qt::Intervention kMonday{.client = u"00001",
+                               .dateDeb = u"23/11/2026",
+                               .dateFin = u"23/11/2026",
+                               .heureDe = u"08:30",
+                               .heureA = u"10:00",
+                               .kind = u"AUTRE"};
 
 TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
   for (const auto& [time, hundredths] : {std::pair{u"08:30", u"0850"},
@@ -34,7 +31,7 @@ TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
     EXPECT_THROW(qt::fourDigitTime(bad), Failure) << toUtf8(bad);
   }
 
-  qt::Intervention i = monday();
+  qt::Intervention i = kMonday;
   EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151200000100850");
   i.dateDeb = u"29/11/2026";  // a Sunday
   EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151800000160850");
@@ -58,7 +55,7 @@ TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   const RecordRef items = ctl.W_Enr;
   ASSERT_GE(items->DCount(), 2);
 
-  const Text key = qt::storeSelection(path, monday(), *items);
+  const Text key = qt::storeSelection(path, kMonday, *items);
   ASSERT_EQ(key, u"DEMO0000012151200000100850");
   // What the host wrote, read back through a connection of its own.
   const RecordRef stored = openDatabase(path)->OpenFile(u"TPSDETAILSINTERV")->ReadRecord(key);
