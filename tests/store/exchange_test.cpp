@@ -51,17 +51,13 @@ TEST(Exchange, ReadsDeclarationsDictionaryAndRecords) {
   std::string windows = "\xEF\xBB\xBF";
   for (const char* c = kExample; *c != '\0'; ++c)
     windows += *c == '\n' ? "\r\n" : std::string(1, *c);
-  TempAccount account;
   const Batch batch = parse(windows);
-  EXPECT_EQ(batch.size(), 5u);
-  account.apply(batch);
-  const auto db = account.open();
-  const auto tache = db->OpenFile(u"TACHE")->ReadRecord(u"Repassage");
-  EXPECT_EQ(tache->r(), u"Entretien linge\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30");
-  const auto semType = db->OpenFile(u"TPSSEMAINETYPE")->ReadRecord(u"0001221186110002A");
-  EXPECT_EQ(semType->DCount(), 8);
-  EXPECT_EQ(semType->r(4), u"T1\uF8FDT2");
-  EXPECT_EQ(semType->r(8), u"\uF8FDSonner deux fois");
+  ASSERT_EQ(batch.size(), 5u);
+  EXPECT_EQ(std::get<Batch::PutRecord>(batch.changes()[3]).body,
+            u"Entretien linge\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30");
+  EXPECT_EQ(
+      std::get<Batch::PutRecord>(batch.changes()[4]).body,
+      u"\uF8FE1150\uF8FEA\uF8FET1\uF8FDT2\uF8FE30\uF8FD15\uF8FE\uF8FE\uF8FE\uF8FDSonner deux fois");
   const std::string whole(kExample);
   const std::string message = parseFailure(whole.substr(0, whole.size() - 30));
   EXPECT_EQ(message.rfind("t.jsonl:8: not a JSON object", 0), 0u) << message;
@@ -118,14 +114,12 @@ TEST(Exchange, BadLinesNameTheSourceAndLine) {
       {R"({"file":"T","key":"a","record":[1e310]})", "t.jsonl:1: not a JSON object"},
       {R"({"file":"T","key":"a","record":[1]})", "t.jsonl:1: attribute 1: a value must"},
       {R"({"file":"T","key":"a","record":["x",[]]})", "t.jsonl:1: attribute 2: an array"},
-      {R"({"file":"T","key":"a","record":"x"})", R"(t.jsonl:1: "record" must be an array)"},
       {R"({"file":"T","key":"a"})", R"(t.jsonl:1: "record" is missing)"},
       {R"({"file":"T","key":5,"record":[]})", R"(t.jsonl:1: "key" must be a string)"},
       {R"({"file":"T","colour":"red"})", R"(t.jsonl:1: unexpected member "colour")"},
       {R"({"name":"x"})", R"(t.jsonl:1: expected "file" or "dictionary")"},
       {R"({"dictionary":"T","name":"N"})", "t.jsonl:1: a dictionary item needs either"},
       {R"({"dictionary":"T","name":"N","key":[0,5]})", "t.jsonl:1: the key part's start"},
-      {R"({"dictionary":"T","name":"N","key":[1]})", R"(t.jsonl:1: "key" must be [start)"},
       {R"({"dictionary":"T","name":"N","attribute":-2})", R"(t.jsonl:1: "attribute" must)"},
       {R"({"file":"TWO WORDS"})", "t.jsonl:1: invalid call: file name"},
       {"{\"file\":\"T\",\"key\":\"a\",\"record\":[\"x\xEF\xA3\xBDy\"]}",

@@ -84,9 +84,9 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
              "DROP ROLE IF EXISTS velmora_intrus; "
              "CREATE ROLE velmora_intrus LOGIN PASSWORD 'juste'");
        },
-       [] { openDatabase("postgresql://velmora_intrus:faux@/?connect_timeout=5"); },
+       [] { openDatabase("postgresql://velmora_intrus:faux@/?password=faux&connect_timeout=5"); },
        [] { administerServer("DROP ROLE velmora_intrus"); }, errors::kDatabase,
-       "refuse la connexion"},
+       "La base postgresql://velmora_intrus@/?password=***&connect_timeout=5 refuse la connexion"},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
