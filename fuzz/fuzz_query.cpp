@@ -26,8 +26,6 @@ DatabaseRef makeAccount() {
            {u"TACHE", u"Vitres", u"2\uF8FEG-MAISON\uF8FD G-SOL\uF8FE\uF8FEO\uF8FE45"},
            {u"TPSSEMAINETYPE", u"0000121512208501A",
             u"\uF8FE1000\uF8FEA\uF8FERepassage\uF8FD Vitres\uF8FE30\uF8FD45"},
-           {u"TPSSEMAINETYPEFLOT", u"00001215120850CD", u"\uF8FE1130\uF8FES\uF8FE010101"},
-           {u"AIDEDETAILTACHE", u"0000121512", u"Repassage\uF8FE30"},
        }) {
     batch.putRecord(file, key, NorvikRecord(body));
   }
