@@ -99,7 +99,6 @@ TEST(Exchange, BadLinesNameTheSourceAndLine) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"a\",\"rec", "t.jsonl:2: not a JSON"},
       {"\n\n[1,2]\n", "t.jsonl:3: expected one JSON object"},
-      {R"({"file":"T","key":"a","record":[1e310]})", "t.jsonl:1: not a JSON object"},
       {R"({"file":"T","key":"a","record":[1]})", "t.jsonl:1: attribute 1: a value must"},
       {R"({"file":"T","key":"a","record":["x",[]]})", "t.jsonl:1: attribute 2: an array"},
       {R"({"file":"T","key":"a"})", R"(t.jsonl:1: "record" is missing)"},
