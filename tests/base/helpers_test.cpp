@@ -19,10 +19,7 @@ TEST(Utf8, EdgesOfTheEncoding) {
   EXPECT_EQ(fromUtf8(phrase).size(), 18u);  // the emoji takes two code units
   EXPECT_EQ(toUtf8(fromUtf8(phrase)), phrase);
   // Bytes that are not UTF-8, a cut sequence and an overlong form: one replacement a byte.
-  EXPECT_EQ(fromUtf8("a\xFF"
-                     "b"),
-            u"a\xFFFD"
-            "b");
+  EXPECT_EQ(fromUtf8("a\xFF!"), u"a\xFFFD!");
   EXPECT_EQ(fromUtf8("\xC3"), u"\xFFFD");
   EXPECT_EQ(fromUtf8("\xC0\xAF"), u"\xFFFD\xFFFD");
   EXPECT_EQ(toUtf8(Text(1, char16_t(0xD800))), "\xEF\xBF\xBD");  // a lone surrogate

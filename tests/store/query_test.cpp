@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <velmora/base/failure.h>
-#include <velmora/store/exchange.h>
+#include <velmora/store/sample_account.h>
 #include <velmora/store/sqlite_database.h>
 #include "store/query/order.h"
 #include "store/query/syntax.h"
@@ -184,9 +184,6 @@ TEST_F(Query, ColumnsGiveOneValuePerColumnSubvaluesForSeveralAndEmptyPastTheEnd)
             (Rows{{"B1", "G2", "45", ""}, {"B2", "G2\xEF\xA3\xBCG3", "5", ""}}));
   EXPECT_EQ(rows(db_, R"(SSELECT TACHE AVEC 0 = "A]")", "1 0"), (Rows{{"9", "A1"}, {"10", "A2"}}));
   long count = 0;
-  const auto result = db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "A]")", "0 1"), u"", count);
-  EXPECT_EQ(result->r(3, 1), u"");
-  EXPECT_EQ(result->r(0, 1), u"");
   EXPECT_EQ(db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "Z]")"), u"", count)->r(), u"");
   EXPECT_EQ(count, 0);
   EXPECT_EQ(db_->RunQuery(request(R"(SSELECT TACHE AVEC 0 = "C")", ""), u"", count)->r(), u"C");
@@ -258,12 +255,12 @@ TEST_F(Query, BadRequestsNameThePositionAndWhatWasExpected) {
 // Fast paths on the sample account: a client's template query decodes only the bodies it
 // must, a query on keys decodes none.
 TEST(SampleAccount, QueriesOnKeysDecodeOnlyTheRecordsTheyMust) {
+  // Built over the empty file that a failed first build leaves.
   TempAccount account;
-  for (const char* name : {"10-soins", "20-taches", "30-clients", "40-semaines"}) {
-    std::ifstream in(std::string(VELMORA_SAMPLE_DIR "/") + name + ".jsonl");
-    account.apply(readExchange(in, name));
-  }
-  const auto db = account.open();
+  const std::string path = account.directory() + "/sample.db";
+  std::ofstream{path};
+  buildSampleDatabase(path, VELMORA_SAMPLE_DIR);
+  const auto db = openDatabase(path);
   auto& sqlite = dynamic_cast<SqliteDatabase&>(db.get());
   sqlite.resetStatistics();
   EXPECT_EQ(
