@@ -73,6 +73,15 @@ TEST(Store, ReadsBackEveryCharacterAsANewRecordEachTime) {
   EXPECT_EQ(failureNumber([&] { account.open()->OpenFile(u"NOSUCHFILE"); }, &message),
             errors::kUnknownFile);
   EXPECT_NE(message.find("NOSUCHFILE"), std::string::npos) << message;
+  // Read one by one in a snapshot, well past what a server reads ahead at once.
+  Batch many;
+  const auto keyOf = [](int i) { return fromUtf8("K" + std::to_string(1000 + i)); };
+  for (int i = 0; i < 700; ++i) many.putRecord(u"MANY", keyOf(i), NorvikRecord(u"v" + keyOf(i)));
+  account.apply(many);
+  const auto manyDb = account.open();
+  const auto snapshot = manyDb->holdSnapshot();
+  const auto file = manyDb->OpenFile(u"MANY");
+  for (int i = 0; i < 700; ++i) ASSERT_EQ(file->ReadRecord(keyOf(i))->r(), u"v" + keyOf(i));
 }
 
 TEST(Store, ABatchIsAllOrNothingAndRefusesBadNamesAtOnce) {
