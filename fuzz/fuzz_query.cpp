@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <system_error>
 
 #include <unistd.h>
 
@@ -16,58 +15,45 @@ namespace {
 
 using namespace velmora;
 
-// A small account in a file of this run, removed at exit.
-struct Account {
-  std::filesystem::path path = std::filesystem::temp_directory_path() /
-                               ("velmora-fuzz-query-" + std::to_string(::getpid()) + ".db");
-  DatabaseRef db;
-
-  Account() {
-    std::filesystem::remove(path);
-    Batch batch = standardLayout();
-    const auto put = [&](const char16_t* file, const char16_t* key, const char16_t* body) {
-      batch.putRecord(file, key, NorvikRecord(body));
-    };
-    put(u"TACHE", u"Repassage", u"1\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30");
-    put(u"TACHE", u"Vitres", u"2\uF8FEG-MAISON\uF8FD G-SOL\uF8FE\uF8FEO\uF8FE45");
-    put(u"TPSSEMAINETYPE", u"0000121512208501A",
-        u"\uF8FE1000\uF8FEA\uF8FERepassage\uF8FD Vitres\uF8FE30\uF8FD45");
-    put(u"TPSSEMAINETYPEFLOT", u"00001215120850CD", u"\uF8FE1130\uF8FES\uF8FE010101");
-    put(u"AIDEDETAILTACHE", u"0000121512", u"Repassage\uF8FE30");
-    StoreWriter(path.string(), StoreWriter::Sync::Fast).apply(batch);
-    db = openDatabase(path.string());
+// A small account in a file of this run, removed once it is open.
+DatabaseRef makeAccount() {
+  const std::string path = (std::filesystem::temp_directory_path() /
+                            ("velmora-fuzz-query-" + std::to_string(::getpid()) + ".db"))
+                               .string();
+  Batch batch = standardLayout();
+  for (const auto& [file, key, body] : {
+           std::tuple{u"TACHE", u"Repassage", u"1\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30"},
+           {u"TACHE", u"Vitres", u"2\uF8FEG-MAISON\uF8FD G-SOL\uF8FE\uF8FEO\uF8FE45"},
+           {u"TPSSEMAINETYPE", u"0000121512208501A",
+            u"\uF8FE1000\uF8FEA\uF8FERepassage\uF8FD Vitres\uF8FE30\uF8FD45"},
+       }) {
+    batch.putRecord(file, key, NorvikRecord(body));
   }
-  ~Account() {
-    db.reset();
-    std::error_code ec;
-    std::filesystem::remove(path, ec);
-  }
-};
-
-DatabaseRef account() {
-  static Account account;
-  return account.db;
+  std::filesystem::remove(path);
+  StoreWriter(path, StoreWriter::Sync::Fast).apply(batch);
+  DatabaseRef db = openDatabase(path);
+  std::filesystem::remove(path);  // the open connection keeps reading it
+  long count = 0;
+  db->RunQuery(u"SSELECT TACHE\uF8FETACHE", u"", count);
+  if (count != 2) __builtin_trap();
+  return db;
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const DatabaseRef db = makeAccount();
   // The input is the query; an optional line after it names the columns.
   const std::string text(reinterpret_cast<const char*>(data), size);
   const auto newline = text.find('\n');
-  const Text query = fromUtf8(text.substr(0, newline));
   const Text columns =
       newline == std::string::npos ? Text(u"0") : fromUtf8(text.substr(newline + 1));
-  for (const Text& file : {Text(u"TACHE"), Text(u"TPSSEMAINETYPE")}) {
-    Text request = query;
-    request += kAttributeMark;
-    request += file;
-    request += kAttributeMark;
-    request += columns;
+  for (const Text file : {u"TACHE", u"TPSSEMAINETYPE"}) {
     try {
       long count = 0;
-      const auto answer = account()->RunQuery(request, u"", count);
-      (void)answer->DCount();
+      const Text request =
+          fromUtf8(text.substr(0, newline)) + kAttributeMark + file + kAttributeMark + columns;
+      (void)db->RunQuery(request, u"", count)->DCount();
     } catch (const Failure&) {
     }
   }

@@ -1,3 +1,5 @@
+// The exchange files: what an import reads, what it refuses (naming the source and line),
+// and the stable order of an export (the tool's tests make the round trips).
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -7,6 +9,7 @@
 #include <velmora/store/exchange.h>
 #include <velmora/store/sqlite_database.h>
 #include "support/account.h"
+#include "support/failure_number.h"
 
 namespace velmora {
 namespace {
@@ -25,13 +28,9 @@ std::string exported(const std::string& path) {
 }
 
 std::string parseFailure(const std::string& text) {
-  try {
-    parse(text);
-  } catch (const Failure& f) {
-    EXPECT_EQ(f.number(), errors::kBadImport) << f.what();
-    return f.what();
-  }
-  return "no failure";
+  std::string message = "no failure";
+  EXPECT_EQ(testing::failureNumber([&] { parse(text); }, &message), errors::kBadImport) << message;
+  return message;
 }
 
 const char* const kExample =
@@ -46,114 +45,77 @@ const char* const kExample =
     R"({"file":"TPSSEMAINETYPE","key":"0001221186110002A","record":["","1150","A",)"
     "[\"T1\",\"T2\"],[\"30\",\"15\"],\"\",\"\",[\"\",  \"Sonner deux fois\"]]}\n";
 
+// A byte order mark and Windows line ends are read too; a file cut in the middle of a
+// line fails at that line, cut just after a line end it reads whole.
 TEST(Exchange, ReadsDeclarationsDictionaryAndRecords) {
-  TempAccount account;
-  const Batch batch = parse(kExample);
-  EXPECT_EQ(batch.size(), 5u);
-  account.apply(batch);
-  const auto db = account.open();
-  const auto tache = db->OpenFile(u"TACHE")->ReadRecord(u"Repassage");
-  EXPECT_EQ(tache->r(), u"Entretien linge\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30");
-  const auto semType = db->OpenFile(u"TPSSEMAINETYPE")->ReadRecord(u"0001221186110002A");
-  EXPECT_EQ(semType->DCount(), 8);
-  EXPECT_EQ(semType->r(4), u"T1\uF8FDT2");
-  EXPECT_EQ(semType->r(8, 2), u"Sonner deux fois");
-  EXPECT_EQ(semType->r(8, 1), u"");
+  std::string windows = "\xEF\xBB\xBF";
+  for (const char* c = kExample; *c != '\0'; ++c)
+    windows += *c == '\n' ? "\r\n" : std::string(1, *c);
+  const Batch batch = parse(windows);
+  ASSERT_EQ(batch.size(), 5u);
+  EXPECT_EQ(std::get<Batch::PutRecord>(batch.changes()[3]).body,
+            u"Entretien linge\uF8FEG-LINGE\uF8FE\uF8FEN\uF8FE30");
+  EXPECT_EQ(
+      std::get<Batch::PutRecord>(batch.changes()[4]).body,
+      u"\uF8FE1150\uF8FEA\uF8FET1\uF8FDT2\uF8FE30\uF8FD15\uF8FE\uF8FE\uF8FE\uF8FDSonner deux fois");
+  const std::string whole(kExample);
+  const std::string message = parseFailure(whole.substr(0, whole.size() - 30));
+  EXPECT_EQ(message.rfind("t.jsonl:8: not a JSON object", 0), 0u) << message;
+  EXPECT_EQ(parse(whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1)).size(), 4u);
 }
 
 TEST(Exchange, ExportIsExactAndOrderedByCodeUnits) {
   TempAccount account;
   account.apply(parse(
       "{\"file\":\"ZFILE\"}\n"
+      "{\"file\":\"ZFILE\",\"key\":\"a\",\"record\":[\"y\"]}\n"
       "{\"file\":\"AFILE\",\"key\":\"b\",\"record\":[\"x\"]}\n"
       "{\"file\":\"AFILE\",\"key\":\"\xC3\xA9t\xC3\xA9\",\"record\":[[\"1\",\"2\"],\"\",\"z\"]}\n"
       "{\"file\":\"AFILE\",\"key\":\"B\",\"record\":[]}\n"
+      "{\"dictionary\":\"ZFILE\",\"name\":\"A\",\"attribute\":1}\n"
       "{\"dictionary\":\"AFILE\",\"name\":\"Deux\",\"attribute\":2}\n"
       "{\"dictionary\":\"AFILE\",\"name\":\"Debut\",\"key\":[1,1]}\n"));
-  // Files by name (the layout's thirteen included), dictionary by file and name, then
-  // records by file and key: "B" < "b" < "été".
-  std::string expected = "{\"file\":\"AFILE\"}\n";
-  for (const char* file :
-       {"AIDEDETAILTACHE", "BESOINSAIDE", "GROUPETACHE", "SSIADREGROUPSOINS", "SSIADSOINS",
-        "SSIADTYPESOINS", "TABLES", "TACHE", "TPSDETAILSINTERV", "TPSPARAM", "TPSSEMAINETYPE",
-        "TPSSEMAINETYPEFLOT", "TYPETACHE", "ZFILE"}) {
-    expected += std::string(R"({"file":")") + file + "\"}\n";
+  // Files by name, dictionary by file and name, then records by file and key:
+  // "B" < "b" < "été". The layout's own files and items are left out here.
+  std::istringstream lines(exported(account.path()));
+  std::string ours;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.find("FILE\"") != std::string::npos) ours += line + "\n";
   }
-  expected +=
+  EXPECT_EQ(
+      ours,
+      "{\"file\":\"AFILE\"}\n"
+      "{\"file\":\"ZFILE\"}\n"
       "{\"dictionary\":\"AFILE\",\"name\":\"Debut\",\"key\":[1,1]}\n"
       "{\"dictionary\":\"AFILE\",\"name\":\"Deux\",\"attribute\":2}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPE\",\"name\":\"CodeAideSemType\",\"key\":[1,5]}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPE\",\"name\":\"DateDebSemType\",\"key\":[6,5]}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPE\",\"name\":\"TypeActSemType\",\"attribute\":3}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPEFLOT\",\"name\":\"CodeAideFlot\",\"key\":[1,5]}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPEFLOT\",\"name\":\"DateDebFlot\",\"key\":[6,5]}\n"
-      "{\"dictionary\":\"TPSSEMAINETYPEFLOT\",\"name\":\"TypeActFlot\",\"attribute\":3}\n"
+      "{\"dictionary\":\"ZFILE\",\"name\":\"A\",\"attribute\":1}\n"
       "{\"file\":\"AFILE\",\"key\":\"B\",\"record\":[]}\n"
       "{\"file\":\"AFILE\",\"key\":\"b\",\"record\":[\"x\"]}\n"
-      "{\"file\":\"AFILE\",\"key\":\"\xC3\xA9t\xC3\xA9\",\"record\":[[\"1\",\"2\"],\"\",\"z\"]}\n";
-  EXPECT_EQ(exported(account.path()), expected);
-  // Exported, imported and exported again, every character is kept.
-  account.put("TACHE", "Tâche «spéciale»", {{"a\"b\\c"}, {"", ""}, {"x\xEF\xA3\xBCy"}});
-  const std::string once = exported(account.path());
-  TempAccount second;
-  second.apply(parse(once));
-  EXPECT_EQ(exported(second.path()), once);
-  EXPECT_EQ(second.open()->OpenFile(u"TACHE")->ReadRecord(u"Tâche «spéciale»")->r(1), u"a\"b\\c");
+      "{\"file\":\"AFILE\",\"key\":\"\xC3\xA9t\xC3\xA9\",\"record\":[[\"1\",\"2\"],\"\",\"z\"]}\n"
+      "{\"file\":\"ZFILE\",\"key\":\"a\",\"record\":[\"y\"]}\n");
 }
 
 TEST(Exchange, BadLinesNameTheSourceAndLine) {
-  struct Case {
-    std::string text;
-    std::string expected;
-  };
-  const std::vector<Case> cases{
+  const std::vector<std::pair<std::string, std::string>> cases{
       {"{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"a\",\"rec", "t.jsonl:2: not a JSON"},
       {"\n\n[1,2]\n", "t.jsonl:3: expected one JSON object"},
-      {R"({"file":"T","key":"a","record":[1e310]})", "t.jsonl:1: not a JSON object"},
       {R"({"file":"T","key":"a","record":[1]})", "t.jsonl:1: attribute 1: a value must"},
       {R"({"file":"T","key":"a","record":["x",[]]})", "t.jsonl:1: attribute 2: an array"},
-      {R"({"file":"T","key":"a","record":"x"})", R"(t.jsonl:1: "record" must be an array)"},
       {R"({"file":"T","key":"a"})", R"(t.jsonl:1: "record" is missing)"},
       {R"({"file":"T","key":5,"record":[]})", R"(t.jsonl:1: "key" must be a string)"},
       {R"({"file":"T","colour":"red"})", R"(t.jsonl:1: unexpected member "colour")"},
       {R"({"name":"x"})", R"(t.jsonl:1: expected "file" or "dictionary")"},
       {R"({"dictionary":"T","name":"N"})", "t.jsonl:1: a dictionary item needs either"},
       {R"({"dictionary":"T","name":"N","key":[0,5]})", "t.jsonl:1: the key part's start"},
-      {R"({"dictionary":"T","name":"N","key":[1]})", R"(t.jsonl:1: "key" must be [start)"},
       {R"({"dictionary":"T","name":"N","attribute":-2})", R"(t.jsonl:1: "attribute" must)"},
       {R"({"file":"TWO WORDS"})", "t.jsonl:1: invalid call: file name"},
       {"{\"file\":\"T\",\"key\":\"a\",\"record\":[\"x\xEF\xA3\xBDy\"]}",
        "t.jsonl:1: attribute 1: a value holds"},
   };
-  for (const auto& c : cases) {
-    const std::string message = parseFailure(c.text);
-    EXPECT_EQ(message.rfind(c.expected, 0), 0u) << c.text << "\n -> " << message;
+  for (const auto& [text, expected] : cases) {
+    const std::string message = parseFailure(text);
+    EXPECT_EQ(message.rfind(expected, 0), 0u) << text << "\n -> " << message;
   }
-}
-
-TEST(Exchange, AByteOrderMarkAndWindowsLineEndsAreReadAndATruncatedFileFailsAtItsLastLine) {
-  const Batch batch = parse(
-      "\xEF\xBB\xBF{\"file\":\"TACHE\"}\r\n{\"file\":\"TACHE\",\"key\":\"a\","
-      "\"record\":[\"1\"]}\r\n");
-  ASSERT_EQ(batch.size(), 2u);
-  EXPECT_EQ(std::get<Batch::PutRecord>(batch.changes()[1]).body, u"1");
-  const std::string whole(kExample);
-  const std::string message = parseFailure(whole.substr(0, whole.size() - 30));
-  EXPECT_EQ(message.rfind("t.jsonl:8: not a JSON object", 0), 0u) << message;
-  // Cut just after a line end, the same text reads whole.
-  EXPECT_EQ(parse(whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1)).size(), 4u);
-}
-
-TEST(Exchange, ExportOfSomethingThatIsNotAStoreFails) {
-  TempAccount account;
-  std::ostringstream out;
-  try {
-    writeExchange(account.directory() + "/absent.db", out);
-    ADD_FAILURE() << "exported a missing file";
-  } catch (const Failure& f) {
-    EXPECT_EQ(f.number(), errors::kDatabase);
-  }
-  EXPECT_EQ(out.str(), "");
 }
 
 }  // namespace

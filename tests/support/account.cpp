@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -17,18 +16,6 @@
 #include "store/account_layout.h"
 
 namespace velmora::testing {
-
-namespace {
-
-std::string makeTemporaryDirectory() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("cannot create a temporary directory from " + pattern);
-  }
-  return pattern;
-}
-
-}  // namespace
 
 void administerServer(const std::string& sql) {
   const std::unique_ptr<PGconn, decltype(&PQfinish)> admin(PQconnectdb(""), &PQfinish);
@@ -45,6 +32,12 @@ void administerServer(const std::string& sql) {
 
 namespace {
 
+std::string makeTemporaryDirectory() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot create " + pattern);
+  return pattern;
+}
+
 // A schema of its own for each account of this process.
 std::string makeSchema() {
   if (!TempAccount::onServer()) return {};
@@ -52,11 +45,6 @@ std::string makeSchema() {
   std::string schema = "velmora_test_" + std::to_string(getpid()) + "_" + std::to_string(++made);
   administerServer("CREATE SCHEMA " + schema);
   return schema;
-}
-
-std::string locationOf(const std::string& directory, const std::string& schema) {
-  if (schema.empty()) return directory + "/account.db";
-  return "postgresql://?options=-csearch_path%3D" + schema;
 }
 
 }  // namespace
@@ -70,7 +58,6 @@ NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes)
   NorvikRecord record;
   for (const auto& values : attributes) {
     std::vector<Text> texts;
-    texts.reserve(values.size());
     for (const auto& value : values) texts.push_back(fromUtf8(value));
     record.appendAttribute(std::move(texts));
   }
@@ -80,7 +67,8 @@ NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes)
 TempAccount::TempAccount()
     : directory_(makeTemporaryDirectory()),
       schema_(makeSchema()),
-      path_(locationOf(directory_, schema_)),
+      path_(schema_.empty() ? directory_ + "/account.db"
+                            : "postgresql://?options=-csearch_path%3D" + schema_),
       writer_(path_, StoreWriter::Sync::Fast) {
   writer_.apply(standardLayout());
 }
@@ -88,12 +76,10 @@ TempAccount::TempAccount()
 TempAccount::~TempAccount() {
   std::error_code ec;
   std::filesystem::remove_all(directory_, ec);
-  if (!schema_.empty()) {
-    try {
-      administerServer("DROP SCHEMA " + schema_ + " CASCADE");
-    } catch (const std::exception&) {
-      // The server went away with the schema: nothing is left to remove.
-    }
+  try {
+    if (!schema_.empty()) administerServer("DROP SCHEMA " + schema_ + " CASCADE");
+  } catch (const std::exception&) {
+    // The server went away with the schema: nothing is left to remove.
   }
 }
 
