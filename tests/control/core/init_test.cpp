@@ -103,52 +103,6 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   EXPECT_EQ(Variable::R_Param->r(20), u"0");
 }
 
-// A key whose record is absent takes what the key says and leaves the rest as the cursor
-// has it; a date that is no date keeps the key's date; odd days set every day.
-TEST_F(Init, SuccessiveInitsOnOneControl) {
-  const std::string absent = "I009900002" + k31Dec2026 + "XXXXXX";
-  const std::string odd = "I004200001" + k23Nov2026 + "XXXXXXx0850";
-  account.put("TPSDETAILSINTERV", odd, {{k31Dec2026}, {"1000"}});
-  const std::vector<std::tuple<std::string, std::string, std::string>> steps{
-      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 "},
-      {absent + "01400", "23/11/2026", "00002|31/12/2026|30/06/2027|1400|11:45|1000000|100 21512"},
-      {kDetailKey, "31/12/2026", "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21550"},
-      {absent + "51400", "32/13/2026", "00002|31/12/2026|31/12/2026|1400|1000|0000010|100 21550"},
-      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 21550"},
-      {odd, "", "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 "},
-      {"", "", "||31/12/2026||1000|1111111|100 "},
-  };
-  for (const auto& [code, date, expected] : steps) {
-    SCOPED_TRACE(code);
-    const bool bare = code == "00001";
-    const InitArguments a = init("AUTRE", code, date, bare ? "30/06/2027" : "", bare ? "08:30" : "",
-                                 bare ? "11:45" : "", bare ? "1" : "");
-    EXPECT_EQ(criteria(ctl), expected);
-    if (!bare) EXPECT_EQ(a.DateDeb, u"");
-  }
-}
-
-// Only "AUTRE" names the tasks' vocabulary; without a database Init still sets the
-// captions and the buttons, and takes the key apart.
-TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
-  const auto captions = [&] {
-    return toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
-                  ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption());
-  };
-  const std::string acts = "Regroupement|Type|Soin|Afficher tous les soins";
-  init("AUTRE", "00009", "");
-  init("autre", "00009", "");
-  EXPECT_EQ(captions(), acts);
-  Variable::resetAll();
-  ctl.Cmd_SupprVelmora.setEnabled(true);
-  InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
-  ctl.Init(a);
-  EXPECT_EQ(captions(), acts);
-  EXPECT_FALSE(ctl.Cmd_SupprVelmora.Enabled());
-  EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
-  EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
-}
-
 TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
   for (toolkit::ListBox* l :
        {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
@@ -176,21 +130,6 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
   EXPECT_EQ(ctl.W_DureeInterv, u"host's");
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
-  // A fresh control has the switch ticked, so Init's reset raises its Click; a second
-  // Init finds it unticked and raises nothing. Both must query the store alike.
-  Variable::resetAll();
-  Ctr_VelmoraNew fresh;
-  const DatabaseRef database = account.open();
-  fresh.TheDatabase(database);
-  std::vector<StoreStatistics> seen{statistics(database)};
-  for (int i = 0; i < 2; ++i) {
-    InitArguments a{u"AUTRE", u"00009", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
-    fresh.Init(a);
-    seen.push_back(statistics(database));
-  }
-  EXPECT_EQ(seen[1].queries - seen[0].queries, seen[2].queries - seen[1].queries);
-  EXPECT_EQ(seen[1].decodedRecords - seen[0].decodedRecords,
-            seen[2].decodedRecords - seen[1].decodedRecords);
 }
 
 // A writer holding the store's lock while the planner works. A gesture that reads fails

@@ -45,15 +45,9 @@ Rows rows(Kind kind, const std::string& described) {
   }
   return out;
 }
-Rows catalogue(const std::string& described) {
-  return rows(Kind::Catalogue, described);
-}
-Rows proposed(const std::string& described) {
-  return rows(Kind::Template, described);
-}
-Rows chosen(const std::string& described) {
-  return rows(Kind::Selected, described);
-}
+const auto catalogue = [](const std::string& d) { return rows(Kind::Catalogue, d); };
+const auto proposed = [](const std::string& d) { return rows(Kind::Template, d); };
+const auto chosen = [](const std::string& d) { return rows(Kind::Selected, d); };
 // A list's items, or a working table's rows of values, as words: "A B", "A:30: B:15:".
 std::string words(const Rows& items) {
   std::string out;
@@ -150,7 +144,7 @@ using WholeCase = SearchJourney;
 TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   struct Case {
     const char *typeAct, *kind, *jour, *codesPos, *codesSel, *duree;
-    Rows obs;
+    Rows obs = {};
   };
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
   const std::vector<Case> cases{
@@ -254,34 +248,17 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   expectShown(proposed("020101:15* 010101:30*"), "020101:15 010101:30!", "0h45");
 }
 
-TEST_F(SearchJourney, ItemsWithoutCatalogueRecordsOrTooWideKeepTheTablesAndObservationNumbers) {
-  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});  // group missing
-  putFixed('3', "0900", {"1000", "A", {"ZZ", "E", "A"}, {"5", "6", "7"}, {"o1", "o2", "o3"}});
-  search("AUTRE", "0001000");
-  EXPECT_EQ(words(Variable::R_TableDurees), "ZZ:5 E:6 A:7");
-  expectShown(proposed("A:7"), "A:7!", "0h07");
-  EXPECT_EQ(attributes(Variable::R_Obs, 3), (Rows{"", "", "o3"}));  // at the table's row
-  // A duration wider than its column leaves the row without one.
-  putFixed('3', "0900", {"1000", "A", {"A", "B"}, {"12345678", "1234567"}, {"", ""}});
-  search("AUTRE", "0001000");
-  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{columns("A") + "  ", proposed("B:1234567")[0]}));
-  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{columns("A") + " ", columns("B") + " "}));
-
-  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
-  account.put("SSIADSOINS", "019901", {{"Sans type"}, {""}, {""}, {"5"}});
-  putFixed('3', "0900", {"1000", "S", {"990101", "019901", "010101"}, {"5", "6", "7"}, {}});
-  search("SSIAD", "0001000");
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"010101"}));
-}
-
 TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
-  // An empty criterion stops the search before any table is made.
+  // An empty criterion stops the search, fixed or floating, before any table is made.
   putFixed('2', "0900", {"1000", "A", {"A"}, {"5"}, {""}});
-  search("AUTRE", "0010000", kClient, "09:00", "");
-  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty());
-  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+  putFloating("0900", {"1000", "A", {"A"}, {"5"}, {""}, "2"});
+  for (const std::string& code : {kClient, kClient + "FLOT"}) {
+    search("AUTRE", "0010000", code, "09:00", "");
+    EXPECT_EQ(ctl.W_AfficheTache, kFalse) << code;
+    EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty()) << code;
+  }
   account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
+  account.remove("TPSSEMAINETYPEFLOT", floatingKey("0900"));
 
   account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
@@ -299,47 +276,6 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
     expectShown(catalogue("020101:45 010102:10 010103:20 010104: 010101:30"), "", "");
     EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 010102 010103 010104 010101");
   }
-}
-
-TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAndGoesBack) {
-  account.put("GROUPETACHE", "SANSTYPE", {{"1"}, {"INCONNU"}});  // cannot be placed
-  account.put("TACHE", "G", {{"1"}, {"SANSTYPE"}, {""}, {""}, {"1"}});
-  account.put("TACHE", "F", {{"1"}, {"ORPHELIN"}, {""}, {""}, {"2"}});
-  putFixed('2', "0900", {"1000", "A", {"A", "B", "C"}, {"0", "", "12"}, {"obs", "", ""}});
-  search("AUTRE", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  // A keeps the catalogue's 20 over a "0", B its 25 over a "", C shows the client's 12.
-  expectShown(catalogue("A:20 B:25 C:12 D:40"), "A:0! B: C:12", "0h12");
-  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
-  ctl.Cac_TouteTache.toggle();
-  // Back to the search, without the lower half: the total starts again from nothing.
-  expectShown(proposed("A:0 B: C:12"), "A:0! B: C:12", "");
-  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "0");
-
-  // Without any duration table (the guard stopped the search) the catalogue keeps its own.
-  search("AUTRE", "0010000", kClient, "09:00", "");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogue("A:20")[0]));
-  // Care keeps the catalogue's durations; a floating search goes back to its marked rows.
-  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
-  search("SSIAD", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "010101:35", "0h35");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), proposed("010101:35"));
-  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
-  search("AUTRE", "001000", kClient + "FLOT");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogue("C:50")[0]));
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), proposed("C:50*"));
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
-  // Without task types the catalogue is empty.
-  account.remove("TYPETACHE", "MENAGE");
-  account.remove("TYPETACHE", "SOINS");
-  search("AUTRE", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_TRUE(items(ctl.Lst_Possible).empty() && items(ctl.Lst_CodePos).empty());
 }
 
 class Consultation : public SearchJourney {
@@ -390,28 +326,9 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_TRUE(items(ctl.Lst_Possible).empty());
 }
 
-TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
-  putFixed('2', "0930",
-           {"1030", "S", {"020101", "010101"}, {"15", "30"}, {"", "Sonner deux fois"}});
-  consult("SSIAD", fixedKey('2', "0930") + "SEMTYPE");
-  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
-  EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
-  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
-  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
-
-  putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
-  consult("AUTRE", floatingKey("0900") + "SEMTYPEFLOT");
-  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
-  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
-  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
-}
-
 TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
-  const std::vector<std::pair<const char*, const char*>> cases = {
-      {"08:00", "0800"}, {"08:01", "0802"}, {"08:15", "0825"}, {"08:20", "0833"},
-      {"08:30", "0850"}, {"08:40", "0867"}, {"08:45", "0875"}, {"08:59", "0898"},
-      {"23:10", "2317"}, {"07h05", "0708"}};
-  for (const auto& [in, out] : cases) {
+  for (const auto& [in, out] : std::vector<std::pair<const char*, const char*>>{
+           {"08:01", "0802"}, {"08:20", "0833"}, {"23:10", "2317"}, {"07h05", "0708"}}) {
     EXPECT_EQ(toUtf8(search::minutesToFourDigit(fromUtf8(in))), out) << in;
   }
   for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{

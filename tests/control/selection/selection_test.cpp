@@ -158,33 +158,6 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
   EXPECT_EQ(snapshot(ctl).codes, (Rows{"BALAI", "VAISSELLE"}));
 }
 
-TEST_F(Selection, EveryOperationRefreshesTheMandatoryLabelEvenWhenItChangesNothing) {
-  struct Case {
-    const char* what;
-    std::function<void()> action;
-    bool unchanged;
-  };
-  const std::vector<Case> cases{
-      {"nothing marked", [&] { select({}); }, true},
-      {"No to the removal", [&] { remove(0, toolkit::kMsgBoxNo); }, true},
-      {"an empty stored selection", [&] { stored({}), ctl.Affiche(); }, true},
-      {"an edit", [&] { edit(0, "20"); }, false},
-  };
-  select({4});
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    ctl.Lst_Selectionne.click(0);
-    ctl.Etq_Imperativite.setVisible(false);
-    const Snapshot before = snapshot(ctl);
-    c.action();
-    Snapshot after = snapshot(ctl);
-    EXPECT_TRUE(after.imperative);
-    after.imperative = false;
-    if (c.unchanged) EXPECT_EQ(after, before);
-  }
-  EXPECT_EQ(snapshot(ctl).rows, Rows{sel(4, false, "20")});
-}
-
 TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   select({0, 1});
   const Snapshot before = snapshot(ctl);
@@ -217,33 +190,6 @@ TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   EXPECT_FALSE(snapshot(ctl).doubleClic);
 }
 
-TEST_F(Editing, EditsChangeTheRowTheTotalAndWhatTheHostReads) {
-  struct Case {
-    std::vector<int> selected;
-    std::vector<const char*> typed;  // on row 0, one edit each
-    int item;                        // the item on row 0
-    const char *minutes, *duree, *total;
-  };
-  const std::vector<Case> cases{
-      {{1, 0}, {"10"}, 0, "10", "0h50", "50"},
-      {{1, 0}, {"10", ""}, 0, "", "0h40", "40"},
-      {{0, 1}, {"0"}, 0, "0", "0h40", "40"},
-      {{2}, {"75"}, 2, "75", "1h15", "75"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.typed.back()) + " " + c.total);
-    start();
-    select(c.selected);
-    for (const char* t : c.typed) edit(0, t);
-    const Snapshot s = snapshot(ctl);
-    EXPECT_EQ(s.rows[0], sel(c.item, false, c.minutes));
-    EXPECT_EQ(s.duree, c.duree);
-    EXPECT_EQ(s.total, c.total);
-    ctl.MAJ_Enr();
-    EXPECT_EQ(ctl.W_Enr->r(1, 2), fromUtf8(c.minutes));
-  }
-}
-
 TEST_F(Editing, ADurationThatIsNotDigitsIsRefusedLosesNothingAndReachesTheHost) {
   select({0, 1});
   ctl.Lst_Selectionne.click(1);
@@ -270,32 +216,6 @@ TEST_F(Editing, ADurationThatIsNotDigitsIsRefusedLosesNothingAndReachesTheHost) 
   ctl.Cmd_OKVelmora.press();
   EXPECT_EQ(snapshot(ctl).duree, "0h40");
   EXPECT_EQ(snapshot(ctl).total, "40");
-}
-
-TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemOnlyDuringAnEdit) {
-  // VAISSELLE alone, its edit open; then ASPIRATEUR and BALAI come in and sort before it.
-  select({1});
-  ctl.Lst_Selectionne.click(0);
-  ctl.Lst_Selectionne.doubleClick(0);
-  select({0, 3});
-  EXPECT_EQ(snapshot(ctl).current, 2);
-  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 2);
-  EXPECT_EQ(snapshot(ctl).duree, "1h10");
-  ctl.Txt_DureeSoin.typeKey(8);
-  ctl.Txt_DureeSoin.typeKey(8);
-  ctl.Txt_DureeSoin.typeText(u"12");
-  ctl.Cmd_OKVelmora.press();
-  EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0), sel(3), sel(1, false, "12")}));
-  EXPECT_EQ(snapshot(ctl).codes, (Rows{"ASPIRATEUR", "BALAI", "VAISSELLE"}));
-  EXPECT_EQ(snapshot(ctl).total, "42");
-  // With no edit open the sort writes the rows in place: the current row stays where it
-  // is, now on another item, and Obs. and Supprimer act on what stands there.
-  propose(catalogueRow("Ménage", "Entretien", "ARROSAGE", "10"), "ARROSAGE");
-  ctl.Lst_Selectionne.click(1);  // BALAI
-  select({6});                   // ARROSAGE sorts first
-  EXPECT_EQ(snapshot(ctl).current, 1);
-  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 1);
-  EXPECT_EQ(snapshot(ctl).codes[1], "ASPIRATEUR");
 }
 
 TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
@@ -326,31 +246,6 @@ TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
 }
 
-TEST_F(Observations, TheMarkerFollowsTheTextAndTheRowKeepsItsLength) {
-  select({0, 1});
-  for (const char* text : {"Clé chez la voisine", "Clé chez le gardien", " ", ""}) {
-    SCOPED_TRACE(text);
-    observe(0, text);
-    EXPECT_EQ(snapshot(ctl), chosen({{0, text}, {1}}, "1h05", "65", kClicked, false, 0));
-  }
-  // The same actions again, closed with Annuler after typing or Ok without a change.
-  observe(1, "Avant");
-  const Snapshot before = snapshot(ctl);
-  withDialog(1, [](Frm_AjoutObsTache& d) {
-    d.Txt_Obs.replaceText(u"");
-    d.Cmd_AnnulerObs.press();
-  });
-  withDialog(1, [](Frm_AjoutObsTache& d) { d.Cmd_OkObs.press(); });
-  EXPECT_EQ(snapshot(ctl), before);
-  // A row of 80 characters stays 80 long.
-  propose(col("Toilette") + col("Hygiène") + col("DOUCHE"), "DOUCHE");
-  select({6});
-  observe(2, "Sans savon");
-  EXPECT_EQ(snapshot(ctl).rows[2], col("Toilette") + col("Hygiène") + col("DOUCHE") + "X ");
-  observe(2, "");
-  EXPECT_EQ(snapshot(ctl).rows[2], col("Toilette") + col("Hygiène") + col("DOUCHE") + "  ");
-}
-
 TEST_F(Removal, TheRowGoesAfterTheQuestionAndCanBeChosenAgain) {
   for (const auto& [typeAct, prompt] :
        {std::pair{"AUTRE", u"Etes-vous sûr de vouloir supprimer cette tâche ?"},
@@ -364,8 +259,6 @@ TEST_F(Removal, TheRowGoesAfterTheQuestionAndCanBeChosenAgain) {
     EXPECT_EQ(snapshot(ctl), chosen({}, "0h00", "0", kDone));
     ASSERT_EQ(services->questions().size(), asked + 1);
     EXPECT_EQ(services->questions().back().prompt, prompt);
-    EXPECT_EQ(services->questions().back().style, toolkit::kStyleYesNoQuestion);
-    EXPECT_EQ(services->questions().back().title, u"Message TALVERANE");
     select({0});
     EXPECT_EQ(snapshot(ctl).rows, Rows{sel(0)});
   }
@@ -388,64 +281,6 @@ TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   remove(0);
   EXPECT_EQ(snapshot(ctl).duree, "0h00");
   EXPECT_EQ(snapshot(ctl).total, "99");
-}
-
-TEST_F(Removal, NoKeepsTheEditOpenAndYesEndsIt) {
-  select({0, 4});  // DOUCHE, the one mandatory task, is edited and removed
-  ctl.Lst_Selectionne.click(1);
-  ctl.Lst_Selectionne.doubleClick(1);
-  const Snapshot before = snapshot(ctl);
-  services->answer(toolkit::kMsgBoxNo);
-  ctl.Cmd_SupprVelmora.press();
-  EXPECT_EQ(snapshot(ctl), before);
-  EXPECT_TRUE(before.imperative);
-  services->answer(toolkit::kMsgBoxYes);
-  ctl.Cmd_SupprVelmora.press();
-  EXPECT_EQ(snapshot(ctl), chosen({{0}}, "0h25", "25", kDone));
-  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
-}
-
-// After the host's Vider_Tache, Supprimer, OK and Obs. stay enabled without a row. Each
-// runs its steps as written; the first one that needs the row fails and goes to the host.
-TEST_F(Removal, AfterTheHostEmptiedTheSelectionTheButtonsRunTheirStepsUntilTheRowIsMissing) {
-  struct Case {
-    toolkit::CommandButton* button;
-    int answer, questions, dialogs;  // the answer to the removal question, if one is asked
-    long failure;
-    const char* duree;
-  };
-  const std::vector<Case> cases{
-      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxNo, 1, 0, 0, ""},
-      {&ctl.Cmd_SupprVelmora, toolkit::kMsgBoxYes, 1, 0, errors::kInvalidCall, "0h00"},
-      {&ctl.Cmd_OKVelmora, 0, 0, 0, errors::kInvalidCall, "0h45"},
-      {&ctl.Cmd_Obs, 0, 0, 1, 0, ""},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.button->name() + " " + std::to_string(c.answer));
-    select({0});
-    ctl.Lst_Selectionne.click(0);
-    ctl.Lst_Selectionne.doubleClick(0);
-    ctl.Txt_DureeSoin.replaceText(u"45");
-    ctl.Vider_Tache();
-    ASSERT_TRUE(c.button->Enabled());
-    ctl.Etq_Imperativite.setVisible(true);
-    const int asked = static_cast<int>(services->questions().size());
-    const int shown = services->modalShows();
-    if (c.answer != 0) services->answer(c.answer);
-    services->onModal([](toolkit::Form& form) {
-      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
-      EXPECT_EQ(dialog.Txt_Tache.getText(), u"");
-      dialog.Cmd_AnnulerObs.press();
-    });
-    EXPECT_EQ(failureNumber([&] { c.button->press(); }), c.failure);
-    EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
-    EXPECT_EQ(static_cast<int>(services->questions().size()) - asked, c.questions);
-    EXPECT_EQ(services->modalShows() - shown, c.dialogs);
-    if (c.questions == 1 && c.failure == 0) EXPECT_FALSE(ctl.Etq_Imperativite.Visible());
-    EXPECT_TRUE(snapshot(ctl).rows.empty());
-    ctl.Cmd_AnnulerVelmora.press();
-    ctl.Vider_Tache();
-  }
 }
 
 TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
@@ -536,39 +371,6 @@ TEST_F(WayOut, AfficheShowsAStoredSelectionAndLeavesOutWhatIsNoTask) {
     d.Cmd_AnnulerObs.press();
   });
   EXPECT_EQ(shown, u"Clé sous le paillasson");
-}
-
-// Onto rows already there, item i writes attribute i of R_Obs, as documented: a second
-// Affiche doubles the rows, and behind a row already selected the observation lands on
-// that row. A host that wants the stored selection alone empties the control first.
-TEST_F(WayOut, AfficheOntoRowsAlreadyThereWritesTheObservationsAtTheItemNumbers) {
-  stored({{"VAISSELLE", "30", "V"}, {"DEJEUNER", "15", ""}});
-  ctl.Affiche();
-  ctl.Affiche();
-  const std::string v = selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "30");
-  const std::string d = selectedRow("Cuisine", "REPAS", "DEJEUNER", false, "15");
-  EXPECT_EQ(snapshot(ctl).rows, (Rows{d, d, v, v}));
-  EXPECT_EQ(snapshot(ctl).obs, (Rows{"V", "", "", ""}));
-  EXPECT_EQ(snapshot(ctl).duree, "1h30");
-
-  ctl.Vider_Tache();
-  select({0});
-  observe(0, "Déjà là");
-  stored({{"VAISSELLE", "10", "Nouvelle"}});
-  ctl.Affiche();
-  // "ENTRETIEN" sorts before "Entretien"; the observations travel with their rows.
-  EXPECT_EQ(snapshot(ctl).rows,
-            (Rows{selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "10"), sel(0, true)}));
-  EXPECT_EQ(snapshot(ctl).obs, (Rows{"", "Nouvelle"}));
-  EXPECT_EQ(snapshot(ctl).total, "35");
-  // Care acts are no tasks: Affiche leaves every item out.
-  start("SSIAD", false);
-  const Snapshot empty = snapshot(ctl);
-  stored({{"000123", "30", "obs"}, {"000456", "15", ""}});
-  ctl.Affiche();
-  EXPECT_EQ(snapshot(ctl), empty);
-  EXPECT_EQ(Variable::R_Obs->r(), u"");
-  EXPECT_EQ(Err.Number, errors::kRecordNotFound);
 }
 
 }  // namespace
