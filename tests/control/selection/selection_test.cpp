@@ -135,7 +135,6 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
 
 TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   select({0, 1});
-  const Snapshot before = snapshot(ctl);
   ctl.Lst_Selectionne.click(1);
   EXPECT_EQ(snapshot(ctl).buttons, kClicked);
   EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 1);
@@ -340,12 +339,6 @@ TEST_F(WayOut, AfficheShowsAStoredSelectionAndLeavesOutWhatIsNoTask) {
                 "50",
                 kIdle,
                 true}));
-  Text shown;
-  withDialog(2, [&](Frm_AjoutObsTache& d) {
-    shown = d.Txt_Obs.getText();
-    d.Cmd_AnnulerObs.press();
-  });
-  EXPECT_EQ(shown, u"Clé sous le paillasson");
 }
 
 }  // namespace
