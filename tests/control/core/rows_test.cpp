@@ -108,7 +108,7 @@ class Mandatory : public ControlTest {
                   {{std::to_string(i + 1)}, {"G"}, {""}, {tasks[i].second}});
     }
   }
-  // The selection's codes, and what the question answers with the store's reads it took.
+  // The selection's codes, and the question's answer with the store's reads it took.
   std::string ask(std::initializer_list<const char16_t*> codes) {
     ctl.Lst_CodeSelect.Clear();
     for (const char16_t* code : codes) ctl.Lst_CodeSelect.AddItem(code);

@@ -149,6 +149,12 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
   const std::vector<Case> cases{
       // Care: the labels come from the care catalogue, observations move with their rows.
+      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
+      // Care templates are invisible to a home-help search, which falls back on the lists.
+      {"AUTRE", "S", "0010000", "", "", "", {}},
+      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
+      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
+      // Care: the labels come from the care catalogue, observations move with their rows.
       {"SSIAD",
        "S",
        "0010000",
@@ -156,11 +162,6 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
        "010102 010101",
        "0h45",
        {"", "Sonner deux fois"}},
-      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
-      // Care templates are invisible to a home-help search, which falls back on the lists.
-      {"AUTRE", "S", "0010000", "", "", "", {}},
-      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
-      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.typeAct) + " " + c.kind + " " + c.jour);
@@ -172,9 +173,6 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
     EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
   }
-  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("B:20 C:10"));
-  putTemplates("S", acts);
-  search("SSIAD", "0010000");
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
   // A host that runs the search again gets the same lists, not twice the rows.
   Boolean fillLowerHalf = kTrue;
@@ -204,16 +202,14 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
       // An end date that is no date drops both date tests.
       {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
   };
-  // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0600-0850,
-  // E 0898-0899, G 1001-1100, H 0500-0801; F starts on 01/01/2027.
-  const std::vector<std::tuple<const char*, const char*, const char*>> templates{
-      {"1000", "1100", "A"}, {"0800", "0900", "B"}, {"0700", "0802", "C"}, {"0600", "0850", "D"},
-      {"0898", "0899", "E"}, {"1001", "1100", "G"}, {"0500", "0801", "H"}};
-  const char* durations = "5678912";
-  for (std::size_t i = 0; i < templates.size(); ++i) {
-    const auto& [from, to, code] = templates[i];
-    putFixed('2', from, {to, "A", {code}, {std::string(1, durations[i])}, {""}});
-  }
+  // Templates of day 2 from..to, each with one item; F starts on 01/01/2027.
+  putFixed('2', "1000", {"1100", "A", {"A"}, {"5"}, {""}});
+  putFixed('2', "0800", {"0900", "A", {"B"}, {"6"}, {""}});
+  putFixed('2', "0700", {"0802", "A", {"C"}, {"7"}, {""}});
+  putFixed('2', "0600", {"0850", "A", {"D"}, {"8"}, {""}});
+  putFixed('2', "0898", {"0899", "A", {"E"}, {"9"}, {""}});
+  putFixed('2', "1001", {"1100", "A", {"G"}, {"1"}, {""}});
+  putFixed('2', "0500", {"0801", "A", {"H"}, {"2"}, {""}});
   account.put("TPSSEMAINETYPE", fixedKey('2', "0900", "01/01/2027"),
               templateRecord({"1000", "A", {"F"}, {"4"}, {""}}));
   // One whose validity ended the day before the period is left out.
@@ -278,18 +274,13 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   }
 }
 
-class Consultation : public SearchJourney {
- protected:
-  void SetUp() override {
-    SearchJourney::SetUp();
-    putList("01/10/2026", {"A", "B"}, {"12", "45"});
-    putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
-    putList("01/12/2026", {"D"}, {"99"});
-  }
-  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
-};
+using Consultation = SearchJourney;
 
 TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
+  putList("01/10/2026", {"A", "B"}, {"12", "45"});
+  putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
+  putList("01/12/2026", {"D"}, {"99"});
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
   Table detail(6, Rows{""});
   detail[1] = {"1000"};
   detail.insert(detail.end(), {{"C", "ZZ", "A"}, {"10", "5", ""}, {"", "obs ZZ", "obs A"}});

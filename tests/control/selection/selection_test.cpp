@@ -126,7 +126,7 @@ TEST_F(Moving, TheTaskColumnDecidesWhatEntersAndEmptyColumnsComeFromAbove) {
   // A short row is filled to 80; the floating mark stays behind.
   start("AUTRE", false);
   propose(col("Ménage") + col("Entretien") + col("VAISSELLE"), "VAISSELLE");
-  propose(floatingRow("Ménage", "Entretien", "BALAI", "40"), "BALAI");
+  propose(catalogueRow("Ménage", "Entretien", "BALAI", "40") + "  *", "BALAI");
   select({0, 1});
   EXPECT_EQ(snapshot(ctl).rows, (Rows{selectedRow("Ménage", "Entretien", "BALAI", false, "40"),
                                       col("Ménage") + col("Entretien") + col("VAISSELLE") + "  "}));
@@ -220,26 +220,11 @@ TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
 }
 
-TEST_F(Removal, TheRowGoesAfterTheQuestionAndCanBeChosenAgain) {
-  for (const auto& [typeAct, prompt] :
-       {std::pair{"AUTRE", u"Etes-vous sûr de vouloir supprimer cette tâche ?"},
-        std::pair{"SSIAD", u"Etes-vous sûr de vouloir supprimer cet acte ?"}}) {
-    SCOPED_TRACE(typeAct);
-    start(typeAct);
-    propose(catalogueRow("Ménage", "Entretien", "ASPIRATEUR", "25"), "ASPIRATEUR");
-    const std::size_t asked = services->questions().size();
-    select({0});
-    remove(0);
-    EXPECT_EQ(snapshot(ctl), chosen({}, "0h00", "0", kDone));
-    ASSERT_EQ(services->questions().size(), asked + 1);
-    EXPECT_EQ(services->questions().back().prompt, prompt);
-    select({0});
-    EXPECT_EQ(snapshot(ctl).rows, Rows{sel(0)});
-  }
-}
-
 TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   select({0, 1, 2});
+  remove(1, toolkit::kMsgBoxNo);
+  EXPECT_EQ(services->questions().back().prompt,
+            u"Etes-vous sûr de vouloir supprimer cette tâche ?");
   observe(0, "A");
   observe(2, "C");
   edit(0, "10");  // the marker survives the edit
@@ -266,6 +251,9 @@ TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
   ctl.MAJ_Enr();
   EXPECT_EQ(enr(), makeRecord({{"1234567", "15", ""}, {"AB12", "", ""}, {"000123", "30", ""}}).r());
   EXPECT_EQ(snapshot(ctl).codes, (Rows{"1234567", "AB12", "123"}));
+  remove(0);  // a care act is no task
+  EXPECT_EQ(services->questions().back().prompt, u"Etes-vous sûr de vouloir supprimer cet acte ?");
+  EXPECT_EQ(snapshot(ctl).codes, (Rows{"AB12", "123"}));
 }
 
 TEST_F(WayOut, MajEnrHandsTheSelectionOverInListOrderAsANewRecordEachTime) {
