@@ -103,6 +103,21 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   EXPECT_EQ(Variable::R_Param->r(20), u"0");
 }
 
+// Only "AUTRE" names the tasks' vocabulary. After a reset there is no database: Init still
+// takes the key apart and sets the captions, and opens nothing.
+TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
+  init("AUTRE", "00009", "");
+  init("autre", "00009", "");
+  Variable::resetAll();
+  InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
+  ctl.Init(a);
+  EXPECT_EQ(toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
+                   ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption()),
+            "Regroupement|Type|Soin|Afficher tous les soins");
+  EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
+  EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
+}
+
 TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
   for (toolkit::ListBox* l :
        {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
