@@ -11,20 +11,13 @@
 #include "search/item_merge.h"
 #include "search/task_catalogue.h"
 #include "search/working_table.h"
+#include "support/account.h"
 
 namespace velmora::search {
 namespace {
 
-using Answer = std::vector<std::vector<std::string>>;
-NorvikRecord answer(const Answer& rows) {
-  NorvikRecord r;
-  for (const auto& row : rows) {
-    std::vector<Text> values(row.size());
-    for (std::size_t i = 0; i < row.size(); ++i) values[i] = fromUtf8(row[i]);
-    r.appendAttribute(std::move(values));
-  }
-  return r;
-}
+using Answer = std::vector<std::vector<std::string>>;  // a store's answer, row by row
+using testing::makeRecord;
 
 // ---- The documented walks ----
 
@@ -144,8 +137,9 @@ TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
            rnd.below(10) == 0 ? "" : rnd.pick(types)};
     }
     for (auto& k : K) k = {"K", "z", rnd.below(10) == 0 ? "" : rnd.pick(groups)};
-    const auto expected = directCatalogueWalk(answer(T), answer(G), answer(K));
-    ASSERT_EQ(taskCatalogueWalk(answer(T), answer(G), answer(K)), expected) << "seed " << seed;
+    const auto expected = directCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K));
+    ASSERT_EQ(taskCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K)), expected)
+        << "seed " << seed;
     nonEmpty += expected.empty() ? 0 : 1;
   }
   EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
@@ -157,7 +151,7 @@ TEST(DurationOverrides, TheLastValidDurationWinsAsInTheDocumentedWalk) {
     Random rnd(seed);
     Answer rows(static_cast<std::size_t>(rnd.below(10)));
     for (auto& r : rows) r = {rnd.pick(Random::kCodes), rnd.pick(Random::kDurations)};
-    const auto table = answer(rows);
+    const auto table = makeRecord(rows);
     const DurationOverrides indexed(table);
     for (const auto& code : Random::kCodes) {
       const auto* found = indexed.find(fromUtf8(code));
