@@ -164,6 +164,16 @@ TEST_F(Editing, TheStatesOfAClickADoubleClickAnnulerAndOk) {
   EXPECT_FALSE(snapshot(ctl).doubleClic);
 }
 
+// An edit before any total was shown, then one that empties a duration.
+TEST_F(Editing, FromNoTotalAndToNoDuration) {
+  select({2});
+  edit(0, "75");
+  EXPECT_EQ(snapshot(ctl), chosen({{2, "", "75"}}, "1h15", "75", kDone));
+  select({0});
+  edit(0, "");
+  EXPECT_EQ(snapshot(ctl), chosen({{0, "", ""}, {2, "", "75"}}, "1h15", "75", kDone));
+}
+
 TEST_F(Editing, ADurationThatIsNotDigitsIsRefusedLosesNothingAndReachesTheHost) {
   select({0, 1});
   ctl.Lst_Selectionne.click(1);
