@@ -17,6 +17,7 @@ namespace {
 const std::string k23Nov2026 = "21512", k31Dec2026 = "21550", k30Jun2027 = "21731";
 // An intervention detail: 5 unread, client, start date, 6 unread, day, start time.
 const std::string kDetailKey = "I004200001" + k23Nov2026 + "XXXXXX30850";
+const std::string kOddDayKey = "I004200001" + k23Nov2026 + "XXXXXXx0850";
 // Fixed templates: client, start date, day, start time, two more; floating ones have no day.
 const std::string kTemplateKey = "00001" + k23Nov2026 + "20850AB";
 const std::string kFloatingKey = "00001" + k23Nov2026 + "0850CD";
@@ -31,6 +32,7 @@ class Init : public ControlTest {
     account.put("TPSPARAM", "1", parameter);
     account.put("TPSDETAILSINTERV", kDetailKey, {{k31Dec2026}, {"1000"}});
     account.put("TPSDETAILSINTERV", kDetailKey + "07", {{k31Dec2026}, {"1000"}});
+    account.put("TPSDETAILSINTERV", kOddDayKey, {{k31Dec2026}, {"1000"}});
     account.put("TPSSEMAINETYPE", kTemplateKey, {{k30Jun2027}, {"0930"}});
     account.put("TPSSEMAINETYPEFLOT", kFloatingKey,
                 {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"024"}});
@@ -74,6 +76,9 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
        "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
       {kDetailKey + "FLOT", d, "", "", "", "", kDetailKey, "",
        "00001|23/11/2026|31/12/2026|0850|1000|000100|101 21512"},
+      // A day that is no number sets every day.
+      {kOddDayKey, d, "", "", "", "", kOddDayKey, "",
+       "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 21512"},
       // Template keys read 17 or 16 characters and keep their mark for the caller.
       {kTemplateKey + "SEMTYPE", d, "", "", "", "", kTemplateKey + "SEMTYPE", "",
        "00001|23/11/2026|30/06/2027|0850|0930|0010000|110 21512"},
