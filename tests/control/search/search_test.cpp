@@ -312,6 +312,21 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_TRUE(items(ctl.Lst_Possible).empty());
 }
 
+// A template key shows the template's items; care ticks the switch and locks it.
+TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
+  putFixed('2', "0930",
+           {"1030", "S", {"020101", "010101"}, {"15", "30"}, {"", "Sonner deux fois"}});
+  init("SSIAD", fixedKey('2', "0930") + "SEMTYPE", "23/11/2026");
+  EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
+  EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
+  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
+  putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
+  init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
+  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
+  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
+}
+
 TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
   EXPECT_EQ(search::minutesToFourDigit(u"07h05"), u"0708");
   for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
