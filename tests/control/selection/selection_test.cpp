@@ -174,6 +174,20 @@ TEST_F(Editing, FromNoTotalAndToNoDuration) {
   EXPECT_EQ(snapshot(ctl), chosen({{0, "", ""}, {2, "", "75"}}, "1h15", "75", kDone));
 }
 
+// A sort during an edit moves the current row with its item (with no edit open, the
+// current row stays in place: the sort tests see that).
+TEST_F(Editing, ASortMovesTheCurrentRowWithItsItemDuringAnEdit) {
+  select({1});  // VAISSELLE alone, its edit open; ASPIRATEUR and BALAI sort before it
+  ctl.Lst_Selectionne.click(0);
+  ctl.Lst_Selectionne.doubleClick(0);
+  select({0, 3});
+  EXPECT_EQ(snapshot(ctl).current, 2);
+  EXPECT_EQ(ctl.Lst_CodeSelect.ListIndex(), 2);
+  ctl.Txt_DureeSoin.replaceText(u"12");
+  ctl.Cmd_OKVelmora.press();
+  EXPECT_EQ(snapshot(ctl), chosen({{0}, {3}, {1, "", "12"}}, "0h42", "42", kDone));
+}
+
 TEST_F(Editing, ADurationThatIsNotDigitsIsRefusedLosesNothingAndReachesTheHost) {
   select({0, 1});
   ctl.Lst_Selectionne.click(1);
