@@ -244,6 +244,15 @@ TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
 }
 
+// The marker follows the text; a blank is an observation.
+TEST_F(Observations, TheMarkerFollowsTheText) {
+  select({0, 1});
+  for (const char* text : {"Clé chez la voisine", "Clé chez le gardien", " ", ""}) {
+    observe(0, text);
+    EXPECT_EQ(snapshot(ctl), chosen({{0, text}, {1}}, "1h05", "65", kClicked, false, 0)) << text;
+  }
+}
+
 TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   select({0, 1, 2});
   remove(1, toolkit::kMsgBoxNo);
