@@ -275,6 +275,29 @@ TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   EXPECT_EQ(snapshot(ctl).total, "99");
 }
 
+TEST_F(Removal, NoKeepsTheEditOpenAndYesEndsIt) {
+  select({0, 4});  // DOUCHE, the one mandatory task, is edited and removed
+  ctl.Lst_Selectionne.click(1);
+  ctl.Lst_Selectionne.doubleClick(1);
+  const Snapshot before = snapshot(ctl);
+  services->answer(toolkit::kMsgBoxNo);
+  ctl.Cmd_SupprVelmora.press();
+  EXPECT_EQ(snapshot(ctl), before);
+  EXPECT_TRUE(before.imperative);
+  services->answer(toolkit::kMsgBoxYes);
+  ctl.Cmd_SupprVelmora.press();
+  EXPECT_EQ(snapshot(ctl), chosen({{0}}, "0h25", "25", kDone));
+  EXPECT_EQ(ctl.Txt_DureeSoin.getText(), u"");
+  // After the host emptied the selection under an edit, Yes runs the steps as written
+  // until the missing row fails: the empty total shows zero first.
+  ctl.Lst_Selectionne.click(0);
+  ctl.Lst_Selectionne.doubleClick(0);
+  ctl.Vider_Tache();
+  services->answer(toolkit::kMsgBoxYes);
+  EXPECT_EQ(failureNumber([&] { ctl.Cmd_SupprVelmora.press(); }), errors::kInvalidCall);
+  EXPECT_EQ(snapshot(ctl).duree, "0h00");
+}
+
 TEST_F(WayOut, CareActCodesAreZeroFilledToSixDigits) {
   start("SSIAD", false);
   propose(catalogueRow("Soins de base", "Hygiène", "Toilette complète", "30"), "123");
