@@ -385,5 +385,18 @@ TEST_F(WayOut, AfficheShowsAStoredSelectionAndLeavesOutWhatIsNoTask) {
                 true}));
 }
 
+// Onto rows already there, item i writes attribute i of R_Obs, as documented: a second
+// Affiche doubles the rows, and its observation lands on the first row.
+TEST_F(WayOut, AfficheOntoRowsAlreadyThereWritesTheObservationsAtTheItemNumbers) {
+  stored({{"VAISSELLE", "30", "V"}, {"DEJEUNER", "15", ""}});
+  ctl.Affiche();
+  ctl.Affiche();
+  const std::string v = selectedRow("Ménage", "ENTRETIEN", "VAISSELLE", true, "30");
+  const std::string d = selectedRow("Cuisine", "REPAS", "DEJEUNER", false, "15");
+  EXPECT_EQ(snapshot(ctl).rows, (Rows{d, d, v, v}));
+  EXPECT_EQ(snapshot(ctl).obs, (Rows{"V", "", "", ""}));
+  EXPECT_EQ(snapshot(ctl).duree, "1h30");
+}
+
 }  // namespace
 }  // namespace velmora::testing
