@@ -34,15 +34,11 @@ inline std::string col(std::string_view v) {
 inline std::string right(std::string_view v, std::size_t width) {
   return std::string(width - fromUtf8(v).size(), ' ') + std::string(v);
 }
-// A proposal row of a catalogue fill (85 characters), of a search for an item of a
-// fixed template (87) or with the floating mark (88); a selection row (85).
+// A proposal row of a catalogue fill (85 characters; a template search adds "  " or the
+// floating mark "  *"); a selection row (85).
 inline std::string catalogueRow(std::string_view c1, std::string_view c2, std::string_view c3,
                                 std::string_view minutes) {
   return col(c1) + col(c2) + col(c3) + right(minutes, 7);
-}
-inline std::string floatingRow(std::string_view c1, std::string_view c2, std::string_view c3,
-                               std::string_view minutes) {
-  return catalogueRow(c1, c2, c3, minutes) + "  *";
 }
 inline std::string selectedRow(std::string_view c1, std::string_view c2, std::string_view c3,
                                bool observation, std::string_view minutes) {
@@ -90,11 +86,10 @@ struct Snapshot {
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
 inline void PrintTo(const Snapshot& s, std::ostream* os) {
-  for (const auto& r : s.rows) *os << "\n  [" << r << "]";
-  *os << "\n  codes:";
-  for (const auto& c : s.codes) *os << " [" << c << "]";
-  *os << "\n  obs:";
-  for (const auto& o : s.obs) *os << " [" << o << "]";
+  for (const Rows* list : {&s.rows, &s.codes, &s.obs}) {  // rows, codes, observations
+    *os << "\n ";
+    for (const auto& r : *list) *os << " [" << r << "]";
+  }
   *os << "\n  Txt_Duree [" << s.duree << "] W_Total " << s.total << " W_DoubleClic " << s.doubleClic
       << " ListIndex " << s.current << " enabled " << s.buttons << " imperative " << s.imperative;
 }

@@ -17,6 +17,7 @@ namespace {
 const std::string k23Nov2026 = "21512", k31Dec2026 = "21550", k30Jun2027 = "21731";
 // An intervention detail: 5 unread, client, start date, 6 unread, day, start time.
 const std::string kDetailKey = "I004200001" + k23Nov2026 + "XXXXXX30850";
+const std::string kOddDayKey = "I004200001" + k23Nov2026 + "XXXXXXx0850";
 // Fixed templates: client, start date, day, start time, two more; floating ones have no day.
 const std::string kTemplateKey = "00001" + k23Nov2026 + "20850AB";
 const std::string kFloatingKey = "00001" + k23Nov2026 + "0850CD";
@@ -31,6 +32,7 @@ class Init : public ControlTest {
     account.put("TPSPARAM", "1", parameter);
     account.put("TPSDETAILSINTERV", kDetailKey, {{k31Dec2026}, {"1000"}});
     account.put("TPSDETAILSINTERV", kDetailKey + "07", {{k31Dec2026}, {"1000"}});
+    account.put("TPSDETAILSINTERV", kOddDayKey, {{k31Dec2026}, {"1000"}});
     account.put("TPSSEMAINETYPE", kTemplateKey, {{k30Jun2027}, {"0930"}});
     account.put("TPSSEMAINETYPEFLOT", kFloatingKey,
                 {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"024"}});
@@ -74,6 +76,9 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
        "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
       {kDetailKey + "FLOT", d, "", "", "", "", kDetailKey, "",
        "00001|23/11/2026|31/12/2026|0850|1000|000100|101 21512"},
+      // A day that is no number sets every day.
+      {kOddDayKey, d, "", "", "", "", kOddDayKey, "",
+       "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 21512"},
       // Template keys read 17 or 16 characters and keep their mark for the caller.
       {kTemplateKey + "SEMTYPE", d, "", "", "", "", kTemplateKey + "SEMTYPE", "",
        "00001|23/11/2026|30/06/2027|0850|0930|0010000|110 21512"},
@@ -103,48 +108,17 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   EXPECT_EQ(Variable::R_Param->r(20), u"0");
 }
 
-// A key whose record is absent takes what the key says and leaves the rest as the cursor
-// has it; a date that is no date keeps the key's date; odd days set every day.
-TEST_F(Init, SuccessiveInitsOnOneControl) {
-  const std::string absent = "I009900002" + k31Dec2026 + "XXXXXX";
-  const std::string odd = "I004200001" + k23Nov2026 + "XXXXXXx0850";
-  account.put("TPSDETAILSINTERV", odd, {{k31Dec2026}, {"1000"}});
-  const std::vector<std::tuple<std::string, std::string, std::string>> steps{
-      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 "},
-      {absent + "01400", "23/11/2026", "00002|31/12/2026|30/06/2027|1400|11:45|1000000|100 21512"},
-      {kDetailKey, "31/12/2026", "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21550"},
-      {absent + "51400", "32/13/2026", "00002|31/12/2026|31/12/2026|1400|1000|0000010|100 21550"},
-      {"00001", "01/01/2026", "00001|01/01/2026|30/06/2027|08:30|11:45|1|000 21550"},
-      {odd, "", "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 "},
-      {"", "", "||31/12/2026||1000|1111111|100 "},
-  };
-  for (const auto& [code, date, expected] : steps) {
-    SCOPED_TRACE(code);
-    const bool bare = code == "00001";
-    const InitArguments a = init("AUTRE", code, date, bare ? "30/06/2027" : "", bare ? "08:30" : "",
-                                 bare ? "11:45" : "", bare ? "1" : "");
-    EXPECT_EQ(criteria(ctl), expected);
-    if (!bare) EXPECT_EQ(a.DateDeb, u"");
-  }
-}
-
-// Only "AUTRE" names the tasks' vocabulary; without a database Init still sets the
-// captions and the buttons, and takes the key apart.
+// Only "AUTRE" names the tasks' vocabulary. After a reset there is no database: Init still
+// takes the key apart and sets the captions, and opens nothing.
 TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
-  const auto captions = [&] {
-    return toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
-                  ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption());
-  };
-  const std::string acts = "Regroupement|Type|Soin|Afficher tous les soins";
   init("AUTRE", "00009", "");
   init("autre", "00009", "");
-  EXPECT_EQ(captions(), acts);
   Variable::resetAll();
-  ctl.Cmd_SupprVelmora.setEnabled(true);
   InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
   ctl.Init(a);
-  EXPECT_EQ(captions(), acts);
-  EXPECT_FALSE(ctl.Cmd_SupprVelmora.Enabled());
+  EXPECT_EQ(toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
+                   ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption()),
+            "Regroupement|Type|Soin|Afficher tous les soins");
   EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
   EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
 }
@@ -176,21 +150,6 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
   EXPECT_EQ(ctl.W_DureeInterv, u"host's");
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
-  // A fresh control has the switch ticked, so Init's reset raises its Click; a second
-  // Init finds it unticked and raises nothing. Both must query the store alike.
-  Variable::resetAll();
-  Ctr_VelmoraNew fresh;
-  const DatabaseRef database = account.open();
-  fresh.TheDatabase(database);
-  std::vector<StoreStatistics> seen{statistics(database)};
-  for (int i = 0; i < 2; ++i) {
-    InitArguments a{u"AUTRE", u"00009", u"23/11/2026", u"", u"08:30", u"10:00", u"1000000"};
-    fresh.Init(a);
-    seen.push_back(statistics(database));
-  }
-  EXPECT_EQ(seen[1].queries - seen[0].queries, seen[2].queries - seen[1].queries);
-  EXPECT_EQ(seen[1].decodedRecords - seen[0].decodedRecords,
-            seen[2].decodedRecords - seen[1].decodedRecords);
 }
 
 // A writer holding the store's lock while the planner works. A gesture that reads fails

@@ -1,4 +1,5 @@
-// The rows' layout, the total shown in hours and minutes, and the mandatory-task label.
+// The rows' layout, the places of the surface, the total shown in hours and minutes, and
+// the mandatory-task label.
 #include <velmora/store/sqlite_database.h>
 #include "control/core/ctr_driver.h"
 #include "control/fixture.h"
@@ -56,22 +57,43 @@ TEST(Durations, MinutesShowAsHoursAndReadBack) {
     const Text text = bad;
     EXPECT_EQ(failureNumber([&] { readBack(text); }), number) << toUtf8(text);
   }
-  // The item's duration takes digits only, and backspace.
-  for (int key = 1; key < 256; ++key) {
-    c.Txt_DureeSoin.replaceText(u"7");
-    c.Txt_DureeSoin.typeKey(key);
-    const bool digit = key >= '0' && key <= '9';
-    ASSERT_EQ(c.Txt_DureeSoin.getText(), key == 8 ? u""
-                                         : digit  ? u"7" + Text(1, char16_t(key))
-                                                  : u"7")
-        << key;
-  }
   // Text that is no number fails and stays as written; the next write converts again.
   EXPECT_EQ(failureNumber([&] { c.Txt_Duree.setText(u"9000000000000000"); }), errors::kOverflow);
   EXPECT_EQ(failureNumber([&] { c.Txt_Duree.setText(u"1h30"); }), errors::kTypeMismatch);
   EXPECT_EQ(c.Txt_Duree.getText(), u"1h30");
   c.Txt_Duree.setText(u"45");
   EXPECT_EQ(c.Txt_Duree.getText(), u"0h45");
+}
+
+// The places a host reads, in twips, of every child of the control and of the dialog.
+TEST(Surface, EveryChildHasItsPlace) {
+  const auto places = [](const auto& children) {
+    std::string out;
+    for (const toolkit::Control* c : children) {
+      const toolkit::Geometry& g = c->geometry();
+      for (const int v : {g.left, g.top, g.width, g.height}) out += std::to_string(v) + " ";
+      out += c->name() + "|";
+    }
+    return out;
+  };
+  Ctr_VelmoraNew ctl;
+  Frm_AjoutObsTache dialog;
+  EXPECT_EQ(
+      places(ctl.controls()) + places(dialog.children()),
+      "120 120 2415 255 Cac_TouteTache|0 480 9930 5415 Cdr_Soins|7560 1560 855 840 Lst_CodePos|"
+      "7680 3840 855 645 Lst_CodeSelect|10560 600 15 1095 Txt_Barre1|"
+      "8520 5040 615 315 Txt_Duree|120 4920 855 375 Cmd_SupprVelmora|"
+      "8520 4680 615 315 Txt_DureeSoin|6720 4920 855 375 Cmd_AnnulerVelmora|"
+      "5880 4920 735 375 Cmd_OKVelmora|120 3360 9615 1320 Lst_Selectionne|"
+      "120 360 9615 2370 Lst_Possible|4320 2760 495 375 Cmd_Select|5160 4920 615 375 Cmd_Obs|"
+      "9240 120 255 255 Label1|1080 4800 3975 375 Etq_Imperativite|8640 3120 495 255 Label6|"
+      "8640 120 495 255 Label5|8160 3120 375 255 Label3|5640 3120 615 255 Etq_Sel3|"
+      "8040 5040 495 255 Etq_DureeTotale|8880 3360 495 255 Etq_Duree|120 120 1215 255 Etq_Pos1|"
+      "2760 120 735 255 Etq_Pos2|5640 120 615 255 Etq_Pos3|2880 3120 735 255 Etq_Sel2|"
+      "120 3120 1215 255 Etq_Sel1|4320 3720 735 375 Cmd_OkObs|5160 3720 735 375 Cmd_AnnulerObs|"
+      "120 1680 5775 1935 Txt_Obs|1080 600 4815 285 Txt_Groupe|1080 960 4815 285 Txt_Tache|"
+      "1080 240 4815 285 Txt_Type|120 1440 930 195 Label4|120 600 525 195 Label3|"
+      "120 960 465 195 Label2|120 240 360 195 Label1|");
 }
 
 class Mandatory : public ControlTest {
@@ -86,7 +108,7 @@ class Mandatory : public ControlTest {
                   {{std::to_string(i + 1)}, {"G"}, {""}, {tasks[i].second}});
     }
   }
-  // The selection's codes, and what the question answers with the store's reads it took.
+  // The selection's codes, and the question's answer with the store's reads it took.
   std::string ask(std::initializer_list<const char16_t*> codes) {
     ctl.Lst_CodeSelect.Clear();
     for (const char16_t* code : codes) ctl.Lst_CodeSelect.AddItem(code);

