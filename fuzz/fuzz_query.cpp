@@ -51,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const Text file : {u"TACHE", u"TPSSEMAINETYPE"}) {
     try {
       long count = 0;
-      const Text request =
-          fromUtf8(text.substr(0, newline)) + kAttributeMark + file + kAttributeMark + columns;
+      Text request = fromUtf8(text.substr(0, newline));
+      request.append(1, kAttributeMark).append(file).append(1, kAttributeMark).append(columns);
       (void)db->RunQuery(request, u"", count)->DCount();
     } catch (const Failure&) {
     }

@@ -254,7 +254,7 @@ TEST(SampleAccount, QueriesOnKeysDecodeOnlyTheRecordsTheyMust) {
   // Built over the empty file that a failed first build leaves.
   TempAccount account;
   const std::string path = account.directory() + "/sample.db";
-  std::ofstream{path};
+  std::ofstream(path).close();
   buildSampleDatabase(path, VELMORA_SAMPLE_DIR);
   const auto db = openDatabase(path);
   auto& sqlite = dynamic_cast<SqliteDatabase&>(db.get());

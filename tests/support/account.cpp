@@ -2,11 +2,11 @@
 
 #include <libpq-fe.h>
 #include <sqlite3.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -58,6 +58,7 @@ NorvikRecord makeRecord(const std::vector<std::vector<std::string>>& attributes)
   NorvikRecord record;
   for (const auto& values : attributes) {
     std::vector<Text> texts;
+    texts.reserve(values.size());
     for (const auto& value : values) texts.push_back(fromUtf8(value));
     record.appendAttribute(std::move(texts));
   }
@@ -84,7 +85,7 @@ TempAccount::~TempAccount() {
 }
 
 void TempAccount::put(std::string_view file, std::string_view key,
-                      std::vector<std::vector<std::string>> attributes) {
+                      const std::vector<std::vector<std::string>>& attributes) {
   Batch batch;
   batch.putRecord(fromUtf8(file), fromUtf8(key), makeRecord(attributes));
   apply(batch);

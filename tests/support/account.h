@@ -27,7 +27,7 @@ class TempAccount {
 
   // Puts one record. attributes: one entry per attribute, each a list of values (UTF-8).
   void put(std::string_view file, std::string_view key,
-           std::vector<std::vector<std::string>> attributes);
+           const std::vector<std::vector<std::string>>& attributes);
   void remove(std::string_view file, std::string_view key);
   void apply(const Batch& batch);
   DatabaseRef open() const;  // a new read-only connection
