@@ -1,19 +1,18 @@
 // The velmora tool, run as a user runs it, on temporary files: what it prints, how it
 // exits, and that it never harms a file it does not replace whole.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
+
+#include <filesystem>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "cli/run_velmora.h"
-#include "store/sqlite_support.h"
 
 namespace velmora {
 namespace {
@@ -53,20 +52,15 @@ TEST_F(Cli, HelpVersionAndMistakesExitWithTheirCodeAndMessage) {
   const std::vector<std::tuple<std::vector<std::string>, int, std::string, std::string>> cases{
       {{"--help"}, 0, "usage: velmora COMMAND", ""},
       {{"--version"}, 0, "velmora ", ""},
-      {{"export", "-h", "--db", db()}, 0, "usage: velmora export", ""},
       {{}, 2, "", "usage: velmora"},
       {{"frobnicate"}, 2, "", R"(velmora: unknown command "frobnicate")"},
-      {{"get", "TACHE", "x"}, 2, "", "velmora: get: --db PATH is required"},
       {{"get", "--db", db(), "TACHE", "x", "y"}, 2, "", R"(unexpected argument "y")"},
       {{"export", "--db", db(), "--colour", "red"}, 2, "", "unknown option --colour"},
       {{"play", "--db", db(), folder.string()}, 2, "", "is a folder"},
-      {{"import", folder.string(), "--db", db()}, 2, "", "is a folder"},
-      {{"sample", "--db", ""}, 2, "", "--db needs a path"},
       {{"query", "--db", db(), R"(SSELECT TACHE AVEC 1 "x")"},
        1,
        "",
        "velmora: requête : à la position 22 : opérateur attendu"},
-      {{"query", "--db", db(), "SSELECT NOSUCH"}, 1, "", "NOSUCH"},
       {{"get", "--db", db(), "TACHE", "nope"}, 1, "", "velmora: record not found"},
       {{"query", "--db", garbage, "SSELECT TACHE"}, 1, "", "garbage.db"},
   };
@@ -92,56 +86,6 @@ TEST_F(Cli, SampleBuildsAStoreThatQueryAndGetPrint) {
             "Aspirateur\n");
   EXPECT_EQ(run({"get", "--db", target, "TACHE", "Aspirateur"}).out,
             "2\nG-SOL | G-MAISON\n\nO\n5\n");
-  // One huge cell does not pad every other line to its width.
-  account.put("TACHE", std::string(10000, 'k'), {{"x"}});
-  for (int i = 0; i < 50; ++i) account.put("TACHE", "t" + std::to_string(i), {{"y"}});
-  EXPECT_LT(run({"query", "--db", db(), "SSELECT TACHE", "--columns", "0 1"}).out.size(),
-            10000u + 50 * 50);
-}
-
-// sample replaces a store whole or not at all: never another file, never the user's own
-// files beside it, and no journal of the old store is left to be played over the new one.
-TEST_F(Cli, SampleReplacesOnlyAStoreWholeAndLeavesNoJournalOfTheOldOne) {
-  // Refused: a file that is not a store, and a store gone with its journal left (it may
-  // belong to a store moved away). The files stay as they were and no store is made.
-  const std::string notes = (dir() / "notes.txt").string();
-  const std::string gone = (dir() / "gone.db").string();
-  spit(notes, "mes notes\n");
-  spit(gone + "-journal", "journal d'une base partie\n");
-  for (const auto& [target, kept, message] : {std::tuple{notes, notes, "is not a Velmora store"},
-                                              {gone, gone + "-journal", "is left beside it"}}) {
-    const std::string was = slurp(kept);
-    const auto refused = run({"sample", "--db", target, "--from", sampleDir()});
-    EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.err.find(message), std::string::npos) << refused.err;
-    EXPECT_EQ(slurp(kept), was);
-  }
-  EXPECT_FALSE(fs::exists(gone));
-
-  for (const std::string left : {"hot", "wal", "stale"}) {
-    const std::string target = (dir() / (left + ".db")).string();
-    ASSERT_EQ(run({"sample", "--db", target, "--from", sampleDir()}).status, 0);
-    spit(target + ".building", "le fichier de quelqu'un\n");
-    if (left == "stale") {
-      spit(target + "-journal", std::string(512, '\0'));  // left before anything was written
-    } else {
-      testing::killWriterHalfWay(target, left == "wal");
-    }
-    const auto built = run({"sample", "--db", target, "--from", sampleDir()});
-    EXPECT_EQ(built.status, 0) << built.err;
-    EXPECT_FALSE(fs::exists(target + "-journal")) << left;
-    EXPECT_FALSE(fs::exists(target + "-wal")) << left;
-    EXPECT_EQ(slurp(target + ".building"), "le fichier de quelqu'un\n");
-    EXPECT_EQ(run({"get", "--db", target, "TACHE", "Vitres"}).out, "1\nG-VITRES\n\nN\n45\n");
-  }
-  // A bad exchange file leaves the old store as it was.
-  const std::string target = (dir() / "hot.db").string();
-  const std::string good = slurp(target);
-  spit(fs::path(sampleDir()) / "30-bad.jsonl", "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\n");
-  const auto bad = run({"sample", "--db", target, "--from", sampleDir()});
-  EXPECT_EQ(bad.status, 1);
-  EXPECT_NE(bad.err.find("30-bad.jsonl:1:"), std::string::npos) << bad.err;
-  EXPECT_EQ(slurp(target), good);
 }
 
 TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
@@ -201,28 +145,6 @@ TEST_F(Cli, ExportReplacesItsFileOnlyWhenWholeAndNeverTheDatabase) {
   for (const auto& entry : fs::directory_iterator(dir())) {
     EXPECT_NE(entry.path().filename().string().front(), '.') << entry.path();
   }
-}
-
-// A second import into a new path while the first one holds the lock: it fails clearly
-// and removes nothing, so the first one's work is still there once committed.
-TEST_F(Cli, ASecondImportThatCannotLockFailsClearlyAndRemovesNothing) {
-  const fs::path target = dir() / "new.db";
-  sqlite3* first = nullptr;
-  ASSERT_EQ(sqlite3_open(target.c_str(), &first), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(first, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
-  store::createSchema(first, target.string());
-  const fs::path line = dir() / "line.jsonl";
-  spit(line, "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}\n");
-  const auto second = run({"import", line.string(), "--db", target.string()});
-  EXPECT_EQ(second.status, 1);
-  EXPECT_NE(second.err.find("verrouillée"), std::string::npos) << second.err;
-  ASSERT_EQ(sqlite3_exec(first,
-                         "INSERT INTO files VALUES ('TACHE'); INSERT INTO records VALUES "
-                         "('TACHE', x'0041', x'0031'); COMMIT",
-                         nullptr, nullptr, nullptr),
-            SQLITE_OK);
-  sqlite3_close(first);
-  EXPECT_EQ(run({"get", "--db", target.string(), "TACHE", "A"}).out, "1\n");
 }
 
 // An import cut short leaves the store whole: all of its batch or none.
