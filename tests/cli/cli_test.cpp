@@ -88,6 +88,51 @@ TEST_F(Cli, SampleBuildsAStoreThatQueryAndGetPrint) {
             "2\nG-SOL | G-MAISON\n\nO\n5\n");
 }
 
+// sample replaces a store whole or not at all: never another file, never the user's own
+// files beside it, and no journal of the old store is left to be played over the new one.
+TEST_F(Cli, SampleReplacesOnlyAStoreWholeAndLeavesNoJournalOfTheOldOne) {
+  // Refused: a file that is not a store, and a store gone with its journal left (it may
+  // belong to a store moved away). The files stay as they were and no store is made.
+  const std::string notes = (dir() / "notes.txt").string();
+  const std::string gone = (dir() / "gone.db").string();
+  spit(notes, "mes notes\n");
+  spit(gone + "-journal", "journal d'une base partie\n");
+  for (const auto& [target, kept, message] : {std::tuple{notes, notes, "is not a Velmora store"},
+                                              {gone, gone + "-journal", "is left beside it"}}) {
+    const std::string was = slurp(kept);
+    const auto refused = run({"sample", "--db", target, "--from", sampleDir()});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find(message), std::string::npos) << refused.err;
+    EXPECT_EQ(slurp(kept), was);
+  }
+  EXPECT_FALSE(fs::exists(gone));
+
+  for (const std::string left : {"hot", "wal", "stale"}) {
+    const std::string target = (dir() / (left + ".db")).string();
+    ASSERT_EQ(run({"sample", "--db", target, "--from", sampleDir()}).status, 0);
+    spit(target + ".building", "le fichier de quelqu'un\n");
+    if (left == "stale") {
+      spit(target + "-journal", std::string(512, '\0'));  // left before anything was written
+    } else {
+      testing::killWriterHalfWay(target, left == "wal");
+    }
+    const auto built = run({"sample", "--db", target, "--from", sampleDir()});
+    EXPECT_EQ(built.status, 0) << built.err;
+    EXPECT_FALSE(fs::exists(target + "-journal")) << left;
+    EXPECT_FALSE(fs::exists(target + "-wal")) << left;
+    EXPECT_EQ(slurp(target + ".building"), "le fichier de quelqu'un\n");
+    EXPECT_EQ(run({"get", "--db", target, "TACHE", "Vitres"}).out, "1\nG-VITRES\n\nN\n45\n");
+  }
+  // A bad exchange file leaves the old store as it was.
+  const std::string target = (dir() / "hot.db").string();
+  const std::string good = slurp(target);
+  spit(fs::path(sampleDir()) / "30-bad.jsonl", "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\n");
+  const auto bad = run({"sample", "--db", target, "--from", sampleDir()});
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_NE(bad.err.find("30-bad.jsonl:1:"), std::string::npos) << bad.err;
+  EXPECT_EQ(slurp(target), good);
+}
+
 TEST_F(Cli, ImportIsAllOrNothingAndExportRoundTrips) {
   const fs::path good = dir() / "good.jsonl";
   spit(good,
