@@ -220,14 +220,14 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
 }
 
 TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryRow) {
-  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});  // not looked at
-  putFloating("0800", {"0930", "A", {"B"}, {"20"}, {""}, "6"});
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});     // not looked at
+  putFloating("1500", {"1630", "A", {"B"}, {"20"}, {""}, "6"});  // the last key
   putFloating("0900", {"1000", "A", {"C", "D"}, {"50", "25"}, {"", "obs D"}, "24"});
   putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
   putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
   search("AUTRE", "0010001", kClient + "FLOT");
-  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 B:20 C:50 D:25");
+  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 C:50 D:25 B:20");
   EXPECT_EQ(words(Variable::R_TableSelection), "A:5: C:50: D:25:obs D");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
   expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");

@@ -265,7 +265,8 @@ TEST_F(WayOut, MajEnrHandsTheSelectionOverInListOrderAsANewRecordEachTime) {
                                    {"DEJEUNER", "0", ""},
                                    {"DOUCHE", "30", "Sonner deux fois\nCode 1234"}})
                            .r());
-  EXPECT_EQ(snapshot(ctl).total, "60");  // MAJ_Enr changes nothing on screen
+  EXPECT_EQ(snapshot(ctl).total, "60");   // MAJ_Enr changes nothing on screen
+  EXPECT_TRUE(snapshot(ctl).imperative);  // OK on an edit keeps DOUCHE's label
   for (int i = 0; i < 4; ++i) remove(0);
   ctl.MAJ_Enr();
   EXPECT_EQ(first->r(), firstText);
