@@ -138,9 +138,12 @@ class ControlTest : public ::testing::Test {
     for (const int r : rows) ctl.Lst_Possible.click(r);
     ctl.Cmd_Select.press();
   }
-  void edit(int row, std::string_view minutes) {
+  void openEdit(int row) {
     ctl.Lst_Selectionne.click(row);
     ctl.Lst_Selectionne.doubleClick(row);
+  }
+  void edit(int row, std::string_view minutes) {
+    openEdit(row);
     for (int i = 0; i < 5; ++i) ctl.Txt_DureeSoin.typeKey(8);
     ctl.Txt_DureeSoin.typeText(fromUtf8(minutes));
     ctl.Cmd_OKVelmora.press();

