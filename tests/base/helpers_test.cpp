@@ -32,17 +32,7 @@ TEST(TextHelpers, CountFromOneStopAtTheEndAndNeverCut) {
       {left(t, 2), u"Mé"},    {left(t, -3), u""},     {left(t, 40), t},
       {mid(t, 2, 3), u"éna"}, {mid(t, 5, 10), u"ge"}, {mid(t, 7, 1), u""},
       {mid(t, 0, 2), u""},    {mid(t, 3), u"nage"},   {mid(t, 99), u""}};
-  const std::vector<std::pair<Text, Text>> padded{{trimBlanks(u"  30 "), u"30"},
-                                                  {trimBlanks(u"   "), u""},
-                                                  {trimBlanks(u"\t3\n"), u"\t3\n"},
-                                                  {spaces(3), u"   "},
-                                                  {spaces(-1), u""},
-                                                  {padRight(u"ab", 4), u"ab  "},
-                                                  {padRight(u"abcdef", 4), u"abcdef"},
-                                                  {padLeft(u"30", 5), u"   30"},
-                                                  {padLeft(u"1234567", 6), u"1234567"}};
   for (const auto& [got, expected] : parts) EXPECT_EQ(got, expected) << toUtf8(expected);
-  for (const auto& [got, expected] : padded) EXPECT_EQ(got, expected) << toUtf8(expected);
   EXPECT_EQ(instr(u"00001SEMTYPEFLOT", u"FLOT"), 13);
   EXPECT_EQ(instr(u"1h30h", u"h", 3), 5);
   EXPECT_EQ(instr(u"abc", u"c", 4), 0);

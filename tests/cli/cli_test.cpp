@@ -91,8 +91,8 @@ TEST_F(Cli, SampleBuildsAStoreThatQueryAndGetPrint) {
 // sample replaces a store whole or not at all: never another file, never the user's own
 // files beside it, and no journal of the old store is left to be played over the new one.
 TEST_F(Cli, SampleReplacesOnlyAStoreWholeAndLeavesNoJournalOfTheOldOne) {
-  // Refused: a file that is not a store, and a store gone with its journal left (it may
-  // belong to a store moved away). The files stay as they were and no store is made.
+  // Refused, leaving the files as they were: a file that is not a store, and a journal
+  // left by a store gone (it may belong to a store moved away).
   const std::string notes = (dir() / "notes.txt").string();
   const std::string gone = (dir() / "gone.db").string();
   spit(notes, "mes notes\n");

@@ -1,7 +1,6 @@
-// Planners' proposals replayed by the tool in processes of their own, from two threads,
-// while a writer renames every task type back and forth in one batch: each proposal is
-// the one a committed state gives, never a mix. On a file, and on a server under
-// VELMORA_TEST_STORE=postgresql.
+// Proposals replayed by the tool in processes, from two threads, while a writer renames
+// every task type back and forth in one batch: each is one committed state's, never a mix.
+// On a file, and on a server under VELMORA_TEST_STORE=postgresql.
 #include <gtest/gtest.h>
 
 #include <atomic>

@@ -53,7 +53,6 @@ inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& 
   return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
 }
 
-// The tool at hand, on a temporary account.
 class Tool : public ::testing::Test {
  protected:
   Outcome run(const std::vector<std::string>& args) { return runVelmora(args, dir()); }

@@ -131,9 +131,8 @@ class ControlTest : public ::testing::Test {
     return a;
   }
 
-  // The planner's gestures: mark proposal rows and press the down arrow; edit a selected
-  // row's duration (double-click, clear, type, OK); write an observation and close the
-  // dialog with Ok; remove a row and answer the question.
+  // The planner's gestures, made as a planner makes them: marks then the arrow, a
+  // double-click then OK, the dialog closed with Ok, a removal answered.
   void select(const std::vector<int>& rows) {
     for (const int r : rows) ctl.Lst_Possible.click(r);
     ctl.Cmd_Select.press();

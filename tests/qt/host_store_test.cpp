@@ -1,7 +1,6 @@
 // The demo host's way of keeping a selection: written as a planned intervention through
 // the host's own connection, and shown back when the control consults its key.
 #include <QTemporaryDir>
-#include <tuple>
 
 #include <velmora/qt/host_store.h>
 #include <velmora/qt/sample_database.h>
@@ -19,19 +18,6 @@ const qt::Intervention kMonday{.client = u"00001",
                                .heureDe = u"08:30",
                                .heureA = u"10:00",
                                .kind = u"AUTRE"};
-
-TEST(HostStore, TimesAndKeysAreWrittenInTheFormsOfTheKeys) {
-  EXPECT_EQ(qt::fourDigitTime(u"23:59"), u"2398");  // hundredths of an hour, cut short
-  for (const char16_t* bad : {u"8:30", u"24:00", u"23:60", u"ab:cd"}) {
-    EXPECT_THROW(qt::fourDigitTime(bad), Failure) << toUtf8(bad);
-  }
-
-  qt::Intervention i = kMonday;
-  i.dateDeb = u"29/11/2026";  // a Sunday
-  EXPECT_EQ(qt::detailKey(i), u"DEMO0000012151800000160850");
-  i.client = u"001";
-  EXPECT_THROW(qt::detailKey(i), Failure);
-}
 
 TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   Variable::resetAll();

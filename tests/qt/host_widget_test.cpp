@@ -21,9 +21,8 @@ class HostWidget : public ::testing::Test {
   TempAccount account;
 };
 
-// A failure an event procedure lets out (the switch's query once the host has emptied
-// everything, connection included) is shown in French, or handed to a listening host with
-// no box; the control goes on working.
+// A failure an event procedure lets out (the switch's query with no connection) is shown
+// in French, or handed to a listening host with no box; the control goes on working.
 TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) {
   putTaskCatalogue(account);
   qt::VelmoraWidget w;

@@ -192,7 +192,6 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
   EXPECT_EQ(mandatory, (std::vector<bool>{true, false}));
   EXPECT_EQ(selections, 6);  // Init, Select, Return, OK, the observation, Yes: not No nor Annuler
 
-  // And what the planner did, written out by hand.
   EXPECT_EQ(s[0].possible.front(), row("Ménage", "Entretien", "Aspirateur", "20"));
   EXPECT_EQ(s[1].marked, (std::vector<int>{0, 2}));
   EXPECT_EQ(s[2].rows.back(), row("Ménage", "Linge", "Repassage", "45", ' '));

@@ -2,7 +2,6 @@
 // list while a refresh is pending, changed rows are repainted, and the planner's clicks
 // reach the rows they aim at.
 #include <QSignalSpy>
-#include <vector>
 
 #include "control/module_slots.h"
 #include "qt/control_views.h"

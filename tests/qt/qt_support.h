@@ -20,9 +20,8 @@
 
 namespace velmora::testing {
 
-// Rows written out by hand, so that the expectations do not lean on the code under test.
-// Three columns of 26, then (a selection row) the observation marker and the duration in
-// six, or (a proposal row, marker 0) the duration in seven.
+// A row written out by hand: three columns of 26, then the duration in seven, or (a
+// selection row) the observation marker and the duration in six.
 inline std::string row(std::string_view c1, std::string_view c2, std::string_view c3,
                        std::string_view minutes, char marker = 0) {
   std::string r;
@@ -77,9 +76,8 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   return s;
 }
 
-// The task catalogue of the journeys: two types, three groups, four tasks, one of them
-// mandatory ("O" in attribute 4). Column 1 shows the type key, column 2 the group key,
-// column 3 the task key.
+// The journeys' catalogue: two types, three groups, four tasks, Repassage mandatory; the
+// rows show the type key, the group key and the task key.
 inline void putTaskCatalogue(TempAccount& account) {
   account.put("TYPETACHE", "Ménage", {{"1"}});
   account.put("TYPETACHE", "Repas", {{"2"}});
@@ -115,7 +113,6 @@ inline void whenModal(std::function<void(QWidget&)> action, int attempts = 300) 
   });
 }
 
-// The planner's hand on the widgets.
 inline void click(QWidget* widget) {
   ASSERT_NE(widget, nullptr);
   QTest::mouseClick(widget, Qt::LeftButton);

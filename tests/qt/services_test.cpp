@@ -2,7 +2,6 @@
 // however it is closed, and the mouse pointer overrides the application's cursor until
 // shape 0.
 #include <QMessageBox>
-#include <QPushButton>
 #include <functional>
 #include <memory>
 #include <tuple>
@@ -60,7 +59,6 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
   }
 }
 
-// Services that go take their override with them.
 TEST(QtServices, APointerShapeOverridesTheCursorUntilShapeZeroOrTheServicesGo) {
   auto services = std::make_unique<QtServices>();
   services->setMousePointer(11);

@@ -182,9 +182,8 @@ TEST(Store, ReadOnlyOpenReadsPastAWriterKilledHalfWayAndCannotWrite) {
   }
 }
 
-// A held snapshot keeps one read lock until the outermost hold goes: holds and queries
-// inside share it, a writer cannot commit under it, and each record is read from the file
-// once inside it (each read still gives a record of its own).
+// A held snapshot keeps one read lock until the outermost hold goes, shared by what runs
+// inside; a writer cannot commit under it; each record is read once (a copy each time).
 TEST(Store, AHeldSnapshotKeepsOneReadLockAndReadsEachRecordOnce) {
   TempAccount account;
   account.put("TACHE", "Repassage", {{"avant"}});

@@ -43,8 +43,8 @@ class TempAccount {
 // std::runtime_error.
 void administerServer(const std::string& sql);
 
-// Leaves the file as a writer killed in the middle of a large transaction does: a hot
-// journal, or (wal) a write-ahead log, beside it. The committed content is unchanged.
+// Leaves the file as a writer killed inside a large transaction does: a hot journal, or
+// (wal) a write-ahead log, beside it; the committed content is unchanged.
 void killWriterHalfWay(const std::string& path, bool wal);
 
 // The record of those attributes, each a list of UTF-8 values.

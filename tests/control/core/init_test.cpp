@@ -6,7 +6,6 @@
 
 #include <chrono>
 
-#include <velmora/store/sqlite_database.h>
 #include "control/fixture.h"
 #include "store/read_connection.h"
 
@@ -143,10 +142,8 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
 }
 
-// A writer holding the store's lock while the planner works. A gesture that reads fails
-// through the failure handler and leaves the lists as they were; Init fails with its
-// number after one bounded wait, not one per statement, and leaves no list that could be
-// taken for a complete proposal. Once the writer is done, the control reads again.
+// A writer holds the lock: a gesture fails through the handler and changes nothing; Init
+// fails after one bounded wait and leaves no partial proposal; then the control reads again.
 TEST_F(Init, AWriterHoldingTheLockFailsClearlyAndLeavesNoPartialProposal) {
   account.put("SSIADREGROUPSOINS", "01", {{"Hygiène"}});
   account.put("SSIADTYPESOINS", "0101", {{"Toilette"}});

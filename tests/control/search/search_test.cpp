@@ -27,9 +27,8 @@ std::string columns(const std::string& code) {
       {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")}};
   return known.at(code);
 }
-// A list's rows from "code:minutes" words, "*" after the word for a floating template's
-// item, "!" for a selected item with an observation: a catalogue fill's rows end at the
-// minutes, a template search's add two blanks or "  *", a selected row has the marker.
+// A list's rows from "code:minutes" words, "*" after a floating template's item, "!" after
+// a selected item with an observation, in the layout of a fill, a search or the selection.
 enum class Kind { Catalogue, Template, Selected };
 Rows rows(Kind kind, const std::string& described) {
   Rows out;
@@ -78,9 +77,8 @@ Table templateRecord(const TemplateSpec& t, const std::string& endDate = "") {
           {""},      {""},    t.observations, {""},    {t.days}};
 }
 
-// Home help: types MENAGE and SOINS, groups ENTRETIEN (MENAGE) and TOILETTE (SOINS), tasks
-// A and B in ENTRETIEN, C and D in TOILETTE. Care: acts 010101, 010102 and 010103 under
-// type 0101 and regroupment 01, 020101 under 0201 and 02.
+// Home help: tasks A, B in group ENTRETIEN of type MENAGE, C, D in TOILETTE of SOINS.
+// Care: acts 0101xx under type 0101 and regroupment 01, 020101 under 0201 and 02.
 class SearchJourney : public ControlTest {
  protected:
   void SetUp() override {
@@ -132,7 +130,6 @@ class SearchJourney : public ControlTest {
     putFixed('4', "0800", {"1200", kind, {c[2], c[3]}, {"20", "10"}, {"", ""}});
     putFloating("0900", {"1000", kind, {c[3], c[4]}, {"50", "25"}, {"", "obs D"}, "4"});
   }
-  // What the lists and the total show.
   void expectShown(const Rows& possible, const std::string& selected, const std::string& duree) {
     EXPECT_EQ(items(ctl.Lst_Possible), possible);
     EXPECT_EQ(items(ctl.Lst_Selectionne), chosen(selected));
@@ -180,9 +177,8 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "45");
 }
 
-// Which fixed templates of a day match a slot: those that touch it at either end, with
-// the host's times in minutes (08:01 is 0802) or, when the parameter says so, in decimal
-// hours; and, without an end date, one that starts later too.
+// The fixed templates that touch the slot at either end match, times in minutes (08:01 is
+// 0802) or as the parameter says in decimal hours; with no end date, later ones too.
 TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   struct Case {
     const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM

@@ -19,8 +19,6 @@ namespace {
 using Answer = std::vector<std::vector<std::string>>;  // a store's answer, row by row
 using testing::makeRecord;
 
-// ---- The documented walks ----
-
 std::vector<CatalogueRow> directCatalogueWalk(const NorvikRecord& T, const NorvikRecord& G,
                                               const NorvikRecord& K) {
   std::vector<CatalogueRow> rows;
@@ -98,8 +96,7 @@ void directTemplates(Tables& t, const std::vector<Template>& templates, bool cle
   }
 }
 
-// ---- Random data: small alphabets, so that duplicates, "" cells and groups out of type
-// order abound ----
+// Random data from small alphabets: duplicates, "" cells and groups out of order abound.
 
 class Random {
  public:
