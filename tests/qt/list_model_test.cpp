@@ -21,6 +21,11 @@ class ListModel : public ::testing::Test {
   QString shown(int row) const { return model().index(row).data().toString(); }
   bool marked(int row) const { return model().index(row).data(ListBoxModel::kMarkedRole).toBool(); }
   const ListBoxModel& model() const { return w.listView(ctl.Lst_Possible)->listModel(); }
+  // Rows "Ligne from" to "Ligne to - 1" added to the proposal.
+  void addRows(int from, int to) {
+    for (int i = from; i < to; ++i)
+      ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
+  }
 
   Ctr_VelmoraNew ctl;
   qt::VelmoraWidget w{ctl};
@@ -28,7 +33,7 @@ class ListModel : public ::testing::Test {
 
 TEST_F(ListModel, RowsArriveInOneResetAndNoneIsReadPastTheListMeanwhile) {
   QSignalSpy resets(&model(), &QAbstractItemModel::modelReset);
-  for (int i = 0; i < 20000; ++i) ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
+  addRows(0, 20000);
   ctl.Lst_Possible.setSelected(19999, true);
   // Nothing reaches the view until the event loop turns.
   EXPECT_EQ(model().rowCount(), 0);
@@ -49,7 +54,7 @@ TEST_F(ListModel, RowsArriveInOneResetAndNoneIsReadPastTheListMeanwhile) {
 }
 
 TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
-  for (int i = 0; i < 3; ++i) ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
+  addRows(0, 3);
   QCoreApplication::processEvents();
   QSignalSpy resets(&model(), &QAbstractItemModel::modelReset);
   QSignalSpy changes(&model(), &QAbstractItemModel::dataChanged);
@@ -72,10 +77,10 @@ TEST_F(ListModel, AClickMarksTheRowUnderIt) {
   w.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
   ListBoxView& possible = *w.listView(ctl.Lst_Possible);
-  ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(0)));
+  addRows(0, 1);
   QCoreApplication::processEvents();
   const QRect first = possible.rowRect(0);
-  for (int i = 1; i < 4; ++i) ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
+  addRows(1, 4);
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
                     first.center() + QPoint(0, 3 * first.height()));
   EXPECT_TRUE(ctl.Lst_Possible.Selected(3));

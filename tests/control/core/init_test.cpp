@@ -163,13 +163,9 @@ TEST_F(Init, AWriterHoldingTheLockFailsClearlyAndLeavesNoPartialProposal) {
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 0);
 
   const auto start = std::chrono::steady_clock::now();
-  try {
-    ctl.Init(a);
-    ADD_FAILURE() << "Init read through the lock";
-  } catch (const Failure& f) {
-    EXPECT_EQ(f.number(), errors::kBusy);
-    EXPECT_THAT(f.what(), ::testing::HasSubstr("verrouillée par un autre programme"));
-  }
+  std::string message;
+  EXPECT_EQ(failureNumber([&] { ctl.Init(a); }, &message), errors::kBusy);
+  EXPECT_THAT(message, ::testing::HasSubstr("verrouillée par un autre programme"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, 3 * store::ReadConnection::kLockWait);
   EXPECT_EQ(ctl.Txt_Duree.getText(), u"");
 
