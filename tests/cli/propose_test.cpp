@@ -9,21 +9,15 @@
 #include <vector>
 
 #include "cli/run_velmora.h"
+#include "support/rows.h"
 
 namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
 using cli_test::Outcome;
-
-// Rows written out by hand: three columns of 26, then the duration.
-std::string col(const std::string& utf8) {
-  const Text t = fromUtf8(utf8);
-  return toUtf8(t + Text(26 - t.size(), u' '));
-}
-std::string right(const std::string& s, std::size_t width) {
-  return std::string(width - s.size(), ' ') + s;
-}
+using testing::col;
+using testing::right;
 
 class Propose : public cli_test::Tool {
  protected:

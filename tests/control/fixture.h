@@ -18,22 +18,13 @@
 #include "control/module_slots.h"
 #include "support/account.h"
 #include "support/failure_number.h"
+#include "support/rows.h"
 
 namespace velmora::testing {
 
 using Rows = std::vector<std::string>;
 using Table = std::vector<std::vector<std::string>>;
 
-// A column: 25 characters at most, padded to 26.
-inline std::string col(std::string_view v) {
-  Text t = fromUtf8(v);
-  t.resize(std::min<std::size_t>(t.size(), 25));
-  t.resize(26, u' ');
-  return toUtf8(t);
-}
-inline std::string right(std::string_view v, std::size_t width) {
-  return std::string(width - fromUtf8(v).size(), ' ') + std::string(v);
-}
 // A proposal row of a catalogue fill (85 characters; a template search adds "  " or the
 // floating mark "  *"); a selection row (85).
 inline std::string catalogueRow(std::string_view c1, std::string_view c2, std::string_view c3,

@@ -17,21 +17,16 @@
 #include "control/module_slots.h"
 #include "qt/control_views.h"
 #include "support/account.h"
+#include "support/rows.h"
 
 namespace velmora::testing {
 
-// A row written out by hand: three columns of 26, then the duration in seven, or (a
-// selection row) the observation marker and the duration in six.
+// Three columns, then the duration in seven, or (a selection row) the observation marker
+// and the duration in six.
 inline std::string row(std::string_view c1, std::string_view c2, std::string_view c3,
                        std::string_view minutes, char marker = 0) {
-  std::string r;
-  for (const std::string_view c : {c1, c2, c3}) {
-    Text t = fromUtf8(c);
-    t.resize(26, u' ');
-    r += toUtf8(t);
-  }
-  if (marker != 0) r += marker;
-  return r + std::string(7 - (marker != 0) - minutes.size(), ' ') + std::string(minutes);
+  const std::string columns = col(c1) + col(c2) + col(c3);
+  return marker == 0 ? columns + right(minutes, 7) : columns + marker + right(minutes, 6);
 }
 
 // Everything a step of a journey can change, read from the toolkit objects.
