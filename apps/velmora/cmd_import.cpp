@@ -4,6 +4,7 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
+#include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
 #include "command.h"
 
@@ -28,7 +29,8 @@ int run(Arguments& args) {
   // Created when absent and filled in one transaction; a failure leaves the file as it
   // was (a new path at worst an empty file), never removed: another writer may be using it.
   StoreWriter(database).apply(batch);
-  std::cout << "velmora: " << database << ": " << batch.size() << " lines imported\n";
+  std::cout << "velmora: " << store::shownLocation(database) << ": " << batch.size()
+            << " lines imported\n";
   return 0;
 }
 

@@ -1,7 +1,9 @@
 #include "store/postgresql_support.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <vector>
 
 namespace velmora::store {
 
@@ -21,16 +23,48 @@ std::string causeOf(const char* message) {
   return cause;
 }
 
+// The text with the URI's password masked, as libpq read it and as it is written (a URI
+// libpq cannot read may be quoted in its message).
+std::string withoutPassword(std::string text, const std::string& uri) {
+  std::vector<std::string> passwords;
+  if (PQconninfoOption* options = PQconninfoParse(uri.c_str(), nullptr)) {
+    for (const PQconninfoOption* option = options; option->keyword != nullptr; ++option) {
+      if (std::string_view(option->keyword) == "password" && option->val != nullptr) {
+        passwords.emplace_back(option->val);
+      }
+    }
+    PQconninfoFree(options);
+  }
+  const auto scheme = uri.find("://");
+  const auto at = uri.find('@');
+  if (scheme != std::string::npos && at != std::string::npos) {
+    const auto colon = uri.find(':', scheme + 3);
+    if (colon < at) passwords.push_back(uri.substr(colon + 1, at - colon - 1));
+  }
+  for (const auto& password : passwords) {
+    if (password.empty()) continue;
+    for (auto found = text.find(password); found != std::string::npos;
+         found = text.find(password, found + 3)) {
+      text.replace(found, password.size(), "***");
+    }
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string displayUri(std::string_view uri) {
   std::string shown(uri);
-  // user:password@host
+  // user:password@host, in the part before the path or the query
   const auto scheme = shown.find("://");
-  const auto at = shown.find('@');
-  if (scheme != std::string::npos && at != std::string::npos) {
-    const auto colon = shown.find(':', scheme + 3);
-    if (colon != std::string::npos && colon < at) shown.erase(colon, at - colon);
+  if (scheme != std::string::npos) {
+    const auto authority = scheme + 3;
+    const auto end = std::min(shown.find_first_of("/?", authority), shown.size());
+    const auto at = shown.rfind('@', end);
+    const auto colon = shown.find(':', authority);
+    if (at != std::string::npos && at >= authority && colon < at) {
+      shown.replace(colon + 1, at - colon - 1, "***");
+    }
   }
   // ?password=... or &password=...
   for (std::size_t at = shown.find("password="); at != std::string::npos;
@@ -40,6 +74,67 @@ std::string displayUri(std::string_view uri) {
   }
   return shown;
 }
+
+namespace {
+
+// What a refused connection means, told by the words of libpq or of the server (a failed
+// connection has no SQLSTATE), in English and in French, whichever language the server
+// or the client speaks. The first reason whose words the message holds is the one; what
+// none names is a server that does not answer.
+struct Reason {
+  std::array<std::string_view, 4> words;
+  const char* says;
+};
+constexpr const char* kRefusedLogin =
+    " refuse la connexion : l'utilisateur ou le mot de passe n'est pas accepté. Vérifiez "
+    "l'utilisateur de l'adresse et son mot de passe dans ~/.pgpass (ou le fichier que "
+    "PGPASSFILE nomme), ou demandez-les à l'administrateur de la base.";
+constexpr const char* kStarting =
+    " est sur un serveur qui démarre et n'accepte pas encore de connexions. Réessayez dans "
+    "un instant.";
+constexpr std::array<Reason, 12> kReasons = {{
+    {{"shutting down", "s'arrête", "is not accepting connections", "n'accepte pas de connexions"},
+     " est sur un serveur qui s'arrête. Réessayez quand il aura redémarré ; s'il reste "
+     "arrêté, prévenez l'administrateur de la base."},
+    {{"starting up", "se lance", "not yet accepting connections", "recovery mode"}, kStarting},
+    {{"n'accepte pas encore de connexions", "en cours de restauration", "", ""}, kStarting},
+    {{"slots are reserved", "sont réservés", "", ""},
+     " refuse la connexion : les dernières connexions libres du serveur sont réservées à ses "
+     "administrateurs. Réessayez quand d'autres postes auront fermé la leur ; si cela dure, "
+     "demandez à l'administrateur d'augmenter max_connections."},
+    {{"too many connections for role", "trop de connexions pour le rôle", "", ""},
+     " refuse la connexion : cet utilisateur a déjà toutes les connexions que la base lui "
+     "permet. Fermez celles d'autres postes ou demandez à l'administrateur d'en permettre "
+     "plus (CONNECTION LIMIT)."},
+    {{"too many", "trop de", "", ""},
+     " refuse la connexion : le serveur a déjà toutes les connexions qu'il accepte. Réessayez "
+     "quand d'autres postes auront fermé la leur ; si cela dure, demandez à l'administrateur "
+     "d'augmenter max_connections."},
+    {{"permission denied for database", "droit refusé pour la base", "", ""},
+     " refuse la connexion à cet utilisateur : il n'a pas le droit de s'y connecter. "
+     "Vérifiez le nom de la base et l'utilisateur dans l'adresse, ou demandez ce droit à "
+     "l'administrateur de la base."},
+    {{"password authentication", "authentification par mot de passe", "no password",
+      "aucun mot de passe"},
+     kRefusedLogin},
+    {{"authentication failed", "échouée pour l'utilisateur", "pg_hba.conf", ""}, kRefusedLogin},
+    {{"role \"", "rôle « ", "", ""}, kRefusedLogin},
+    {{"database \"", "base de données « ", "", ""},
+     " n'existe pas sur le serveur. Vérifiez le nom de la base dans l'adresse."},
+    {{"closed the connection", "a fermé la connexion", "terminating connection",
+      "arrêt des connexions"},
+     " : le serveur a coupé la connexion pendant son ouverture. Vérifiez que le serveur est "
+     "démarré, puis réessayez."},
+}};
+
+bool holdsAny(std::string_view text, const std::array<std::string_view, 4>& words) {
+  for (const auto word : words) {
+    if (!word.empty() && contains(text, word)) return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 ServerConnection connectToServer(const std::string& uri, const std::string& name) {
   // Values given first; the URI, expanded last, overrides them.
@@ -52,27 +147,22 @@ ServerConnection connectToServer(const std::string& uri, const std::string& name
   if (PQstatus(connection.get()) == CONNECTION_OK) return connection;
   const std::string cause = causeOf(PQerrorMessage(connection.get()));
   const std::string base = "La base " + name;
-  if (PQconnectionNeedsPassword(connection.get()) != 0 || contains(cause, "authentication") ||
-      contains(cause, "authentification") || contains(cause, "role") || contains(cause, "rôle")) {
-    throw Failure(errors::kDatabase,
-                  base +
-                      " refuse la connexion : l'utilisateur ou le mot de passe n'est pas "
-                      "accepté (" +
-                      cause +
-                      "). Vérifiez l'utilisateur et le mot de passe que l'adresse donne, ou "
-                      "demandez-les à l'administrateur de la base.");
-  }
-  if (contains(cause, "database") || contains(cause, "base de donn")) {
-    throw Failure(errors::kDatabase, base + " n'existe pas sur le serveur (" + cause +
-                                         "). Vérifiez le nom de la base dans l'adresse.");
-  }
   if (contains(cause, "invalid") || contains(cause, "URI") || contains(cause, "option")) {
     throw Failure(errors::kDatabase, "L'adresse de la base " + name + " n'est pas valable (" +
-                                         cause + "). Corrigez-la.");
+                                         withoutPassword(cause, uri) + "). Corrigez-la.");
+  }
+  // A server that asked for a password none gave says so in libpq's words only.
+  if (PQconnectionNeedsPassword(connection.get()) != 0) {
+    throw Failure(errors::kDatabase, base + kRefusedLogin);
+  }
+  for (const Reason& reason : kReasons) {
+    if (holdsAny(cause, reason.words)) throw Failure(errors::kDatabase, base + reason.says);
   }
   throw Failure(errors::kDatabase,
-                base + " est sur un serveur qui ne répond pas (" + cause +
-                    "). Vérifiez que le serveur est démarré et joignable, puis réessayez.");
+                base +
+                    " est sur un serveur qui ne répond pas. Vérifiez que le serveur est "
+                    "démarré et que son nom et son port dans l'adresse sont justes, puis "
+                    "réessayez.");
 }
 
 Parameters& Parameters::text(std::string value) {

@@ -1,4 +1,6 @@
 #include <optional>
+#include <string>
+#include <string_view>
 #include <type_traits>
 
 #include <velmora/base/failure.h>
@@ -28,9 +30,16 @@ enum Change { kAddFile, kPut, kDelete, kDefine };
 // not per change. Small enough that the answers of a chunk fit in the socket's buffer.
 constexpr int kChunk = 256;
 
-// Writers take this lock for the whole of a batch, so that two of them creating the
-// tables of a new database at once cannot see it half made.
-constexpr const char* kWriterLock = "SELECT pg_advisory_xact_lock(1447382381)";
+// Writers exclude each other by this lock on the store's own table: SHARE ROW EXCLUSIVE
+// conflicts with itself and with writes, not with reads, and only a role that may write
+// the table can take it; a planner, who may only read (ACCESS SHARE), can neither take
+// it nor stand in its way. An empty schema has no table to lock: two writers creating
+// the tables at once collide on their names, and the loser tries once more.
+constexpr const char* kWriterLock = "LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE";
+
+// A writer waits at most this long for a lock, unless the URI or the role sets its own
+// lock_timeout; then it fails, naming who holds it.
+constexpr const char* kLockWait = "30s";
 
 class ServerTarget final : public BatchTarget {
  public:
@@ -43,13 +52,31 @@ class ServerTarget final : public BatchTarget {
   }
 
   void apply(const Batch& batch) override {
+    for (int attempt = 0;; ++attempt) {
+      try {
+        applyOnce(batch);
+        return;
+      } catch (const Failure&) {
+        if (attempt > 0 || !lostTheRace_) throw;
+      }
+    }
+  }
+
+ private:
+  void applyOnce(const Batch& batch) {
     if (PQstatus(connection_.get()) == CONNECTION_BAD) connect();
     PGconn* db = connection_.get();
-    execute(db, std::string("BEGIN; ") + kWriterLock, name_);
+    lostTheRace_ = false;
+    execute(db,
+            std::string("BEGIN; SELECT CASE WHEN current_setting('lock_timeout') = '0' THEN "
+                        "set_config('lock_timeout', '") +
+                kLockWait + "', true) END",
+            name_);
     try {
       if (holdsNoTable()) {
-        execute(db, kServerSchema, name_);
+        createTables();
       } else {
+        lock();
         checkServerSchema(db, name_);
       }
       prepare();
@@ -62,7 +89,59 @@ class ServerTarget final : public BatchTarget {
     }
   }
 
- private:
+  // Another writer creating the same tables makes this one wait for its commit, then
+  // fail on the names taken (unique_violation or duplicate_table).
+  void createTables() {
+    PGconn* db = connection_.get();
+    const Result result(PQexec(db, kServerSchema));
+    if (result != nullptr && PQresultStatus(result.get()) == PGRES_COMMAND_OK) return;
+    const char* state =
+        result != nullptr ? PQresultErrorField(result.get(), PG_DIAG_SQLSTATE) : nullptr;
+    const std::string code = state != nullptr ? state : "";
+    lostTheRace_ = code == "23505" || code == "42P07";
+    throw statementFailure(db, result.get(), name_);
+  }
+
+  void lock() {
+    PGconn* db = connection_.get();
+    const Result result(PQexec(db, kWriterLock));
+    if (result != nullptr && PQresultStatus(result.get()) == PGRES_COMMAND_OK) return;
+    const char* state =
+        result != nullptr ? PQresultErrorField(result.get(), PG_DIAG_SQLSTATE) : nullptr;
+    if (state == nullptr || std::string_view(state) != "55P03") {
+      throw statementFailure(db, result.get(), name_);
+    }
+    PQclear(PQexec(db, "ROLLBACK"));
+    throw Failure(errors::kBusy, "La base " + name_ + " est en cours d'écriture par " +
+                                     lockHolders() +
+                                     " : l'import a attendu son tour, en vain. Réessayez "
+                                     "quand cette écriture sera finie ; si elle dure, "
+                                     "l'administrateur de la base peut y mettre fin.");
+  }
+
+  // Who holds a lock that keeps writers out of the store's tables, as the server shows
+  // it to any role: "le rôle R (processus P)", or a plain word.
+  std::string lockHolders() {
+    const Result holders(
+        PQexec(connection_.get(),
+               "SELECT DISTINCT a.usename, a.pid FROM pg_locks l JOIN "
+               "pg_stat_activity a ON a.pid = l.pid JOIN pg_class c ON c.oid = l.relation WHERE "
+               "l.granted AND l.pid <> pg_backend_pid() AND c.relnamespace = "
+               "current_schema()::regnamespace AND l.mode NOT IN ('AccessShareLock', "
+               "'RowShareLock') ORDER BY a.pid"));
+    if (holders == nullptr || PQresultStatus(holders.get()) != PGRES_TUPLES_OK ||
+        PQntuples(holders.get()) == 0) {
+      return "un autre programme";
+    }
+    std::string shown;
+    for (int row = 0; row < PQntuples(holders.get()); ++row) {
+      if (row > 0) shown += ", ";
+      shown += std::string("le rôle ") + PQgetvalue(holders.get(), row, 0) + " (processus " +
+               PQgetvalue(holders.get(), row, 1) + ")";
+    }
+    return shown;
+  }
+
   void connect() {
     connection_ = connectToServer(uri_, name_);
     prepared_ = false;
@@ -161,6 +240,7 @@ class ServerTarget final : public BatchTarget {
   StoreWriter::Sync sync_;
   ServerConnection connection_;
   bool prepared_ = false;
+  bool lostTheRace_ = false;
   int pending_ = 0;
 };
 

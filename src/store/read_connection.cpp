@@ -1,9 +1,15 @@
 #include "store/read_connection.h"
 
+#include "store/postgresql_support.h"
+
 namespace velmora::store {
 
 bool isServerUri(std::string_view location) {
   return location.starts_with("postgresql://") || location.starts_with("postgres://");
+}
+
+std::string shownLocation(std::string_view location) {
+  return isServerUri(location) ? displayUri(location) : std::string(location);
 }
 
 ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {

@@ -84,7 +84,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        },
        [] { openDatabase("postgresql://velmora_intrus:faux@/?password=faux&connect_timeout=5"); },
        [] { administerServer("DROP ROLE velmora_intrus"); }, errors::kDatabase,
-       "La base postgresql://velmora_intrus@/?password=***&connect_timeout=5 refuse la connexion"},
+       "La base postgresql://velmora_intrus:***@/?password=***&connect_timeout=5 refuse la connexion"},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
