@@ -3,15 +3,20 @@
 // works once the cause is gone.
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
+#include <sys/stat.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
+#include "cli/run_velmora.h"
 #include "support/account.h"
 #include "support/failure_number.h"
 
@@ -19,10 +24,20 @@ namespace velmora::testing {
 namespace {
 
 // The server's cluster, stopped and started again as pg_virtualenv made it.
-void cluster(const char* action) {
+std::string clusterCommand(const std::string& action) {
   const char* version = std::getenv("PGVERSION");
-  const std::string command = std::string("pg_ctlcluster ") + (version ? version : "15") +
-                              " regress " + action + " -m fast >/dev/null 2>&1";
+  return std::string("pg_ctlcluster ") + (version ? version : "15") + " regress " + action +
+         " >/dev/null 2>&1";
+}
+// Sets or removes a setting of the cluster's configuration.
+void configure(const std::string& change) {
+  const char* version = std::getenv("PGVERSION");
+  const std::string command =
+      std::string("pg_conftool ") + (version ? version : "15") + " regress " + change;
+  ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+void cluster(const char* action) {
+  const std::string command = clusterCommand(std::string(action) + " -m fast");
   ASSERT_EQ(std::system(command.c_str()), 0) << command;
 }
 
@@ -41,6 +56,8 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
   DatabaseRef db;
   // An administrator's session that holds a lock until it goes.
   std::unique_ptr<PGconn, decltype(&PQfinish)> locker(nullptr, &PQfinish);
+  // Administrators' sessions that fill the server.
+  std::vector<std::unique_ptr<PGconn, decltype(&PQfinish)>> sessions;
   const auto nothing = [] {};
   struct Case {
     const char* what;
@@ -84,7 +101,74 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        },
        [] { openDatabase("postgresql://velmora_intrus:faux@/?password=faux&connect_timeout=5"); },
        [] { administerServer("DROP ROLE velmora_intrus"); }, errors::kDatabase,
-       "La base postgresql://velmora_intrus:***@/?password=***&connect_timeout=5 refuse la connexion"},
+       "La base postgresql://velmora_intrus:***@/?password=***&connect_timeout=5 refuse la "
+       "connexion"},
+      {"unknown database", nothing, [] { openDatabase("postgresql:///velmora_nulle_part"); },
+       nothing, errors::kDatabase, "La base postgresql:///velmora_nulle_part n'existe pas"},
+      {"a database the role may not connect to",
+       [] {
+         administerServer(
+             "DROP ROLE IF EXISTS velmora_intrus; "
+             "CREATE ROLE velmora_intrus LOGIN PASSWORD 'juste'; "
+             "REVOKE CONNECT ON DATABASE postgres FROM PUBLIC");
+       },
+       [] { openDatabase("postgresql://velmora_intrus:juste@/postgres"); },
+       [] {
+         administerServer("DROP ROLE velmora_intrus; GRANT CONNECT ON DATABASE postgres TO PUBLIC");
+       },
+       errors::kDatabase, "n'a pas le droit de s'y connecter"},
+      {"server shutting down, a session still open",
+       [] { ASSERT_EQ(std::system((clusterCommand("stop -m smart") + " &").c_str()), 0); },
+       [&] {
+         // The smart shutdown refuses new sessions once it has begun.
+         for (int tries = 0; tries < 100; ++tries) {
+           try {
+             DatabaseRef other = account.open();
+           } catch (const Failure&) {
+             break;
+           }
+           std::this_thread::sleep_for(std::chrono::milliseconds(50));
+         }
+         account.open();
+       },
+       [] {
+         cluster("stop");
+         cluster("start");
+       },
+       errors::kDatabase, "est sur un serveur qui s'arrête"},
+      {"every connection taken, then the last ones kept for the administrators",
+       [&] {
+         configure("set max_connections 12");
+         configure("set superuser_reserved_connections 3");
+         cluster("restart");
+         administerServer(
+             "DROP ROLE IF EXISTS velmora_intrus; "
+             "CREATE ROLE velmora_intrus LOGIN PASSWORD 'juste'");
+       },
+       [&] {
+         std::string full, reserved;
+         for (int open = 0; open < 20; ++open) {
+           sessions.emplace_back(PQconnectdb(""), &PQfinish);
+           if (PQstatus(sessions.back().get()) != CONNECTION_OK) break;
+         }
+         failureNumber([&] { account.open(); }, &full);
+         sessions.pop_back();
+         sessions.pop_back();
+         failureNumber([] { openDatabase("postgresql://velmora_intrus:juste@/"); }, &reserved);
+         throw Failure(errors::kDatabase, full + " | " + reserved);
+       },
+       [&] {
+         sessions.clear();
+         administerServer("DROP ROLE velmora_intrus");
+         configure("remove max_connections");
+         configure("remove superuser_reserved_connections");
+         cluster("restart");
+       },
+       errors::kDatabase,
+       "le serveur a déjà toutes les connexions qu'il accepte. Réessayez quand d'autres postes "
+       "auront fermé la leur ; si cela dure, demandez à l'administrateur d'augmenter "
+       "max_connections. | La base postgresql://velmora_intrus:***@/ refuse la connexion : les "
+       "dernières connexions libres du serveur sont réservées à ses administrateurs"},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
@@ -104,6 +188,203 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
     EXPECT_EQ(readValue(db), "un");
     DatabaseRef fresh = account.open();
     EXPECT_EQ(readValue(fresh), "un");
+  }
+}
+
+// An office as scripts/office-setup makes it on the test server, once for the tests below:
+// its database, its two roles, their passwords in a pgpass file of its own.
+class Office : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (!TempAccount::onServer()) return;
+    office_ = std::make_unique<Made>();
+    office_->setupOutput = setUpAgain();
+    readPasswords();
+  }
+  static void TearDownTestSuite() { office_.reset(); }
+
+  void SetUp() override {
+    if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
+    ASSERT_NE(office_->setupOutput.find("ready in database velmora_probe"), std::string::npos)
+        << office_->setupOutput;
+    ASSERT_EQ(office_->passwords.size(), 2U);
+  }
+
+  // The shell command's standard output and error (and status), as a user with the
+  // office's pgpass file and no password of the administrator's sees them, or as the
+  // administrator.
+  static std::string shell(const std::string& command, int* status = nullptr, bool asUser = true) {
+    const std::string out = office_->directory.directory() + "/out.txt";
+    const std::string user = "env -u PGPASSWORD PGPASSFILE=" + cli_test::shellWord(pgpass()) + " ";
+    const int raw =
+        std::system(((asUser ? user : "") + command + " >" + out + " 2>&1 </dev/null").c_str());
+    if (status != nullptr) *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    const std::string output = cli_test::slurp(out);
+    office_->outputs += output;
+    return output;
+  }
+  static std::string velmora(const std::vector<std::string>& args, int* status = nullptr) {
+    std::string command = cli_test::shellWord(VELMORA_CLI);
+    for (const auto& arg : args) command += " " + cli_test::shellWord(arg);
+    return shell(command, status);
+  }
+  static std::string setUpAgain() {
+    return shell(
+        "VELMORA=" + cli_test::shellWord(VELMORA_CLI) + " bash " +
+            cli_test::shellWord(std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-setup") +
+            " --pgpass " + cli_test::shellWord(pgpass()) + " velmora_probe",
+        nullptr, false);
+  }
+  // The writer's password, then the planner's, as office-setup wrote them.
+  static void readPasswords() {
+    office_->passwords.clear();
+    std::istringstream lines(cli_test::slurp(pgpass()));
+    for (std::string line; std::getline(lines, line);) {
+      office_->passwords.push_back(line.substr(line.rfind(':') + 1));
+    }
+  }
+  static std::string pgpass() { return office_->directory.directory() + "/pgpass"; }
+  static std::string uri(const std::string& role, const std::string& rest = "") {
+    return "postgresql://" + role + "@localhost:" + std::getenv("PGPORT") + "/velmora_probe" + rest;
+  }
+
+  using Session = std::unique_ptr<PGconn, decltype(&PQfinish)>;
+  // A session as the role, with its password from the office's file (libpq would take the
+  // administrator's from PGPASSWORD first).
+  static Session session(const std::string& role, const std::string& database) {
+    const std::array<const char*, 6> keys = {"host", "port", "dbname", "user", "password", nullptr};
+    const std::string& password = office_->passwords[role == "velmora_writer" ? 0 : 1];
+    const std::array<const char*, 6> values = {"localhost",      std::getenv("PGPORT"),
+                                               database.c_str(), role.c_str(),
+                                               password.c_str(), nullptr};
+    return {PQconnectdbParams(keys.data(), values.data(), 0), &PQfinish};
+  }
+  // The SQLSTATE of the statement's failure, "" when it went through.
+  static std::string refusal(PGconn* connection, const std::string& sql) {
+    const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
+                                                               &PQclear);
+    const auto status = PQresultStatus(result.get());
+    if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_COPY_IN) {
+      return "";
+    }
+    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+    return state != nullptr ? state : "?";
+  }
+
+  struct Made {
+    TempAccount directory;  // for its temporary folder
+    std::string setupOutput;
+    std::vector<std::string> passwords;  // the writer's, then the planner's
+    std::string outputs;                 // everything every command printed
+  };
+  static std::unique_ptr<Made> office_;
+};
+std::unique_ptr<Office::Made> Office::office_;
+
+TEST_F(Office, APlannerAskingForReadWriteIsRefusedEveryWriteRoute) {
+  const Session planner = session("velmora_planner", "velmora_probe");
+  ASSERT_EQ(PQstatus(planner.get()), CONNECTION_OK) << PQerrorMessage(planner.get());
+  ASSERT_EQ(refusal(planner.get(), "SET default_transaction_read_only = off"), "");
+  const std::vector<std::pair<const char*, const char*>> routes = {
+      {"large object from bytes", "SELECT lo_from_bytea(0, 'plein')"},
+      {"large object created", "SELECT lo_create(0)"},
+      {"large object created (old call)", "SELECT lo_creat(-1)"},
+      {"large object from a server file", "SELECT lo_import('/etc/hostname')"},
+      {"temporary table", "CREATE TEMP TABLE t (x int)"},
+      {"a row added", "INSERT INTO files VALUES ('X')"},
+      {"the state changed", "UPDATE velmora_store SET generation = 0"},
+      {"records emptied", "TRUNCATE records"},
+      {"copy from the client", "COPY files FROM STDIN"},
+      {"copy from a server file", "COPY files FROM '/etc/hostname'"},
+      {"copy to a program", "COPY files TO PROGRAM 'cat'"},
+      {"copy to a server file", "COPY files TO '/tmp/velmora-probe'"},
+      {"the writer's role", "SET ROLE velmora_writer"},
+      {"a table in public", "CREATE TABLE public.t (x int)"},
+      {"a schema", "CREATE SCHEMA planner"},
+      {"default privileges of its own", "ALTER DEFAULT PRIVILEGES GRANT ALL ON TABLES TO PUBLIC"},
+      {"the writers' lock", "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE"},
+      {"rows locked", "SELECT * FROM velmora_store FOR KEY SHARE"},
+  };
+  for (const auto& [what, sql] : routes) {
+    EXPECT_EQ(refusal(planner.get(), sql), "42501") << what;
+    if (PQtransactionStatus(planner.get()) != PQTRANS_IDLE) {
+      PQclear(PQexec(planner.get(), "ROLLBACK"));
+    }
+  }
+  for (const char* database : {"postgres", "template1"}) {
+    const Session elsewhere = session("velmora_planner", database);
+    EXPECT_NE(std::string(PQerrorMessage(elsewhere.get())).find("permission denied for database"),
+              std::string::npos)
+        << database << ": " << PQerrorMessage(elsewhere.get());
+  }
+}
+
+TEST_F(Office, NoLockAPlannerCanTakeHoldsUpAnImportAndOnlyAWriterIsWaitedFor) {
+  // A planner takes every lock it can reach and leaves its transaction open.
+  const Session planner = session("velmora_planner", "velmora_probe");
+  ASSERT_EQ(refusal(planner.get(),
+                    "BEGIN; LOCK TABLE velmora_store, files, records, dictionary IN ACCESS SHARE "
+                    "MODE; SELECT pg_advisory_lock(1447382381); SELECT count(*) FROM records"),
+            "");
+  const std::string exchange = office_->directory.directory() + "/tache.jsonl";
+  cli_test::spit(exchange,
+                 R"({"file":"TACHE","key":"Vitres","record":["1","G-VITRES","","N","45"]})"
+                 "\n");
+  // A writer waits at most this long, then says so; the planners are no reason to wait.
+  const std::string writer = uri("velmora_writer", "?options=-clock_timeout%3D2s");
+  int status = -1;
+  const std::string imported = velmora({"import", exchange, "--db", writer}, &status);
+  EXPECT_EQ(status, 0) << imported;
+  EXPECT_NE(imported.find("velmora_writer@localhost"), std::string::npos) << imported;
+  const std::string read =
+      velmora({"get", "--db", uri("velmora_planner"), "TACHE", "Vitres"}, &status);
+  EXPECT_EQ(status, 0) << read;
+  EXPECT_NE(read.find("45"), std::string::npos) << read;
+
+  // Another import in progress is waited for, then named.
+  const Session other = session("velmora_writer", "velmora_probe");
+  ASSERT_EQ(refusal(other.get(), "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE"),
+            "");
+  const std::string pid = std::to_string(PQbackendPID(other.get()));
+  const std::string refused = velmora({"import", exchange, "--db", writer}, &status);
+  EXPECT_EQ(status, 1) << refused;
+  EXPECT_NE(
+      refused.find("est en cours d'écriture par le rôle velmora_writer (processus " + pid + ")"),
+      std::string::npos)
+      << refused;
+}
+
+TEST_F(Office, NoPasswordInAnyOutputNorOnACommandLine) {
+  struct stat file {};
+  ASSERT_EQ(stat(pgpass().c_str(), &file), 0);
+  EXPECT_EQ(file.st_mode & 0777, 0600U);
+  // A refused password, given in the URI, is shown masked.
+  const std::string wrong = "faux-secret-4711";
+  int status = -1;
+  const std::string refused =
+      velmora({"get", "--db",
+               "postgresql://velmora_planner:" + wrong + "@localhost:" + std::getenv("PGPORT") +
+                   "/velmora_probe?password=" + wrong,
+               "TACHE", "Vitres"},
+              &status);
+  EXPECT_EQ(status, 1);
+  EXPECT_NE(refused.find("velmora_planner:***@"), std::string::npos) << refused;
+  EXPECT_NE(refused.find("refuse la connexion"), std::string::npos) << refused;
+  EXPECT_NE(velmora({"get", "--db", uri("velmora_planner"), "TACHE", "Aspirateur"}, &status)
+                .find("Ménage courant"),
+            std::string::npos);
+  // office-setup run again: new passwords in the same file, the store kept.
+  std::vector<std::string> passwords = office_->passwords;
+  EXPECT_NE(setUpAgain().find("already holds a store: kept"), std::string::npos);
+  readPasswords();
+  EXPECT_NE(velmora({"get", "--db", uri("velmora_planner"), "TACHE", "Aspirateur"}, &status)
+                .find("Ménage courant"),
+            std::string::npos);
+  passwords.insert(passwords.end(), office_->passwords.begin(), office_->passwords.end());
+  passwords.push_back(wrong);
+  ASSERT_EQ(passwords.size(), 5U);
+  for (const auto& password : passwords) {
+    EXPECT_EQ(office_->outputs.find(password), std::string::npos) << office_->outputs;
   }
 }
 
