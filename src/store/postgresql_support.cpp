@@ -92,10 +92,13 @@ constexpr const char* kRefusedLogin =
 constexpr const char* kStarting =
     " est sur un serveur qui démarre et n'accepte pas encore de connexions. Réessayez dans "
     "un instant.";
-constexpr std::array<Reason, 12> kReasons = {{
-    {{"shutting down", "s'arrête", "is not accepting connections", "n'accepte pas de connexions"},
+constexpr std::array<Reason, 13> kReasons = {{
+    {{"shutting down", "s'arrête", "", ""},
      " est sur un serveur qui s'arrête. Réessayez quand il aura redémarré ; s'il reste "
      "arrêté, prévenez l'administrateur de la base."},
+    {{"is not accepting connections", "n'accepte pas de connexions", "", ""},
+     " est sur un serveur de secours qui n'accepte aucune connexion. Utilisez l'adresse du "
+     "serveur principal, ou demandez à l'administrateur de la base laquelle prendre."},
     {{"starting up", "se lance", "not yet accepting connections", "recovery mode"}, kStarting},
     {{"n'accepte pas encore de connexions", "en cours de restauration", "", ""}, kStarting},
     {{"slots are reserved", "sont réservés", "", ""},
@@ -121,7 +124,7 @@ constexpr std::array<Reason, 12> kReasons = {{
     {{"role \"", "rôle « ", "", ""}, kRefusedLogin},
     {{"database \"", "base de données « ", "", ""},
      " n'existe pas sur le serveur. Vérifiez le nom de la base dans l'adresse."},
-    {{"closed the connection", "a fermé la connexion", "terminating connection",
+    {{"closed the connection", "coupée de façon inattendue", "terminating connection",
       "arrêt des connexions"},
      " : le serveur a coupé la connexion pendant son ouverture. Vérifiez que le serveur est "
      "démarré, puis réessayez."},

@@ -5,8 +5,11 @@
 #include <libpq-fe.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <sstream>
@@ -28,6 +31,16 @@ std::string clusterCommand(const std::string& action) {
   const char* version = std::getenv("PGVERSION");
   return std::string("pg_ctlcluster ") + (version ? version : "15") + " regress " + action +
          " >/dev/null 2>&1";
+}
+std::string dataDirectory() {
+  const char* version = std::getenv("PGVERSION");
+  const std::string command =
+      std::string("pg_conftool -s ") + (version ? version : "15") + " regress show data_directory";
+  std::unique_ptr<FILE, decltype(&pclose)> pipe(popen(command.c_str(), "r"), &pclose);
+  std::array<char, 512> line{};
+  std::string directory = pipe && fgets(line.data(), line.size(), pipe.get()) ? line.data() : "";
+  while (!directory.empty() && directory.back() == '\n') directory.pop_back();
+  return directory;
 }
 // Sets or removes a setting of the cluster's configuration.
 void configure(const std::string& change) {
@@ -136,6 +149,44 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
          cluster("start");
        },
        errors::kDatabase, "est sur un serveur qui s'arrête"},
+      {"a standby that takes no session",
+       [] {
+         cluster("stop");
+         ASSERT_EQ(std::system(("touch " + dataDirectory() + "/standby.signal").c_str()), 0);
+         configure("set hot_standby off");
+         cluster("start");
+       },
+       [&] { account.open(); },
+       [] {
+         cluster("stop");
+         std::filesystem::remove(dataDirectory() + "/standby.signal");
+         configure("remove hot_standby");
+         cluster("start");
+       },
+       errors::kDatabase, "est sur un serveur de secours qui n'accepte aucune connexion"},
+      {"a server that speaks French: an unknown database, then a refused password",
+       [] {
+         configure("set lc_messages fr_FR.UTF-8");
+         administerServer("SELECT pg_reload_conf()");
+       },
+       [] {
+         std::string unknown, refused;
+         failureNumber([] { openDatabase("postgresql:///velmora_nulle_part"); }, &unknown);
+         failureNumber([] { openDatabase("postgresql://postgres:faux@/"); }, &refused);
+         const std::unique_ptr<PGconn, decltype(&PQfinish)> french(
+             PQconnectdb("dbname=velmora_nulle_part"), &PQfinish);
+         throw Failure(errors::kDatabase,
+                       std::string(PQerrorMessage(french.get())) + unknown + " | " + refused);
+       },
+       [] {
+         configure("remove lc_messages");
+         administerServer("SELECT pg_reload_conf()");
+       },
+       errors::kDatabase,
+       "la base de données « velmora_nulle_part » n'existe pas\nLa base "
+       "postgresql:///velmora_nulle_part n'existe pas sur le serveur. Vérifiez le nom de la "
+       "base dans l'adresse. | La base postgresql://postgres:***@/ refuse la connexion : "
+       "l'utilisateur ou le mot de passe n'est pas accepté"},
       {"every connection taken, then the last ones kept for the administrators",
        [&] {
          configure("set max_connections 12");
