@@ -267,10 +267,11 @@ class Office : public ::testing::Test {
   static std::string shell(const std::string& command, int* status = nullptr, bool asUser = true) {
     const std::string out = office_->directory.directory() + "/out.txt";
     const std::string user = "env -u PGPASSWORD PGPASSFILE=" + cli_test::shellWord(pgpass()) + " ";
-    const int raw =
-        std::system(((asUser ? user : "") + command + " >" + out + " 2>&1 </dev/null").c_str());
+    const int raw = std::system(
+        ((asUser ? user : "") + command + " >" + cli_test::shellWord(out) + " 2>&1 </dev/null")
+            .c_str());
     if (status != nullptr) *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    const std::string output = cli_test::slurp(out);
+    std::string output = cli_test::slurp(out);
     office_->outputs += output;
     return output;
   }
