@@ -20,6 +20,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
 #include "cli/run_velmora.h"
+#include "store/postgresql_support.h"
 #include "support/account.h"
 #include "support/failure_number.h"
 
@@ -240,6 +241,40 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
     DatabaseRef fresh = account.open();
     EXPECT_EQ(readValue(fresh), "un");
   }
+}
+
+TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
+  if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
+  administerServer("DROP SCHEMA IF EXISTS velmora_vide CASCADE; CREATE SCHEMA velmora_vide");
+  const std::string uri = "postgresql://?options=-csearch_path%3Dvelmora_vide";
+  // The first writer has made the tables and not yet committed.
+  const std::unique_ptr<PGconn, decltype(&PQfinish)> first(
+      PQconnectdb("options=-csearch_path=velmora_vide"), &PQfinish);
+  PQclear(PQexec(first.get(), (std::string("BEGIN; ") + store::kServerSchema).c_str()));
+  std::string message;
+  std::thread second([&] {
+    failureNumber(
+        [&] {
+          Batch batch;
+          batch.putRecord(u"TACHE", u"A1", makeRecord({{"un"}}));
+          StoreWriter(uri).apply(batch);
+        },
+        &message);
+  });
+  // The second waits for the first's names; once it does, the first commits.
+  for (int tries = 0; tries < 200; ++tries) {
+    const std::unique_ptr<PGconn, decltype(&PQfinish)> admin(PQconnectdb(""), &PQfinish);
+    const std::unique_ptr<PGresult, decltype(&PQclear)> result(
+        PQexec(admin.get(), "SELECT count(*) FROM pg_locks WHERE NOT granted"), &PQclear);
+    if (std::string(PQgetvalue(result.get(), 0, 0)) != "0") break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  PQclear(PQexec(first.get(), "COMMIT"));
+  second.join();
+  EXPECT_EQ(message, "");
+  DatabaseRef db = openDatabase(uri);
+  EXPECT_EQ(readValue(db), "un");
+  administerServer("DROP SCHEMA velmora_vide CASCADE");
 }
 
 // An office as scripts/office-setup makes it on the test server, once for the tests below:
