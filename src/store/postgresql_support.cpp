@@ -121,14 +121,36 @@ constexpr std::array<Reason, 13> kReasons = {{
       "aucun mot de passe"},
      kRefusedLogin},
     {{"authentication failed", "échouée pour l'utilisateur", "pg_hba.conf", ""}, kRefusedLogin},
-    {{"role \"", "rôle « ", "", ""}, kRefusedLogin},
-    {{"database \"", "base de données « ", "", ""},
+    {{"role \"", "rôle «", "", ""}, kRefusedLogin},
+    {{"database \"", "base de données «", "", ""},
      " n'existe pas sur le serveur. Vérifiez le nom de la base dans l'adresse."},
     {{"closed the connection", "coupée de façon inattendue", "terminating connection",
       "arrêt des connexions"},
      " : le serveur a coupé la connexion pendant son ouverture. Vérifiez que le serveur est "
      "démarré, puis réessayez."},
 }};
+
+// The text with what stands between quotes ("…" or « … ») left out, the quotes kept.
+std::string unquoted(std::string_view text) {
+  std::string kept;
+  std::string_view closing;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::string_view rest = text.substr(at);
+    if (closing.empty() && (rest.starts_with('"') || rest.starts_with("«"))) {
+      closing = rest.starts_with('"') ? "\"" : "»";
+      kept += rest.substr(0, rest.starts_with('"') ? 1 : 2);
+      at += rest.starts_with('"') ? 1 : 2;
+    } else if (!closing.empty() && rest.starts_with(closing)) {
+      kept += closing;
+      at += closing.size();
+      closing = {};
+    } else {
+      if (closing.empty()) kept += text[at];
+      ++at;
+    }
+  }
+  return kept;
+}
 
 bool holdsAny(std::string_view text, const std::array<std::string_view, 4>& words) {
   for (const auto word : words) {
@@ -149,8 +171,16 @@ ServerConnection connectToServer(const std::string& uri, const std::string& name
     throw Failure(errors::kDatabase, "La base " + name + " : mémoire épuisée.");
   if (PQstatus(connection.get()) == CONNECTION_OK) return connection;
   const std::string cause = causeOf(PQerrorMessage(connection.get()));
+  // The words are looked for outside quotes: a name of a host, a role or a database may
+  // hold any of them.
+  const std::string words = unquoted(cause);
   const std::string base = "La base " + name;
-  if (contains(cause, "invalid") || contains(cause, "URI") || contains(cause, "option")) {
+  if (contains(words, "could not translate host name") || contains(words, "traduire le nom")) {
+    throw Failure(errors::kDatabase, base +
+                                         " est sur un serveur dont le nom est inconnu. "
+                                         "Vérifiez le nom du serveur dans l'adresse.");
+  }
+  if (contains(words, "invalid") || contains(words, "URI") || contains(words, "option")) {
     throw Failure(errors::kDatabase, "L'adresse de la base " + name + " n'est pas valable (" +
                                          withoutPassword(cause, uri) + "). Corrigez-la.");
   }
@@ -159,7 +189,7 @@ ServerConnection connectToServer(const std::string& uri, const std::string& name
     throw Failure(errors::kDatabase, base + kRefusedLogin);
   }
   for (const Reason& reason : kReasons) {
-    if (holdsAny(cause, reason.words)) throw Failure(errors::kDatabase, base + reason.says);
+    if (holdsAny(words, reason.words)) throw Failure(errors::kDatabase, base + reason.says);
   }
   throw Failure(errors::kDatabase,
                 base +

@@ -117,8 +117,12 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        [] { administerServer("DROP ROLE velmora_intrus"); }, errors::kDatabase,
        "La base postgresql://velmora_intrus:***@/?password=***&connect_timeout=5 refuse la "
        "connexion"},
-      {"unknown database", nothing, [] { openDatabase("postgresql:///velmora_nulle_part"); },
-       nothing, errors::kDatabase, "La base postgresql:///velmora_nulle_part n'existe pas"},
+      // Names that hold the words of other reasons, in quotes, say nothing.
+      {"unknown database", nothing, [] { openDatabase("postgresql:///invalid_option"); }, nothing,
+       errors::kDatabase, "La base postgresql:///invalid_option n'existe pas"},
+      {"unknown server name", nothing,
+       [] { openDatabase("postgresql://velmora-too-many.invalid/velmora"); }, nothing,
+       errors::kDatabase, "est sur un serveur dont le nom est inconnu"},
       {"a database the role may not connect to",
        [] {
          administerServer(
