@@ -447,7 +447,7 @@ TEST_F(Office, NoLockAPlannerCanTakeHoldsUpAnImportAndOnlyAWriterIsWaitedFor) {
       << refused;
 }
 
-TEST_F(Office, NoPasswordInAnyOutputNorOnACommandLine) {
+TEST_F(Office, NoPasswordInAnyOutputEvenAWrongOne) {
   struct stat file {};
   ASSERT_EQ(stat(pgpass().c_str(), &file), 0);
   EXPECT_EQ(file.st_mode & 0777, 0600U);
