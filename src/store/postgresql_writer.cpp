@@ -84,7 +84,9 @@ class ServerTarget final : public BatchTarget {
       execute(db, "UPDATE velmora_store SET generation = generation + 1; COMMIT", name_);
     } catch (...) {
       if (PQpipelineStatus(db) != PQ_PIPELINE_OFF) PQexitPipelineMode(db);
-      if (PQstatus(db) != CONNECTION_BAD) PQclear(PQexec(db, "ROLLBACK"));
+      if (PQstatus(db) != CONNECTION_BAD && PQtransactionStatus(db) != PQTRANS_IDLE) {
+        PQclear(PQexec(db, "ROLLBACK"));
+      }
       throw;
     }
   }

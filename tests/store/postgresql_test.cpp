@@ -5,6 +5,7 @@
 #include <libpq-fe.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -441,6 +442,7 @@ TEST_F(Office, NoLockAPlannerCanTakeHoldsUpAnImportAndOnlyAWriterIsWaitedFor) {
   const std::string pid = std::to_string(PQbackendPID(other.get()));
   const std::string refused = velmora({"import", exchange, "--db", writer}, &status);
   EXPECT_EQ(status, 1) << refused;
+  EXPECT_EQ(std::count(refused.begin(), refused.end(), '\n'), 1) << refused;
   EXPECT_NE(
       refused.find("est en cours d'écriture par le rôle velmora_writer (processus " + pid + ")"),
       std::string::npos)
