@@ -2,6 +2,8 @@
 // no screen, and prints the state where the script asks for it. The question box and
 // the observations dialog take their answers from the script.
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -14,6 +16,7 @@
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/toolkit/services.h>
+#include "base/message.h"
 #include "command.h"
 #include "control/module_slots.h"
 #include "play_script.h"
@@ -28,10 +31,14 @@ using Json = nlohmann::ordered_json;
 std::string readScript(const std::string& path) {
   std::error_code ec;
   if (std::filesystem::is_directory(path, ec)) {
-    throw UsageError("\"" + path + "\" is a folder: give the script file to play");
+    throw UsageError(say("{} is a folder: give the script file to play", {path}));
   }
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw Failure(errors::kInvalidCall, "cannot read the script \"" + path + "\"");
+  if (!in) {
+    throw Failure(errors::kInvalidCall, say("the script {} cannot be read: {}; check the path "
+                                            "and its rights",
+                                            {path, std::strerror(errno)}));
+  }
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
@@ -133,7 +140,9 @@ class Player {
     }
   }
 
-  void report(const Failure& f) { note("error " + std::to_string(f.number()) + ": " + f.what()); }
+  void report(const Failure& f) {
+    note(say("error {}: {}", {std::to_string(f.number()), f.what()}));
+  }
 
   toolkit::ListBox& list(const std::string& name) {
     return name == "possible" ? control_.Lst_Possible : control_.Lst_Selectionne;
@@ -325,8 +334,7 @@ int play(Arguments& args) {
   try {
     steps = parseScript(readScript(scriptPath), scriptPath);
   } catch (const ScriptError& e) {
-    std::cerr << "velmora: play: " << e.what() << "\n";
-    return 2;
+    throw UsageError(e.what());  // a mistake of what the command was given: nothing runs
   }
   const DatabaseRef db = openDatabase(path);
   Variable::resetAll();
