@@ -79,9 +79,10 @@ std::optional<std::string> clientCodeRefusal(const std::string& code) {
     checkClientCode(fromUtf8(code));
     return std::nullopt;
   } catch (const Failure& failure) {
-    return say("\"{}\" is not a client code that the control takes (5 characters, no double "
-               "quote, no bracket); the control says: {}",
-               {excerpt(code), failure.what()});
+    return say(
+        "\"{}\" is not a client code that the control takes (5 characters, no double "
+        "quote, no bracket); the control says: {}",
+        {excerpt(code), failure.what()});
   }
 }
 

@@ -21,8 +21,7 @@ void writeAndCheck(const std::string& database, std::ostream& out, const std::st
   writeExchange(database, out);
   out.flush();
   if (!out) {
-    throw Failure(errors::kDatabase,
-                  say("cannot write to {}: {}", {shown, std::strerror(errno)}));
+    throw Failure(errors::kDatabase, say("cannot write to {}: {}", {shown, std::strerror(errno)}));
   }
 }
 
@@ -36,7 +35,8 @@ void replaceFile(const std::string& database, const std::string& file, const fs:
   }
   store::ReplacementFile output(target);
   std::ofstream out(output.path(), std::ios::binary | std::ios::trunc);
-  if (!out) throw Failure(errors::kDatabase, say("{}: cannot be written", {output.path().string()}));
+  if (!out)
+    throw Failure(errors::kDatabase, say("{}: cannot be written", {output.path().string()}));
   try {
     writeAndCheck(database, out, output.path().string());
     out.close();
@@ -53,8 +53,8 @@ void replaceFile(const std::string& database, const std::string& file, const fs:
 void writeStream(const std::string& database, const std::string& file, const fs::path& target) {
   std::ofstream out(target, std::ios::binary);
   if (!out) {
-    throw Failure(errors::kDatabase, say("{} cannot be opened for writing: {}",
-                                         {file, std::strerror(errno)}));
+    throw Failure(errors::kDatabase,
+                  say("{} cannot be opened for writing: {}", {file, std::strerror(errno)}));
   }
   writeAndCheck(database, out, file);
 }
@@ -82,9 +82,10 @@ int run(Arguments& args) {
     case fs::file_type::none:
       throw Failure(errors::kDatabase, say("{} cannot be examined: {}", {file, ec.message()}));
     default:
-      throw UsageError(say("{} is {}: give the path of a file, a named pipe or - for the "
-                           "standard output",
-                           {file, store::kindOfNode(status.type())}));
+      throw UsageError(
+          say("{} is {}: give the path of a file, a named pipe or - for the "
+              "standard output",
+              {file, store::kindOfNode(status.type())}));
   }
 }
 

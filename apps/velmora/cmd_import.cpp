@@ -46,9 +46,8 @@ int run(Arguments& args) {
   checkStoreTarget(database);
   std::ifstream in(file, std::ios::binary);
   if (!in) {
-    throw Failure(errors::kBadImport,
-                  say("{} cannot be read: {}; check the path and its rights",
-                      {file, std::strerror(errno)}));
+    throw Failure(errors::kBadImport, say("{} cannot be read: {}; check the path and its rights",
+                                          {file, std::strerror(errno)}));
   }
   // The whole file is read before the database is touched.
   const Batch batch = readExchange(in, file);

@@ -43,9 +43,10 @@ Text dateOption(Arguments& args, const char* name, const Text& fallback, bool ma
   try {
     NorvikDates().TexteVersDate(date);
   } catch (const Failure&) {
-    throw UsageError(say("--{} \"{}\" is not a date of the calendar; write dd/mm/yyyy or "
-                         "yyyy-mm-dd, as 23/11/2026",
-                         {name, excerpt(*given)}));
+    throw UsageError(
+        say("--{} \"{}\" is not a date of the calendar; write dd/mm/yyyy or "
+            "yyyy-mm-dd, as 23/11/2026",
+            {name, excerpt(*given)}));
   }
   return date;
 }
@@ -131,7 +132,8 @@ void timeOption(Arguments& args, const DatabaseRef& db, Text& from, Text& to) {
   const auto dash = given->find('-');
   if (dash == std::string::npos || dash == 0 || dash + 1 == given->size() ||
       given->find('-', dash + 1) != std::string::npos) {
-    throw UsageError(say("--time is FROM-TO, as 08:30-10:00 or 8.5-10, not \"{}\"", {excerpt(*given)}));
+    throw UsageError(
+        say("--time is FROM-TO, as 08:30-10:00 or 8.5-10, not \"{}\"", {excerpt(*given)}));
   }
   from = fromUtf8(given->substr(0, dash));
   to = fromUtf8(given->substr(dash + 1));
@@ -185,9 +187,9 @@ int propose(Arguments& args) {
   timeOption(args, db, heureDe, heureA);
   args.positionals(0, 0);
   if (!clientKnown(db, code)) {
-    throw Failure(errors::kRecordNotFound,
-                  say("unknown client \"{}\": no client record, task list or template names it",
-                      {*client}));
+    throw Failure(
+        errors::kRecordNotFound,
+        say("unknown client \"{}\": no client record, task list or template names it", {*client}));
   }
   InitArguments init{kind, floating ? code + u"FLOT" : code, from, to, heureDe, heureA, days};
   return showControl(db, init, json);
@@ -239,11 +241,11 @@ int consult(Arguments& args) {
     db->OpenFile(file)->ReadRecord(recordKey);
   } catch (const Failure& failure) {
     if (failure.number() != errors::kRecordNotFound) throw;
-    throw Failure(errors::kRecordNotFound,
-                  say("unknown key \"{}\": {} has no record \"{}\"; check the key (velmora "
-                      "query --db {} 'SSELECT {}')",
-                      {excerpt(*key), toUtf8(file), excerpt(toUtf8(recordKey)), path,
-                       toUtf8(file)}));
+    throw Failure(
+        errors::kRecordNotFound,
+        say("unknown key \"{}\": {} has no record \"{}\"; check the key (velmora "
+            "query --db {} 'SSELECT {}')",
+            {excerpt(*key), toUtf8(file), excerpt(toUtf8(recordKey)), path, toUtf8(file)}));
   }
   InitArguments init{kind, code, date, u"", u"", u"", u""};
   return showControl(db, init, json);

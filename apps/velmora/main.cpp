@@ -52,8 +52,7 @@ const Command* find(std::string_view name) {
 
 // An error ends with one line that points at the help, never with the help itself.
 int usageError(const std::string& message, const std::string& helpCommand) {
-  std::cerr << "velmora: " << message << "\n"
-            << say("See '{} --help'.", {helpCommand}) << "\n";
+  std::cerr << "velmora: " << message << "\n" << say("See '{} --help'.", {helpCommand}) << "\n";
   return 2;
 }
 

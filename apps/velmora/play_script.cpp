@@ -83,8 +83,9 @@ Step parseInitKey(LineReader& in, Step step) {
   step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
   step.words.push_back(in.take("full key"));
   if (step.words.back().find_first_of("\"[]") != std::string::npos) {
-    in.fail(say("the key holds a double quote or a bracket; the control would write it into "
-                "its queries, where it changes what they select"));
+    in.fail(
+        say("the key holds a double quote or a bracket; the control would write it into "
+            "its queries, where it changes what they select"));
   }
   if (!in.atEnd()) step.words.push_back(in.take("date"));
   in.expectEnd();
@@ -155,9 +156,10 @@ Step parseLine(LineReader& in, int line) {
   } else if (command == "show") {
     step.kind = Step::Kind::Show;
   } else {
-    in.fail(say("unknown word \"{}\" (expected init, init-key, mark, click, double-click, "
-                "press, type, paste, clear, tick, answer, observation, host or show)",
-                {excerpt(command)}));
+    in.fail(
+        say("unknown word \"{}\" (expected init, init-key, mark, click, double-click, "
+            "press, type, paste, clear, tick, answer, observation, host or show)",
+            {excerpt(command)}));
   }
   in.expectEnd();
   return step;
@@ -195,8 +197,9 @@ std::vector<std::string> splitWords(std::string_view line, int lineNumber,
         word += q;
       }
       if (!closed) {
-        throw ScriptError(say("{}:{}: a quote opened at position {} is not closed on its line",
-                              {scriptName, std::to_string(lineNumber), std::to_string(opened + 1)}));
+        throw ScriptError(
+            say("{}:{}: a quote opened at position {} is not closed on its line",
+                {scriptName, std::to_string(lineNumber), std::to_string(opened + 1)}));
       }
     } else {
       while (i < line.size() && line[i] != ' ' && line[i] != '\t' && line[i] != '\r' &&

@@ -1,8 +1,8 @@
 #include <velmora/store/exchange.h>
 
 #include <algorithm>
-#include <string_view>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include <velmora/base/failure.h>
 #include "base/message.h"
@@ -88,7 +88,8 @@ Json parseLine(std::string_view line, const LineError& fail) {
   }
   if (const auto bad = firstBadByte(line); bad != std::string_view::npos) {
     const auto byte = static_cast<unsigned char>(line[bad]);
-    const std::string hex = {'0', 'x', "0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+    const std::string hex = {'0', 'x', "0123456789ABCDEF"[byte >> 4],
+                             "0123456789ABCDEF"[byte & 15]};
     fail.at(characterPosition(line, bad),
             say("byte {} is not UTF-8 text; save the file as UTF-8", {hex}));
   }
@@ -150,9 +151,10 @@ Text valueText(const Json& value, int attribute, const LineError& fail) {
   }
   Text text = fromUtf8(value.get<std::string>());
   if (text.find(kAttributeMark) != Text::npos || text.find(kValueMark) != Text::npos) {
-    fail(say("attribute {}: a value holds an attribute or value mark; write values as an array "
-             "instead",
-             {std::to_string(attribute)}));
+    fail(
+        say("attribute {}: a value holds an attribute or value mark; write values as an array "
+            "instead",
+            {std::to_string(attribute)}));
   }
   return text;
 }
@@ -203,7 +205,8 @@ DictionaryItem itemOf(const Json& object, const LineError& fail) {
 }
 
 void addLine(Batch& batch, const Json& object, const LineError& fail) {
-  if (!object.is_object()) fail(say("expected one JSON object on the line, as {\"file\": \"NAME\"}"));
+  if (!object.is_object())
+    fail(say("expected one JSON object on the line, as {\"file\": \"NAME\"}"));
   try {
     if (object.contains("dictionary")) {
       batch.defineItem(itemOf(object, fail));

@@ -17,8 +17,8 @@ std::string kindOfNode(std::filesystem::file_type type);
 
 class ReplacementFile {
  public:
-  // Creates the temporary beside the file that target names (through its links); fails with errors::kDatabase naming the folder
-  // when it cannot.
+  // Creates the temporary beside the file that target names (through its links); fails with
+  // errors::kDatabase naming the folder when it cannot.
   explicit ReplacementFile(const std::filesystem::path& target);
   ~ReplacementFile();
   ReplacementFile(const ReplacementFile&) = delete;

@@ -66,8 +66,7 @@ void prepareToReplace(const fs::path& target) {
   // An empty file is what a failed first import leaves: nothing to keep.
   const auto type = fs::status(target, ec).type();
   if (type != fs::file_type::not_found && type != fs::file_type::regular) {
-    refuse(target, say("is {}, not a store file; give another --db",
-                       {store::kindOfNode(type)}));
+    refuse(target, say("is {}, not a store file; give another --db", {store::kindOfNode(type)}));
   }
   if (type == fs::file_type::regular && fs::file_size(target, ec) > 0) {
     sqlite3* raw = nullptr;

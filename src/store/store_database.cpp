@@ -74,8 +74,12 @@ std::shared_ptr<ReadConnection> connectToStore(const std::string& location) {
                                          "du fichier de la base.");
   }
   if (!std::filesystem::is_regular_file(location, ec)) {
-    throw Failure(errors::kDatabase,
-                  "La base " + location + " n'existe pas (no such file) : vérifiez le chemin.");
+    const auto folder = std::filesystem::path(location).parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
+      throw Failure(errors::kDatabase, "La base " + location + " n'existe pas, ni son dossier " +
+                                           folder.string() + " : vérifiez le chemin.");
+    }
+    throw Failure(errors::kDatabase, "La base " + location + " n'existe pas : vérifiez le chemin.");
   }
   return std::make_shared<SqliteReadConnection>(location);
 }
