@@ -127,7 +127,7 @@ class Player {
         report(f);
       }
     }
-    if (services_->hasPendingAnswers()) note("answers or dialog actions left over at the end");
+    if (services_->hasPendingAnswers()) note(say("answers or dialog actions left over at the end"));
     if (json_) std::cout << Json{{"shows", shows_}, {"messages", messages_}}.dump(2) << "\n";
   }
 
@@ -136,7 +136,7 @@ class Player {
     if (json_) {
       messages_.push_back({{"line", line_}, {"text", text}});
     } else {
-      std::cout << "line " << line_ << ": " << text << "\n";
+      std::cout << say("line {}: {}", {std::to_string(line_), text}) << "\n";
     }
   }
 
@@ -152,11 +152,11 @@ class Player {
   // the script says so, since its author probably meant something else.
   bool reachable(const toolkit::Control& target, int row = -1, int rows = 0) {
     if (!target.Enabled()) {
-      note(target.name() + " is disabled: nothing happens");
+      note(say("{} is disabled: nothing happens", {target.name()}));
       return false;
     }
     if (row >= rows && row != -1) {
-      note(target.name() + " has no row " + std::to_string(row) + ": nothing happens");
+      note(say("{} has no row {}: nothing happens", {target.name(), std::to_string(row)}));
       return false;
     }
     return true;

@@ -28,12 +28,13 @@ inline std::string say(std::string_view pattern,
 }
 
 // A piece of the user's input quoted in a message: cut after `most` bytes (on a character
-// boundary) with the size of the whole, so that a 32 MB line is never echoed whole.
+// boundary) and marked with "…", so that a 32 MB line is never echoed whole. No word is
+// added: the piece may stand in a French sentence of the store as well as in ours.
 inline std::string excerpt(std::string_view text, std::size_t most = 60) {
   if (text.size() <= most) return std::string(text);
   std::size_t cut = most;
   while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
-  return std::string(text.substr(0, cut)) + "… (" + std::to_string(text.size()) + " bytes)";
+  return std::string(text.substr(0, cut)) + "…";
 }
 
 }  // namespace velmora

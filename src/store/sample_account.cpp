@@ -29,7 +29,7 @@ namespace {
 std::vector<fs::path> exchangeFiles(const fs::path& directory) {
   std::error_code ec;
   if (!fs::is_directory(directory, ec)) {
-    throw Failure(errors::kBadImport, directory.string() + ": no such directory");
+    throw Failure(errors::kBadImport, say("{}: no such folder", {directory.string()}));
   }
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(directory)) {
@@ -38,7 +38,9 @@ std::vector<fs::path> exchangeFiles(const fs::path& directory) {
     }
   }
   std::sort(files.begin(), files.end());
-  if (files.empty()) throw Failure(errors::kBadImport, directory.string() + ": no *.jsonl file");
+  if (files.empty()) {
+    throw Failure(errors::kBadImport, say("{}: no *.jsonl file", {directory.string()}));
+  }
   return files;
 }
 
@@ -46,7 +48,7 @@ Batch readAll(const std::vector<fs::path>& files) {
   Batch all;
   for (const auto& file : files) {
     std::ifstream in(file, std::ios::binary);
-    if (!in) throw Failure(errors::kBadImport, file.string() + ": cannot be read");
+    if (!in) throw Failure(errors::kBadImport, say("{}: cannot be read", {file.string()}));
     all.append(readExchange(in, file.string()));
   }
   return all;
