@@ -336,6 +336,16 @@ int play(Arguments& args) {
   } catch (const ScriptError& e) {
     throw UsageError(e.what());  // a mistake of what the command was given: nothing runs
   }
+  // A client code as propose checks it: a bare code, or one followed by FLOT.
+  for (const Step& step : steps) {
+    if (!step.clientCode) continue;
+    const std::string& code = step.words[1];
+    const bool floating = code.size() == 9 && code.ends_with("FLOT");
+    if (const auto refusal = clientCodeRefusal(floating ? code.substr(0, 5) : code)) {
+      throw UsageError(
+          say("{}:{}: client code {}", {scriptPath, std::to_string(step.line), *refusal}));
+    }
+  }
   const DatabaseRef db = openDatabase(path);
   Variable::resetAll();
   {

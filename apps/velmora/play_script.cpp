@@ -5,7 +5,6 @@
 #include <initializer_list>
 
 #include "base/message.h"
-#include "command.h"  // clientCodeRefusal
 
 namespace velmora::cli {
 
@@ -64,13 +63,8 @@ Step parseInit(LineReader& in, Step step) {
   // init KIND CODE [DATEDEB [DATEFIN [HEUREDE [HEUREA [JOUR]]]]]
   step.kind = Step::Kind::Init;
   step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
-  const std::string& code = in.take("client code");
-  // As propose checks it: a bare code, or one followed by FLOT for the floating templates.
-  const bool floating = code.size() == 9 && code.ends_with("FLOT");
-  if (const auto refusal = clientCodeRefusal(floating ? code.substr(0, 5) : code)) {
-    in.fail(say("client code {}", {*refusal}));
-  }
-  step.words.push_back(code);
+  step.words.push_back(in.take("client code"));
+  step.clientCode = true;  // checked as propose checks it, before anything runs
   if (in.left() > 5) in.fail(say("init takes at most 7 arguments"));
   while (!in.atEnd()) step.words.push_back(in.take("argument"));
   step.words.resize(7);
