@@ -1,10 +1,14 @@
 #include "command.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include <velmora/base/failure.h>
 #include <velmora/control/client_code.h>
 #include "base/message.h"
+#include "store/read_connection.h"  // isServerUri
+#include "store/replacement_file.h"
 
 namespace velmora::cli {
 
@@ -72,6 +76,18 @@ std::string requiredDatabase(Arguments& args) {
   auto db = args.option("db");
   if (!db || db->empty()) throw UsageError(say("--db PATH is required"));
   return *db;
+}
+
+void checkStoreTarget(const std::string& database) {
+  if (store::isServerUri(database)) return;
+  std::error_code ec;
+  const auto type = std::filesystem::status(store::followLinks(database), ec).type();
+  if (type == std::filesystem::file_type::not_found ||
+      type == std::filesystem::file_type::regular) {
+    return;
+  }
+  throw UsageError(say("--db {} is {}: give the path of a store file, or a new path",
+                       {database, store::kindOfNode(type)}));
 }
 
 std::optional<std::string> clientCodeRefusal(const std::string& code) {

@@ -9,7 +9,6 @@
 #include <velmora/store/writer.h>
 #include "base/message.h"
 #include "command.h"
-#include "store/read_connection.h"  // isServerUri
 #include "store/replacement_file.h"
 
 namespace velmora::cli {
@@ -17,17 +16,6 @@ namespace velmora::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The store written to: a store file, or a new path (through links, as SQLite follows
-// them). A pipe or a device would be written into, or block, so it is refused.
-void checkStoreTarget(const std::string& database) {
-  if (store::isServerUri(database)) return;
-  std::error_code ec;
-  const auto type = fs::status(store::followLinks(database), ec).type();
-  if (type == fs::file_type::not_found || type == fs::file_type::regular) return;
-  throw UsageError(say("--db {} is {}: give the path of a store file, or a new path",
-                       {database, store::kindOfNode(type)}));
-}
 
 void checkExchangeFile(const std::string& file, const std::string& database) {
   std::error_code ec;

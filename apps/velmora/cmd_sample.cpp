@@ -15,6 +15,7 @@ int run(Arguments& args) {
   if (target.empty()) throw UsageError(say("--db needs a path (default velmora-sample.db)"));
   const std::string from = args.option("from").value_or(apps::sampleDirectory());
   args.positionals(0, 0);
+  checkStoreTarget(target);
   const SampleBuild built = buildSampleDatabase(target, from);
   std::cout << "velmora: "
             << say("{}: {} lines from {} files",

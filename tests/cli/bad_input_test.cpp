@@ -118,7 +118,7 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"export", "--db", "W/text.db", "W/out.jsonl"}, 1, "the export failed and"},
       {{"sample", "--db", "W/text.db"}, 1, "is not a Velmora store that sample may replace"},
       {{"sample", "--db", "W/cut.db"}, 1, "the store says: La base"},
-      {{"sample", "--db", "W/fifo"}, 1, "is a named pipe, not a store file"},
+      {{"sample", "--db", "W/fifo"}, 2, "--db " + at("fifo") + " is a named pipe"},
       {{"sample", "--db", ""}, 2, "--db needs a path"},
       {{"propose", "--db", "S", "--client", "AB"}, 2, "\"AB\" is not a client code"},
       {{"propose", "--db", "S", "--client", "0000]"}, 2, "\"0000]\" is not a client code"},
