@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string_view>
+#include <utility>
 
 #include <velmora/base/failure.h>
 #include "base/message.h"
@@ -18,7 +19,7 @@ using Json = nlohmann::ordered_json;
 // as an editor counts them) before what is wrong and what to do.
 class LineError {
  public:
-  LineError(const std::string& source, long line) : source_(source), line_(line) {}
+  LineError(std::string source, long line) : source_(std::move(source)), line_(line) {}
   [[noreturn]] void operator()(const std::string& what) const {
     throw Failure(errors::kBadImport, say("{}:{}: {}", {source_, std::to_string(line_), what}));
   }
@@ -206,7 +207,7 @@ DictionaryItem itemOf(const Json& object, const LineError& fail) {
 
 void addLine(Batch& batch, const Json& object, const LineError& fail) {
   if (!object.is_object())
-    fail(say("expected one JSON object on the line, as {\"file\": \"NAME\"}"));
+    fail(say(R"(expected one JSON object on the line, as {"file": "NAME"})"));
   try {
     if (object.contains("dictionary")) {
       batch.defineItem(itemOf(object, fail));
