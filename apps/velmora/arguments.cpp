@@ -1,6 +1,14 @@
 #include "command.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include <velmora/base/failure.h>
+#include <velmora/control/client_code.h>
+#include "base/message.h"
+#include "store/read_connection.h"  // isServerUri
+#include "store/replacement_file.h"
 
 namespace velmora::cli {
 
@@ -20,7 +28,7 @@ std::optional<std::string> Arguments::option(std::string_view name) {
     std::optional<std::string> found;
     std::size_t taken = 0;
     if (word == flag) {
-      if (i + 1 >= words_.size()) throw UsageError(flag + " needs a value");
+      if (i + 1 >= words_.size()) throw UsageError(say("{} needs a value", {flag}));
       found = words_[i + 1];
       taken = 2;
     } else if (word.rfind(flag + "=", 0) == 0) {
@@ -31,7 +39,7 @@ std::optional<std::string> Arguments::option(std::string_view name) {
       ++i;
       continue;
     }
-    if (value) throw UsageError(flag + " is given twice");
+    if (value) throw UsageError(say("{} is given twice", {flag}));
     value = std::move(found);
     words_.erase(words_.begin() + static_cast<std::ptrdiff_t>(i),
                  words_.begin() + static_cast<std::ptrdiff_t>(i + taken));
@@ -48,22 +56,50 @@ bool Arguments::flag(std::string_view name) {
 
 std::vector<std::string> Arguments::positionals() const {
   for (const auto& word : words_) {
-    if (word.rfind("--", 0) == 0) throw UsageError("unknown option " + word);
+    if (word.rfind("--", 0) == 0) throw UsageError(say("unknown option {}", {excerpt(word)}));
   }
   return words_;
 }
 
 std::vector<std::string> Arguments::positionals(std::size_t min, std::size_t max) const {
   auto words = positionals();
-  if (words.size() < min) throw UsageError("missing argument");
-  if (words.size() > max) throw UsageError("unexpected argument \"" + words[max] + "\"");
+  if (words.size() < min) {
+    throw UsageError(say("{} argument(s) missing", {std::to_string(min - words.size())}));
+  }
+  if (words.size() > max) {
+    throw UsageError(say("unexpected argument \"{}\"", {excerpt(words[max])}));
+  }
   return words;
 }
 
 std::string requiredDatabase(Arguments& args) {
   auto db = args.option("db");
-  if (!db || db->empty()) throw UsageError("--db PATH is required");
+  if (!db || db->empty()) throw UsageError(say("--db PATH is required"));
   return *db;
+}
+
+void checkStoreTarget(const std::string& database) {
+  if (store::isServerUri(database)) return;
+  std::error_code ec;
+  const auto type = std::filesystem::status(store::followLinks(database), ec).type();
+  if (type == std::filesystem::file_type::not_found ||
+      type == std::filesystem::file_type::regular) {
+    return;
+  }
+  throw UsageError(say("--db {} is {}: give the path of a store file, or a new path",
+                       {database, store::kindOfNode(type)}));
+}
+
+std::optional<std::string> clientCodeRefusal(const std::string& code) {
+  try {
+    checkClientCode(fromUtf8(code));
+    return std::nullopt;
+  } catch (const Failure& failure) {
+    return say(
+        "\"{}\" is not a client code that the control takes (5 characters, no double "
+        "quote, no bracket); the control says: {}",
+        {excerpt(code), failure.what()});
+  }
 }
 
 }  // namespace velmora::cli

@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -5,6 +7,7 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
+#include "base/message.h"
 #include "command.h"
 #include "store/replacement_file.h"
 
@@ -14,42 +17,76 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where the export goes: through a symbolic link to the file it names.
-fs::path outputTarget(const std::string& file, const std::string& database) {
+void writeAndCheck(const std::string& database, std::ostream& out, const std::string& shown) {
+  writeExchange(database, out);
+  out.flush();
+  if (!out) {
+    throw Failure(errors::kDatabase, say("cannot write to {}: {}", {shown, std::strerror(errno)}));
+  }
+}
+
+// A regular file, or a new path, is written aside and renamed into place: a failing export
+// leaves it as it was. Through a link, the file the link names is replaced, and the link
+// kept.
+void replaceFile(const std::string& database, const std::string& file, const fs::path& target) {
   std::error_code ec;
-  fs::path target = fs::weakly_canonical(file, ec);
-  if (ec) throw Failure(errors::kDatabase, file + ": " + ec.message());
-  if (fs::is_directory(target, ec)) {
-    throw UsageError(file + " is a folder: give the path of the file to write");
-  }
   if (fs::exists(target, ec) && fs::equivalent(target, database, ec)) {
-    throw UsageError(file + " is the database itself: give another path for the export");
+    throw UsageError(say("{} is the database itself: give another path for the export", {file}));
   }
-  return target;
+  store::ReplacementFile output(target);
+  std::ofstream out(output.path(), std::ios::binary | std::ios::trunc);
+  if (!out)
+    throw Failure(errors::kDatabase, say("{}: cannot be written", {output.path().string()}));
+  try {
+    writeAndCheck(database, out, output.path().string());
+    out.close();
+    if (!out) throw Failure(errors::kDatabase, say("cannot close {}", {output.path().string()}));
+  } catch (const Failure& failure) {
+    throw Failure(failure.number(),
+                  say("the export failed and {} is left as it was: {}", {file, failure.what()}));
+  }
+  output.commit();
+}
+
+// A pipe or a device (a terminal, /dev/null...) is written in place, as a stream: renaming
+// a file over it would destroy it.
+void writeStream(const std::string& database, const std::string& file, const fs::path& target) {
+  std::ofstream out(target, std::ios::binary);
+  if (!out) {
+    throw Failure(errors::kDatabase,
+                  say("{} cannot be opened for writing: {}", {file, std::strerror(errno)}));
+  }
+  writeAndCheck(database, out, file);
 }
 
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
   const auto rest = args.positionals(0, 1);
-  if (rest.empty()) {
-    writeExchange(database, std::cout);
-    std::cout.flush();
+  const std::string file = rest.empty() ? "-" : rest.front();
+  if (file == "-" || file == "/dev/stdout") {
+    writeAndCheck(database, std::cout, say("the standard output"));
     return 0;
   }
-  const std::string& file = rest.front();
-  // Written aside and renamed into place: a failing export leaves FILE as it was.
-  store::ReplacementFile output(outputTarget(file, database));
-  std::ofstream out(output.path(), std::ios::binary | std::ios::trunc);
-  if (!out) throw Failure(errors::kDatabase, output.path().string() + ": cannot be written");
-  writeExchange(database, out);
-  out.close();
-  if (!out) {
-    throw Failure(errors::kDatabase, output.path().string() +
-                                         ": cannot be written (is the disk full?); " + file +
-                                         " is left as it was");
+  const fs::path target = store::followLinks(file);
+  std::error_code ec;
+  const fs::file_status status = fs::status(target, ec);
+  switch (status.type()) {
+    case fs::file_type::not_found:
+    case fs::file_type::regular:
+      replaceFile(database, file, target);
+      return 0;
+    case fs::file_type::fifo:
+    case fs::file_type::character:
+      writeStream(database, file, target);
+      return 0;
+    case fs::file_type::none:
+      throw Failure(errors::kDatabase, say("{} cannot be examined: {}", {file, ec.message()}));
+    default:
+      throw UsageError(
+          say("{} is {}: give the path of a file, a named pipe or - for the "
+              "standard output",
+              {file, store::kindOfNode(status.type())}));
   }
-  output.commit();
-  return 0;
 }
 
 }  // namespace
@@ -59,9 +96,12 @@ const Command& exportCommand() {
       "export", "write a database as an exchange file",
       "usage: velmora export --db PATH [FILE]\n"
       "  Writes the files, the dictionary, then the records by file and key, one JSON\n"
-      "  object per line, to FILE or to the standard output. Importing the result into\n"
-      "  an empty database and exporting again gives the same bytes. FILE is written\n"
-      "  aside and replaced only once the export is whole; it cannot be the database.\n",
+      "  object per line, to FILE or to the standard output (FILE - or absent).\n"
+      "  Importing the result into an empty database and exporting again gives the same\n"
+      "  bytes. A regular FILE (or the file a link names) is written aside and replaced\n"
+      "  only once the export is whole; it cannot be the database. A named pipe or a\n"
+      "  character device is written in place; a folder, a socket or a block device is\n"
+      "  refused.\n",
       &run};
   return command;
 }

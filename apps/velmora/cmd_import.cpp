@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -6,24 +8,36 @@
 #include <velmora/store/exchange.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
+#include "base/message.h"
 #include "command.h"
+#include "store/replacement_file.h"
 
 namespace velmora::cli {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+void checkExchangeFile(const std::string& file, const std::string& database) {
+  std::error_code ec;
+  if (fs::is_directory(file, ec)) {
+    throw UsageError(say("{} is a folder: give the exchange file to import", {file}));
+  }
+  if (fs::exists(file, ec) && fs::exists(database, ec) && fs::equivalent(file, database, ec)) {
+    throw UsageError(say("{} is the database itself: give the exchange file to import", {file}));
+  }
+}
+
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
   const std::string file = args.positionals(1, 1).front();
-  std::error_code ec;
-  if (std::filesystem::is_directory(file, ec)) {
-    throw UsageError("\"" + file + "\" is a folder: give the exchange file to import");
-  }
-  if (std::filesystem::is_directory(database, ec)) {
-    throw UsageError("--db \"" + database + "\" is a folder: give the path of the database");
-  }
+  checkExchangeFile(file, database);
+  checkStoreTarget(database);
   std::ifstream in(file, std::ios::binary);
-  if (!in) throw Failure(errors::kBadImport, file + ": cannot be read");
+  if (!in) {
+    throw Failure(errors::kBadImport, say("{} cannot be read: {}; check the path and its rights",
+                                          {file, std::strerror(errno)}));
+  }
   // The whole file is read before the database is touched.
   const Batch batch = readExchange(in, file);
   // Created when absent and filled in one transaction; a failure leaves the file as it

@@ -2,6 +2,8 @@
 // no screen, and prints the state where the script asks for it. The question box and
 // the observations dialog take their answers from the script.
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -14,6 +16,7 @@
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/toolkit/services.h>
+#include "base/message.h"
 #include "command.h"
 #include "control/module_slots.h"
 #include "play_script.h"
@@ -28,10 +31,14 @@ using Json = nlohmann::ordered_json;
 std::string readScript(const std::string& path) {
   std::error_code ec;
   if (std::filesystem::is_directory(path, ec)) {
-    throw UsageError("\"" + path + "\" is a folder: give the script file to play");
+    throw UsageError(say("{} is a folder: give the script file to play", {path}));
   }
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw Failure(errors::kInvalidCall, "cannot read the script \"" + path + "\"");
+  if (!in) {
+    throw Failure(errors::kInvalidCall, say("the script {} cannot be read: {}; check the path "
+                                            "and its rights",
+                                            {path, std::strerror(errno)}));
+  }
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
@@ -120,7 +127,7 @@ class Player {
         report(f);
       }
     }
-    if (services_->hasPendingAnswers()) note("answers or dialog actions left over at the end");
+    if (services_->hasPendingAnswers()) note(say("answers or dialog actions left over at the end"));
     if (json_) std::cout << Json{{"shows", shows_}, {"messages", messages_}}.dump(2) << "\n";
   }
 
@@ -129,11 +136,13 @@ class Player {
     if (json_) {
       messages_.push_back({{"line", line_}, {"text", text}});
     } else {
-      std::cout << "line " << line_ << ": " << text << "\n";
+      std::cout << say("line {}: {}", {std::to_string(line_), text}) << "\n";
     }
   }
 
-  void report(const Failure& f) { note("error " + std::to_string(f.number()) + ": " + f.what()); }
+  void report(const Failure& f) {
+    note(say("error {}: {}", {std::to_string(f.number()), f.what()}));
+  }
 
   toolkit::ListBox& list(const std::string& name) {
     return name == "possible" ? control_.Lst_Possible : control_.Lst_Selectionne;
@@ -143,11 +152,11 @@ class Player {
   // the script says so, since its author probably meant something else.
   bool reachable(const toolkit::Control& target, int row = -1, int rows = 0) {
     if (!target.Enabled()) {
-      note(target.name() + " is disabled: nothing happens");
+      note(say("{} is disabled: nothing happens", {target.name()}));
       return false;
     }
     if (row >= rows && row != -1) {
-      note(target.name() + " has no row " + std::to_string(row) + ": nothing happens");
+      note(say("{} has no row {}: nothing happens", {target.name(), std::to_string(row)}));
       return false;
     }
     return true;
@@ -325,8 +334,17 @@ int play(Arguments& args) {
   try {
     steps = parseScript(readScript(scriptPath), scriptPath);
   } catch (const ScriptError& e) {
-    std::cerr << "velmora: play: " << e.what() << "\n";
-    return 2;
+    throw UsageError(e.what());  // a mistake of what the command was given: nothing runs
+  }
+  // A client code as propose checks it: a bare code, or one followed by FLOT.
+  for (const Step& step : steps) {
+    if (!step.clientCode) continue;
+    const std::string& code = step.words[1];
+    const bool floating = code.size() == 9 && code.ends_with("FLOT");
+    if (const auto refusal = clientCodeRefusal(floating ? code.substr(0, 5) : code)) {
+      throw UsageError(
+          say("{}:{}: client code {}", {scriptPath, std::to_string(step.line), *refusal}));
+    }
   }
   const DatabaseRef db = openDatabase(path);
   Variable::resetAll();

@@ -14,6 +14,7 @@
 #include <velmora/store/dates.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/toolkit/services.h>
+#include "base/message.h"
 #include "command.h"
 #include "control/module_slots.h"
 #include "report.h"
@@ -25,7 +26,7 @@ namespace {
 Text kindOf(Arguments& args) {
   const std::string kind = args.option("kind").value_or("AUTRE");
   if (kind != "AUTRE" && kind != "SSIAD") {
-    throw UsageError("--kind is AUTRE or SSIAD, not \"" + kind + "\"");
+    throw UsageError(say("--kind is AUTRE or SSIAD, not \"{}\"", {excerpt(kind)}));
   }
   return fromUtf8(kind);
 }
@@ -36,13 +37,16 @@ Text dateOption(Arguments& args, const char* name, const Text& fallback, bool ma
   const auto given = args.option(name);
   if (!given) return fallback;
   if (given->empty() && !mayBeEmpty) {
-    throw UsageError(std::string("--") + name + " needs a date, as 23/11/2026");
+    throw UsageError(say("--{} needs a date, as 23/11/2026", {name}));
   }
   Text date = fromUtf8(*given);
   try {
     NorvikDates().TexteVersDate(date);
-  } catch (const Failure& failure) {
-    throw UsageError(std::string("--") + name + ": " + failure.what());
+  } catch (const Failure&) {
+    throw UsageError(
+        say("--{} \"{}\" is not a date of the calendar; write dd/mm/yyyy or "
+            "yyyy-mm-dd, as 23/11/2026",
+            {name, excerpt(*given)}));
   }
   return date;
 }
@@ -71,8 +75,8 @@ Text daysOption(Arguments& args, const Text& from) {
   const bool digits =
       std::all_of(given->begin(), given->end(), [](char c) { return c == '0' || c == '1'; });
   if (given->empty() || given->size() > 7 || !digits) {
-    throw UsageError("--days is a mask of up to 7 digits 0 or 1, lundi first, not \"" + *given +
-                     "\"");
+    throw UsageError(say("--days is a mask of up to 7 digits 0 or 1, Monday first, not \"{}\"",
+                         {excerpt(*given)}));
   }
   return fromUtf8(*given);
 }
@@ -128,17 +132,21 @@ void timeOption(Arguments& args, const DatabaseRef& db, Text& from, Text& to) {
   const auto dash = given->find('-');
   if (dash == std::string::npos || dash == 0 || dash + 1 == given->size() ||
       given->find('-', dash + 1) != std::string::npos) {
-    throw UsageError("--time is FROM-TO, as 08:30-10:00 or 8.5-10, not \"" + *given + "\"");
+    throw UsageError(
+        say("--time is FROM-TO, as 08:30-10:00 or 8.5-10, not \"{}\"", {excerpt(*given)}));
   }
   from = fromUtf8(given->substr(0, dash));
   to = fromUtf8(given->substr(dash + 1));
   const bool decimal = decimalTimes(db);
   for (const Text* t : {&from, &to}) {
     if (!timeOfDay(*t, decimal)) {
-      throw UsageError("--time: \"" + toUtf8(*t) + "\" is not a time of day; write " +
-                       (decimal ? "decimal hours from 0 to 23.99, as 8.5-10"
-                                : "HH:MM from 00:00 to 23:59, as 08:30-10:00") +
-                       " (TPSPARAM \"1\" attribute 20 says which)");
+      throw UsageError(
+          decimal ? say("--time: \"{}\" is not a time of day; write decimal hours from 0 to "
+                        "23.99, as 8.5-10 (TPSPARAM \"1\" attribute 20 says which)",
+                        {excerpt(toUtf8(*t))})
+                  : say("--time: \"{}\" is not a time of day; write HH:MM from 00:00 to 23:59, "
+                        "as 08:30-10:00 (TPSPARAM \"1\" attribute 20 says which)",
+                        {excerpt(toUtf8(*t))}));
     }
   }
 }
@@ -163,13 +171,11 @@ int propose(Arguments& args) {
   const std::string path = requiredDatabase(args);
   const Text kind = kindOf(args);
   const auto client = args.option("client");
-  if (!client) throw UsageError("--client CODE is required");
-  const Text code = fromUtf8(*client);
-  try {
-    checkClientCode(code);
-  } catch (const Failure& failure) {
-    throw UsageError(std::string("--client: ") + failure.what());
+  if (!client) throw UsageError(say("--client CODE is required"));
+  if (const auto refusal = clientCodeRefusal(*client)) {
+    throw UsageError(say("--client {}", {*refusal}));
   }
+  const Text code = fromUtf8(*client);
   const Text from = dateOption(args, "from", today(), false);
   const Text to = dateOption(args, "to", u"", true);
   const Text days = daysOption(args, from);
@@ -183,7 +189,7 @@ int propose(Arguments& args) {
   if (!clientKnown(db, code)) {
     throw Failure(
         errors::kRecordNotFound,
-        "unknown client \"" + *client + "\": no client record, task list or template names it");
+        say("unknown client \"{}\": no client record, task list or template names it", {*client}));
   }
   InitArguments init{kind, floating ? code + u"FLOT" : code, from, to, heureDe, heureA, days};
   return showControl(db, init, json);
@@ -216,15 +222,15 @@ int consult(Arguments& args) {
   const std::string path = requiredDatabase(args);
   const Text kind = kindOf(args);
   const auto key = args.option("key");
-  if (!key || key->empty()) throw UsageError("--key FULLKEY is required");
+  if (!key || key->empty()) throw UsageError(say("--key FULLKEY is required"));
   const Text code = fromUtf8(*key);
   if (code.size() == 5 || (code.size() == 9 && instr(code, u"FLOT") > 0)) {
-    throw UsageError("--key is a full key; for a client code use velmora propose");
+    throw UsageError(say("--key is a full key; for a client code use velmora propose"));
   }
   if (code.find_first_of(u"\"[]") != Text::npos) {
     throw UsageError(
-        "--key holds a double quote or a bracket; the control would write it "
-        "into its queries, where it changes what they select");
+        say("--key holds a double quote or a bracket; the control would write it "
+            "into its queries, where it changes what they select"));
   }
   const Text date = dateOption(args, "date", keyDate(code), true);
   const bool json = args.flag("json");
@@ -235,10 +241,11 @@ int consult(Arguments& args) {
     db->OpenFile(file)->ReadRecord(recordKey);
   } catch (const Failure& failure) {
     if (failure.number() != errors::kRecordNotFound) throw;
-    throw Failure(errors::kRecordNotFound, "unknown key \"" + *key + "\": " + toUtf8(file) +
-                                               " has no record \"" + toUtf8(recordKey) +
-                                               "\"; check the key (velmora query --db " + path +
-                                               " 'SSELECT " + toUtf8(file) + "')");
+    throw Failure(
+        errors::kRecordNotFound,
+        say("unknown key \"{}\": {} has no record \"{}\"; check the key (velmora "
+            "query --db {} 'SSELECT {}')",
+            {excerpt(*key), toUtf8(file), excerpt(toUtf8(recordKey)), path, toUtf8(file)}));
   }
   InitArguments init{kind, code, date, u"", u"", u"", u""};
   return showControl(db, init, json);
@@ -260,7 +267,7 @@ const Command& proposeCommand() {
       "  --to        last day; none by default\n"
       "  --time      the time slot as the store's parameter wants it: 08:30-10:00, or\n"
       "              8.5-10 in decimal hours; the whole day by default\n"
-      "  --days      weekday mask, lundi first: 1000000 is lundi; by default the weekday\n"
+      "  --days      weekday mask, Monday first: 1000000 is Monday; by default the weekday\n"
       "              of --from\n"
       "  --floating  search the floating templates only\n"
       "  --json      print a JSON object instead\n"

@@ -2,6 +2,7 @@
 #include <string>
 
 #include <velmora/store/sample_account.h>
+#include "base/message.h"
 #include "command.h"
 #include "sample_directory.h"
 
@@ -11,12 +12,15 @@ namespace {
 
 int run(Arguments& args) {
   const std::string target = args.option("db").value_or("velmora-sample.db");
-  if (target.empty()) throw UsageError("--db needs a path (default velmora-sample.db)");
+  if (target.empty()) throw UsageError(say("--db needs a path (default velmora-sample.db)"));
   const std::string from = args.option("from").value_or(apps::sampleDirectory());
   args.positionals(0, 0);
+  checkStoreTarget(target);
   const SampleBuild built = buildSampleDatabase(target, from);
-  std::cout << "velmora: " << target << ": " << built.lines << " lines from " << built.files
-            << " files\n";
+  std::cout << "velmora: "
+            << say("{}: {} lines from {} files",
+                   {target, std::to_string(built.lines), std::to_string(built.files)})
+            << "\n";
   return 0;
 }
 

@@ -9,7 +9,8 @@
 
 namespace velmora::cli {
 
-// A mistake in the command line itself: the tool prints it with the command's usage.
+// A mistake in the command line itself: the tool prints it with a pointer to the
+// command's --help.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -44,5 +45,15 @@ struct Command {
 
 // The database path of --db, which the command requires.
 std::string requiredDatabase(Arguments& args);
+
+// A store that a command writes (import, sample) is a server's URI, a store file or a new
+// path, through links as SQLite follows them; a pipe or a device would be written into or
+// block, so it is refused here, alike for every command.
+void checkStoreTarget(const std::string& database);
+
+// Why the control would refuse this client code (not 5 characters, or a double quote or a
+// bracket, which would change what its queries select), in the tool's words with the
+// control's own text quoted whole; nothing when it takes it. propose and play both ask.
+std::optional<std::string> clientCodeRefusal(const std::string& code);
 
 }  // namespace velmora::cli

@@ -1,12 +1,16 @@
 // velmora: the store's command line. Each subcommand lives in its own file and is listed
 // once in command_list.h.
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <string_view>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include <velmora/base/failure.h>
 #include <velmora/version.h>
+#include "base/message.h"
 #include "command.h"
 
 namespace velmora::cli {
@@ -28,7 +32,8 @@ const std::vector<const Command*>& commands() {
 
 void printHelp(std::ostream& out) {
   out << "usage: velmora COMMAND [OPTIONS]\n       velmora --version\n\n"
-         "Builds, fills, reads and queries a Velmora store (an SQLite file).\n\n"
+         "Builds, fills, reads and queries a Velmora store: a file (SQLite), or a database\n"
+         "on a PostgreSQL server given as postgresql://user@host/database.\n\n"
          "commands:\n";
   for (const Command* command : commands()) {
     out << "  " << command->name << std::string(10 - std::string_view(command->name).size(), ' ')
@@ -45,14 +50,29 @@ const Command* find(std::string_view name) {
   return nullptr;
 }
 
+// An error ends with one line that points at the help, never with the help itself.
+int usageError(const std::string& message, const std::string& helpCommand) {
+  std::cerr << "velmora: " << message << "\n" << say("See '{} --help'.", {helpCommand}) << "\n";
+  return 2;
+}
+
+// The failure's number beside its message; with --json, also as an object on the
+// standard output, where a program reading the answer looks.
+int failed(long number, const std::string& message, bool json) {
+  std::cerr << "velmora: " << say("error {}: {}", {std::to_string(number), message}) << "\n";
+  if (json) {
+    std::cout << nlohmann::ordered_json{{"error", {{"number", number}, {"message", message}}}}.dump(
+                     2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+              << "\n";
+  }
+  return 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::vector<std::string> words(argv + 1, argv + argc);
-  if (words.empty()) {
-    printHelp(std::cerr);
-    return 2;
-  }
+  if (words.empty()) return usageError(say("a command is missing"), "velmora");
   if (words.front() == "--help" || words.front() == "-h" || words.front() == "help") {
     printHelp(std::cout);
     return 0;
@@ -63,10 +83,10 @@ int main(int argc, char** argv) {
   }
   const Command* command = find(words.front());
   if (command == nullptr) {
-    std::cerr << "velmora: unknown command \"" << words.front() << "\" (see velmora --help)\n";
-    return 2;
+    return usageError(say("unknown command \"{}\"", {excerpt(words.front())}), "velmora");
   }
   Arguments args(std::vector<std::string>(words.begin() + 1, words.end()));
+  const bool json = std::find(words.begin(), words.end(), "--json") != words.end();
   try {
     if (args.wantsHelp()) {
       std::cout << command->usage;
@@ -74,14 +94,13 @@ int main(int argc, char** argv) {
     }
     return command->run(args);
   } catch (const UsageError& e) {
-    std::cerr << "velmora: " << command->name << ": " << e.what() << "\n" << command->usage;
-    return 2;
+    return usageError(std::string(command->name) + ": " + e.what(),
+                      std::string("velmora ") + command->name);
   } catch (const Failure& e) {
-    std::cerr << "velmora: " << e.what() << "\n";
-    return 1;
+    return failed(e.number(), e.what(), json);
   } catch (const std::exception& e) {
-    std::cerr << "velmora: " << e.what() << "\n";
-    return 1;
+    // Not one of ours (memory, the file system): the number of an unusable store.
+    return failed(errors::kDatabase, say("unexpected failure: {}", {e.what()}), json);
   }
 }
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <initializer_list>
 
+#include "base/message.h"
+
 namespace velmora::cli {
 
 namespace {
@@ -14,14 +16,14 @@ class LineReader {
       : words_(std::move(words)), line_(line), script_(script) {}
 
   [[noreturn]] void fail(const std::string& what) const {
-    throw ScriptError(script_ + ":" + std::to_string(line_) + ": " + what);
+    throw ScriptError(say("{}:{}: {}", {script_, std::to_string(line_), what}));
   }
 
   bool atEnd() const { return next_ >= words_.size(); }
   std::size_t left() const { return words_.size() - next_; }
 
   const std::string& take(const char* what) {
-    if (atEnd()) fail(std::string("missing ") + what + " after \"" + words_[next_ - 1] + "\"");
+    if (atEnd()) fail(say("missing {} after \"{}\"", {what, excerpt(words_[next_ - 1])}));
     return words_[next_++];
   }
 
@@ -31,7 +33,7 @@ class LineReader {
     if (std::find(choices.begin(), choices.end(), word) != choices.end()) return word;
     std::string list;
     for (const auto c : choices) list += (list.empty() ? "" : ", ") + std::string(c);
-    fail("unknown " + std::string(what) + " \"" + word + "\" (expected " + list + ")");
+    fail(say("unknown {} \"{}\" (expected {})", {what, excerpt(word), list}));
   }
 
   int takeRow() {
@@ -39,13 +41,13 @@ class LineReader {
     int row = -1;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), row);
     if (error != std::errc() || end != word.data() + word.size() || row < 0) {
-      fail("\"" + word + "\" is not a row number (rows count from 0)");
+      fail(say("\"{}\" is not a row number (rows count from 0)", {excerpt(word)}));
     }
     return row;
   }
 
   void expectEnd() const {
-    if (!atEnd()) fail("unexpected word \"" + words_[next_] + "\"");
+    if (!atEnd()) fail(say("unexpected word \"{}\"", {excerpt(words_[next_])}));
   }
 
   const std::string& command() const { return words_.front(); }
@@ -61,8 +63,9 @@ Step parseInit(LineReader& in, Step step) {
   // init KIND CODE [DATEDEB [DATEFIN [HEUREDE [HEUREA [JOUR]]]]]
   step.kind = Step::Kind::Init;
   step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
-  step.words.push_back(in.take("client code or key"));
-  if (in.left() > 5) in.fail("init takes at most 7 arguments");
+  step.words.push_back(in.take("client code"));
+  step.clientCode = true;  // checked as propose checks it, before anything runs
+  if (in.left() > 5) in.fail(say("init takes at most 7 arguments"));
   while (!in.atEnd()) step.words.push_back(in.take("argument"));
   step.words.resize(7);
   return step;
@@ -73,6 +76,11 @@ Step parseInitKey(LineReader& in, Step step) {
   step.kind = Step::Kind::Init;
   step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
   step.words.push_back(in.take("full key"));
+  if (step.words.back().find_first_of("\"[]") != std::string::npos) {
+    in.fail(
+        say("the key holds a double quote or a bracket; the control would write it into "
+            "its queries, where it changes what they select"));
+  }
   if (!in.atEnd()) step.words.push_back(in.take("date"));
   in.expectEnd();
   step.words.resize(7);
@@ -133,18 +141,19 @@ Step parseLine(LineReader& in, int line) {
     if (step.words[0] == "affiche") {
       while (!in.atEnd()) {
         step.words.push_back(in.take("item code"));
-        if (in.atEnd()) in.fail("an item of host affiche needs CODE DURATION OBSERVATION");
+        if (in.atEnd()) in.fail(say("an item of host affiche needs CODE DURATION OBSERVATION"));
         step.words.push_back(in.take("item duration"));
-        if (in.atEnd()) in.fail("an item of host affiche needs CODE DURATION OBSERVATION");
+        if (in.atEnd()) in.fail(say("an item of host affiche needs CODE DURATION OBSERVATION"));
         step.words.push_back(in.take("item observation"));
       }
     }
   } else if (command == "show") {
     step.kind = Step::Kind::Show;
   } else {
-    in.fail("unknown word \"" + command +
-            "\" (expected init, init-key, mark, click, double-click, press, type, paste, clear, "
-            "tick, answer, observation, host or show)");
+    in.fail(
+        say("unknown word \"{}\" (expected init, init-key, mark, click, double-click, "
+            "press, type, paste, clear, tick, answer, observation, host or show)",
+            {excerpt(command)}));
   }
   in.expectEnd();
   return step;
@@ -165,6 +174,7 @@ std::vector<std::string> splitWords(std::string_view line, int lineNumber,
     if (c == '#') break;
     std::string word;
     if (c == '"') {
+      const std::size_t opened = i;
       ++i;
       bool closed = false;
       while (i < line.size()) {
@@ -181,8 +191,9 @@ std::vector<std::string> splitWords(std::string_view line, int lineNumber,
         word += q;
       }
       if (!closed) {
-        throw ScriptError(scriptName + ":" + std::to_string(lineNumber) +
-                          ": unterminated quote in \"" + std::string(line) + "\"");
+        throw ScriptError(
+            say("{}:{}: a quote opened at position {} is not closed on its line",
+                {scriptName, std::to_string(lineNumber), std::to_string(opened + 1)}));
       }
     } else {
       while (i < line.size() && line[i] != ' ' && line[i] != '\t' && line[i] != '\r' &&

@@ -35,6 +35,7 @@ struct Step {
   std::vector<std::string> words;  // the arguments, unquoted
   bool hasText = false;            // Observation: whether words[0] is the text to type
   int row = -1;                    // Click, DoubleClick
+  bool clientCode = false;         // Init: words[1] is a client code (init), not a key
 };
 
 // Splits a line into words: blanks separate, "..." quotes (with \n, \t, \" and \\),

@@ -4,13 +4,21 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 namespace velmora::store {
 
+// The path that a chain of symbolic links ends at (the path itself when it is not a link):
+// a file reached through a link is replaced there, and the link is kept.
+std::filesystem::path followLinks(std::filesystem::path path);
+
+// What a node that is not a regular file is, in words: "a folder", "a named pipe"...
+std::string kindOfNode(std::filesystem::file_type type);
+
 class ReplacementFile {
  public:
-  // Creates the temporary beside target; fails with errors::kDatabase naming the folder
-  // when it cannot.
+  // Creates the temporary beside the file that target names (through its links); fails with
+  // errors::kDatabase naming the folder when it cannot.
   explicit ReplacementFile(const std::filesystem::path& target);
   ~ReplacementFile();
   ReplacementFile(const ReplacementFile&) = delete;

@@ -13,6 +13,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
 #include <velmora/store/writer.h>
+#include "base/message.h"
 #include "store/postgresql_support.h"  // displayUri
 #include "store/read_connection.h"
 #include "store/replacement_file.h"
@@ -28,7 +29,7 @@ namespace {
 std::vector<fs::path> exchangeFiles(const fs::path& directory) {
   std::error_code ec;
   if (!fs::is_directory(directory, ec)) {
-    throw Failure(errors::kBadImport, directory.string() + ": no such directory");
+    throw Failure(errors::kBadImport, say("{}: no such folder", {directory.string()}));
   }
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(directory)) {
@@ -37,7 +38,9 @@ std::vector<fs::path> exchangeFiles(const fs::path& directory) {
     }
   }
   std::sort(files.begin(), files.end());
-  if (files.empty()) throw Failure(errors::kBadImport, directory.string() + ": no *.jsonl file");
+  if (files.empty()) {
+    throw Failure(errors::kBadImport, say("{}: no *.jsonl file", {directory.string()}));
+  }
   return files;
 }
 
@@ -45,14 +48,14 @@ Batch readAll(const std::vector<fs::path>& files) {
   Batch all;
   for (const auto& file : files) {
     std::ifstream in(file, std::ios::binary);
-    if (!in) throw Failure(errors::kBadImport, file.string() + ": cannot be read");
+    if (!in) throw Failure(errors::kBadImport, say("{}: cannot be read", {file.string()}));
     all.append(readExchange(in, file.string()));
   }
   return all;
 }
 
 [[noreturn]] void refuse(const fs::path& target, const std::string& why) {
-  throw Failure(errors::kDatabase, target.string() + ": " + why + "; nothing was changed");
+  throw Failure(errors::kDatabase, say("{} {}; nothing was changed", {target.string(), why}));
 }
 
 // What a new store may replace: nothing, or a store. A store left by a writer that stopped
@@ -63,20 +66,25 @@ void prepareToReplace(const fs::path& target) {
   const fs::path journal = target.string() + "-journal";
   const fs::path log = target.string() + "-wal";
   // An empty file is what a failed first import leaves: nothing to keep.
-  if (fs::exists(target, ec) && fs::file_size(target, ec) > 0) {
-    if (!fs::is_regular_file(target, ec)) refuse(target, "is not a file");
+  const auto type = fs::status(target, ec).type();
+  if (type != fs::file_type::not_found && type != fs::file_type::regular) {
+    refuse(target, say("is {}, not a store file; give another --db", {store::kindOfNode(type)}));
+  }
+  if (type == fs::file_type::regular && fs::file_size(target, ec) > 0) {
     sqlite3* raw = nullptr;
     const int opened = sqlite3_open_v2(target.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
     const store::Connection db(raw);
     if (opened != SQLITE_OK) {
-      refuse(target, std::string("cannot be opened to be replaced (") + sqlite3_errmsg(raw) + ")");
+      refuse(target, say("cannot be opened to be replaced: {}", {sqlite3_errmsg(raw)}));
     }
     sqlite3_busy_timeout(db.get(), 3000);
     try {
       store::checkSchema(db.get(), target.string());
     } catch (const Failure& failure) {
-      refuse(target, std::string("is not a Velmora store that sample may replace (") +
-                         failure.what() + "); give another --db or move that file away");
+      // The store's own words come last, whole, after the tool's sentence.
+      refuse(target, say("is not a Velmora store that sample may replace; give another --db or "
+                         "move that file away; the store says: {}",
+                         {failure.what()}));
     }
     // Back to a rollback journal (a log is written back and removed), then one write of
     // the header as it is, whose commit removes a journal that was left but not hot.
@@ -96,16 +104,17 @@ void prepareToReplace(const fs::path& target) {
         "PRAGMA user_version = " +
         std::to_string(version) + "; COMMIT";
     if (sqlite3_exec(db.get(), putRight.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-      refuse(target, std::string("its journal cannot be put right (") + sqlite3_errmsg(db.get()) +
-                         "); another program may be writing to it");
+      refuse(target, say("cannot have its journal put right ({}); another program may be "
+                         "writing to it",
+                         {sqlite3_errmsg(db.get())}));
     }
   }
   for (const fs::path& left : {journal, log}) {
     if (fs::exists(left, ec)) {
-      refuse(target, "a journal " + left.string() +
-                         " is left beside it by a program that stopped; open the store once "
-                         "(velmora get) to put it right, or move the journal away if the "
-                         "store is gone");
+      refuse(target, say("has a journal {} left beside it by a program that stopped; open the "
+                         "store once (velmora get) to put it right, or move the journal away "
+                         "if the store is gone",
+                         {left.string()}));
     }
   }
 }
@@ -137,15 +146,21 @@ SampleBuild buildSampleDatabase(const std::string& target, const std::string& di
     fillServerDatabase(target, batch);
     return {batch.size(), files.size()};
   }
-  // Built aside under a name of its own, checked against what it replaces, renamed over.
+  // Built aside under a name of its own, checked against what it replaces (the file a
+  // link names; the link is kept), renamed over.
   ReplacementFile building(target);
+  std::error_code ec;
+  const auto type = fs::status(building.target(), ec).type();
+  if (type != fs::file_type::not_found && type != fs::file_type::regular) {
+    prepareToReplace(building.target());  // refuses it before the work
+  }
   try {
     StoreWriter(building.path().string()).apply(batch);
   } catch (const Failure& failure) {
     throw Failure(failure.number(),
-                  std::string(failure.what()) + "; " + target + " is left as it was");
+                  say("the sample failed and {} is left as it was: {}", {target, failure.what()}));
   }
-  prepareToReplace(target);
+  prepareToReplace(building.target());
   building.commit();
   return {batch.size(), files.size()};
 }

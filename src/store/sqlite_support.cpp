@@ -1,6 +1,7 @@
 #include "store/sqlite_support.h"
 
 #include <velmora/base/failure.h>
+#include "base/message.h"
 
 namespace velmora::store {
 
@@ -20,13 +21,24 @@ std::string hint(sqlite3* db) {
   return {};
 }
 
+[[noreturn]] void failSchema(const std::string& path, int code);
+
 [[noreturn]] void fail(sqlite3* db, const std::string& path, const std::string& doing) {
   const std::string cause = db != nullptr ? sqlite3_errmsg(db) : "out of memory";
   if (db != nullptr) {
     const int code = sqlite3_errcode(db) & 0xFF;
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) throw busyFailure(path);
+    // A damaged file or one that is no database: named as every reader names it.
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB)
+      failSchema(path, sqlite3_extended_errcode(db));
+    if (code == SQLITE_CANTOPEN) {
+      throw Failure(errors::kDatabase,
+                    say("database {} cannot be opened or created; check that its folder exists "
+                        "and may be written",
+                        {path}));
+    }
   }
-  throw Failure(errors::kDatabase, "database " + path + ": " + doing + ": " + cause + hint(db));
+  throw Failure(errors::kDatabase, say("database {}: {}: {}{}", {path, doing, cause, hint(db)}));
 }
 
 constexpr const char* kSchema = R"sql(
@@ -136,7 +148,7 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
   const std::string cause = message != nullptr ? message : sqlite3_errmsg(db);
   sqlite3_free(message);
   if ((rc & 0xFF) == SQLITE_BUSY || (rc & 0xFF) == SQLITE_LOCKED) throw busyFailure(path);
-  throw Failure(errors::kDatabase, "database " + path + ": " + cause + hint(db));
+  throw Failure(errors::kDatabase, say("database {}: {}{}", {path, cause, hint(db)}));
 }
 
 void createSchema(sqlite3* db, const std::string& path) {
@@ -147,8 +159,27 @@ namespace {
 
 // What the schema check met, in words for the planner who may read it: what is wrong with
 // the file and what to do.
-[[noreturn]] void failSchema(sqlite3* db, const std::string& path, int code) {
-  const std::string cause = sqlite3_errmsg(db);
+// The cause of a failed read in French: SQLite's own words are English.
+std::string frenchCause(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_CANTOPEN:
+      return "le fichier ne peut pas être ouvert";
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+    case SQLITE_READONLY:
+      return "accès refusé";
+    case SQLITE_IOERR:
+      return "erreur de lecture ou d'écriture du disque";
+    case SQLITE_FULL:
+      return "disque plein";
+    case SQLITE_NOMEM:
+      return "mémoire insuffisante";
+    default:
+      return "erreur SQLite " + std::to_string(code);
+  }
+}
+
+[[noreturn]] void failSchema(const std::string& path, int code) {
   const std::string base = "La base " + path;
   switch (code & 0xFF) {
     case SQLITE_BUSY:
@@ -160,16 +191,17 @@ namespace {
                               "Fermez l'autre fenêtre ou l'autre traitement, puis réessayez.");
     case SQLITE_NOTADB:
       throw SchemaFailure(errors::kDatabase, code,
-                          base + " n'est pas une base de données (" + cause +
-                              "). Vérifiez le chemin : il doit désigner une base Velmora.");
+                          base +
+                              " n'est pas une base de données. Vérifiez le chemin : il doit "
+                              "désigner une base Velmora.");
     case SQLITE_CORRUPT:
-      throw SchemaFailure(
-          errors::kDatabase, code,
-          base + " est endommagée (" + cause + "). Remplacez-la par sa dernière sauvegarde.");
+      throw SchemaFailure(errors::kDatabase, code,
+                          base + " est endommagée. Remplacez-la par sa dernière sauvegarde.");
     case SQLITE_ERROR:
       throw SchemaFailure(errors::kDatabase, code,
-                          base + " n'est pas une base Velmora : il lui manque ses tables (" +
-                              cause + "). Vérifiez le chemin.");
+                          base +
+                              " n'est pas une base Velmora : il lui manque ses tables. "
+                              "Vérifiez le chemin.");
     default:
       break;
   }
@@ -184,7 +216,7 @@ namespace {
             "dossier (par exemple avec « velmora get »), puis réessayez.");
   }
   throw SchemaFailure(errors::kDatabase, code,
-                      base + " ne peut pas être lue (" + cause +
+                      base + " ne peut pas être lue (" + frenchCause(code) +
                           "). Vérifiez les droits sur le fichier et son dossier, et le "
                           "disque, puis réessayez.");
 }
@@ -202,7 +234,7 @@ void checkSchema(sqlite3* db, const std::string& path) {
   sqlite3_stmt* raw = nullptr;
   const int prepared = sqlite3_prepare_v2(db, sql, -1, &raw, nullptr);
   std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw, &sqlite3_finalize);
-  if (prepared != SQLITE_OK) failSchema(db, path, sqlite3_extended_errcode(db));
+  if (prepared != SQLITE_OK) failSchema(path, sqlite3_extended_errcode(db));
   const int rc = sqlite3_step(raw);
   if (rc == SQLITE_DONE) {
     throw SchemaFailure(errors::kDatabase, SQLITE_ERROR,
@@ -210,7 +242,7 @@ void checkSchema(sqlite3* db, const std::string& path) {
                             " n'est pas une base Velmora : sa version n'est pas inscrite. "
                             "Vérifiez le chemin.");
   }
-  if (rc != SQLITE_ROW) failSchema(db, path, sqlite3_extended_errcode(db));
+  if (rc != SQLITE_ROW) failSchema(path, sqlite3_extended_errcode(db));
   const long long version = sqlite3_column_int64(raw, 0);
   if (version != kSchemaVersion) {
     throw SchemaFailure(errors::kDatabase, SQLITE_ERROR,

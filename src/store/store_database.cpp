@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include <velmora/base/failure.h>
+#include "base/message.h"
 #include "store/postgresql_read_connection.h"
 #include "store/query/query.h"
 #include "store/sqlite_read_connection.h"
@@ -20,8 +21,8 @@ class StoreFile final : public NorvikFile {
   RecordRef ReadRecord(const Text& Cle) override {
     auto record = connection_->readRecord(name_, Cle);
     if (!record) {
-      throw Failure(errors::kRecordNotFound,
-                    "record not found: " + toUtf8(name_) + " has no key \"" + toUtf8(Cle) + "\"");
+      throw Failure(errors::kRecordNotFound, say("record not found: {} has no key \"{}\"",
+                                                 {toUtf8(name_), excerpt(toUtf8(Cle))}));
     }
     return RecordRef::make(std::move(*record));
   }
@@ -48,8 +49,8 @@ class HeldSnapshot final : public NorvikDatabase::Snapshot {
 
 FileRef openFile(const std::shared_ptr<ReadConnection>& connection, const Text& name) {
   if (!connection->hasFile(name)) {
-    throw Failure(errors::kUnknownFile,
-                  "unknown file \"" + toUtf8(name) + "\" in database " + connection->path());
+    throw Failure(errors::kUnknownFile, say("unknown file \"{}\" in database {}",
+                                            {excerpt(toUtf8(name)), connection->path()}));
   }
   return {std::make_shared<StoreFile>(connection, name)};
 }
@@ -74,8 +75,12 @@ std::shared_ptr<ReadConnection> connectToStore(const std::string& location) {
                                          "du fichier de la base.");
   }
   if (!std::filesystem::is_regular_file(location, ec)) {
-    throw Failure(errors::kDatabase,
-                  "La base " + location + " n'existe pas (no such file) : vérifiez le chemin.");
+    const auto folder = std::filesystem::path(location).parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
+      throw Failure(errors::kDatabase, "La base " + location + " n'existe pas, ni son dossier " +
+                                           folder.string() + " : vérifiez le chemin.");
+    }
+    throw Failure(errors::kDatabase, "La base " + location + " n'existe pas : vérifiez le chemin.");
   }
   return std::make_shared<SqliteReadConnection>(location);
 }

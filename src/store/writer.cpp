@@ -3,6 +3,7 @@
 #include <optional>
 
 #include <velmora/base/failure.h>
+#include "base/message.h"
 #include "store/batch_target.h"
 #include "store/read_connection.h"  // isServerUri
 
@@ -11,7 +12,7 @@ namespace velmora {
 namespace {
 
 [[noreturn]] void invalid(const std::string& what) {
-  throw Failure(errors::kInvalidCall, "invalid call: " + what);
+  throw Failure(errors::kInvalidCall, say("invalid call: {}", {what}));
 }
 
 void checkName(TextView name, const char* what) {
@@ -19,8 +20,8 @@ void checkName(TextView name, const char* what) {
   for (const char16_t c : name) {
     if (c == u' ' || c == u'"' || c == kAttributeMark || c == kValueMark || c == kSubvalueMark ||
         c < 0x20) {
-      invalid(std::string(what) + " name \"" + toUtf8(name) +
-              "\" holds a blank, a quote or a control character");
+      invalid(say("{} name \"{}\" holds a blank, a quote or a control character",
+                  {what, excerpt(toUtf8(name))}));
     }
   }
 }
@@ -28,7 +29,7 @@ void checkName(TextView name, const char* what) {
 void checkKey(TextView key) {
   for (const char16_t c : key) {
     if (c == kAttributeMark || c == kValueMark || c == kSubvalueMark) {
-      invalid("key \"" + toUtf8(key) + "\" holds a record mark");
+      invalid(say("key \"{}\" holds a record mark", {excerpt(toUtf8(key))}));
     }
   }
 }
@@ -62,11 +63,14 @@ void Batch::defineItem(const DictionaryItem& item) {
   const bool nameIsNumber =
       !item.name.empty() && item.name.find_first_not_of(u"0123456789") == Text::npos;
   if (nameIsNumber || item.name == u"@ID") {
-    invalid("dictionary name \"" + toUtf8(item.name) + "\" would hide an attribute number");
+    invalid(
+        say("dictionary name \"{}\" would hide an attribute number", {excerpt(toUtf8(item.name))}));
   }
   if (item.isKeyPart() && (item.keyStart < 1 || item.keyLength < 1)) {
-    invalid("dictionary item " + toUtf8(item.name) +
-            ": a key part needs a start of 1 or more and a length of 1 or more");
+    invalid(
+        say("dictionary item {}: a key part needs a start of 1 or more and a length of 1 or "
+            "more",
+            {excerpt(toUtf8(item.name))}));
   }
   changes_.emplace_back(item);
 }

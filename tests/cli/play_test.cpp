@@ -33,7 +33,7 @@ TEST_F(Play, AMistakeNamesItsLineAndWordAndNothingRuns) {
       {"click possible x\n", R"(script.play:1: "x" is not a row number)"},
       {"mark selected 0\n", R"(script.play:1: unknown list "selected")"},
       {"# fine\n\ninit\n", "script.play:3: missing kind of activity"},
-      {"observation \"Sonner\n", "script.play:1: unterminated quote"},
+      {"observation \"Sonner\n", "script.play:1: a quote opened at position 13 is not closed"},
       {"observation \"Sonner\" close\n", R"(script.play:1: missing dialog button after "close")"},
       {"host maj_enr\n", R"(script.play:1: unknown host call "maj_enr")"},
       {"show now\n", R"(script.play:1: unexpected word "now")"},

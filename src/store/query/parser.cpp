@@ -3,6 +3,7 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/database.h>
+#include "base/message.h"
 #include "store/query/syntax.h"
 
 namespace velmora::store {
@@ -150,12 +151,14 @@ class Parser {
   [[noreturn]] void fail(const std::string& expected) const {
     std::string message = expected;
     if (lastEnd_ > clauseStart_) {
-      message += " après « " + toUtf8(text_.substr(clauseStart_, lastEnd_ - clauseStart_)) + " »";
+      message +=
+          " après « " + excerpt(toUtf8(text_.substr(clauseStart_, lastEnd_ - clauseStart_))) + " »";
     }
     const Token& at = current();
-    message += at.kind == TokenKind::End
-                   ? ", trouvé la fin de la requête"
-                   : ", trouvé « " + toUtf8(text_.substr(at.start, at.end - at.start)) + " »";
+    message +=
+        at.kind == TokenKind::End
+            ? ", trouvé la fin de la requête"
+            : ", trouvé « " + excerpt(toUtf8(text_.substr(at.start, at.end - at.start))) + " »";
     malformed(at.start, message);
   }
 

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include <velmora/base/failure.h>
+#include "base/message.h"
 #include "store/query/order.h"
 #include "store/query/syntax.h"
 
@@ -105,7 +106,7 @@ std::optional<Field> resolve(const Names& names, const Text& file, const FieldNa
   if (!*item) {
     throw Failure(errors::kUnknownName, "requête : à la position " + std::to_string(name.position) +
                                             " : nom de dictionnaire inconnu « " +
-                                            toUtf8(name.spelling) + " » dans le fichier " +
+                                            excerpt(toUtf8(name.spelling)) + " » dans le fichier " +
                                             toUtf8(file));
   }
   const DictionaryItem& known = **item;
@@ -126,8 +127,8 @@ std::vector<int> parseColumns(TextView text) {
     while (i < text.size() && text[i] != u' ') ++i;
     const TextView word = text.substr(start, i - start);
     if (!isDigits(word)) {
-      badRequest("colonnes : « " + toUtf8(word) + " » à la position " + std::to_string(start + 1) +
-                 " n'est pas un numéro d'attribut");
+      badRequest("colonnes : « " + excerpt(toUtf8(word)) + " » à la position " +
+                 std::to_string(start + 1) + " n'est pas un numéro d'attribut");
     }
     columns.push_back(attributeNumber(word, start + 1));
   }
@@ -189,8 +190,9 @@ bool resolveFields(const Names& names, const QuerySyntax& syntax, std::vector<Fi
   const auto exists = fileExists(names, syntax.file);
   if (!exists) return false;
   if (!*exists) {
-    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " + toUtf8(syntax.file) +
-                                            " » dans la base " + names.connection.path());
+    throw Failure(errors::kUnknownFile, "requête : fichier inconnu « " +
+                                            excerpt(toUtf8(syntax.file)) + " » dans la base " +
+                                            names.connection.path());
   }
   for (const auto& condition : syntax.conditions) {
     const auto field = resolve(names, syntax.file, condition.field);

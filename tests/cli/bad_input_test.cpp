@@ -1,0 +1,192 @@
+// The bad-input table of the velmora tool (docs/bad-input.md), played whole on a sample
+// store: each wrong input gets its exit status and a message in one language that says
+// what and where, ends as the tool promises (a pointer to --help, or the failure's
+// number), quotes long input cut, and leaves the store byte for byte as it was.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/run_velmora.h"
+
+namespace velmora {
+namespace {
+
+namespace fs = std::filesystem;
+using cli_test::Outcome;
+using cli_test::slurp;
+using cli_test::spit;
+
+// Whether a line of the tool speaks one language: the tool's English, then at most one
+// French text of the store or the control quoted whole to the end of the line.
+bool oneLanguage(std::string_view line) {
+  std::size_t french = std::string_view::npos;
+  for (const std::string_view opening : {"La base ", "Le code client ", "requête "}) {
+    french = std::min(french, line.find(opening));
+  }
+  const std::string_view english = line.substr(0, french);
+  for (const std::string_view word : {"é", "è", "à", "«", " : ", " pas ", " est "}) {
+    if (english.find(word) != std::string_view::npos) return false;
+  }
+  if (french == std::string_view::npos) return true;
+  const std::string_view quoted = line.substr(french);
+  for (const std::string_view word : {" the ", " is ", " not ", " no such ", " cannot ", " left ",
+                                      " file ", " database ", " disk ", " malformed"}) {
+    if (quoted.find(word) != std::string_view::npos) return false;
+  }
+  return true;
+}
+
+struct Case {
+  std::vector<std::string> args;  // "S" is the sample store, "W/x" a path in the work folder
+  int status;
+  std::string message;  // a part of the message
+};
+
+class BadInput : public cli_test::Tool {
+ protected:
+  std::string at(const std::string& name) const { return (dir() / name).string(); }
+  std::vector<std::string> expand(const std::vector<std::string>& args) const {
+    std::vector<std::string> out;
+    for (const auto& a : args) {
+      out.push_back(a == "S" ? at("s.db") : a.rfind("W/", 0) == 0 ? at(a.substr(2)) : a);
+    }
+    return out;
+  }
+};
+
+TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
+  if (testing::TempAccount::onServer()) GTEST_SKIP() << "the table is played on a store file";
+  ASSERT_EQ(run({"sample", "--db", at("s.db")}).status, 0);
+  const std::string store = slurp(at("s.db"));
+  spit(at("cut.jsonl"), "{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\n");
+  spit(at("utf8.jsonl"), "{\"file\":\"TACHE\"}\n{\"file\":\"T\xff\"}\n");
+  spit(at("nul.jsonl"), std::string("{\"file\":\"TACHE\"}\n{\"file\":\"TA\0\"}\n", 31));
+  spit(at("big.jsonl"), "{\"dictionary\":\"TACHE\",\"name\":\"N\",\"attribute\":1e999}\n");
+  spit(at("twice.jsonl"), "{\"file\":\"NEW\",\"file\":\"OTHER\"}\n");
+  spit(at("number.jsonl"), "1\n");
+  spit(at("extra.jsonl"), "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"],\"more\":1}\n");
+  spit(at("good.jsonl"),
+       "{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\"1\"]}");  // no end of line
+  spit(at("text.db"), "mes notes\n");
+  spit(at("cut.db"), store.substr(0, 20000));
+  const std::string longWord(100000, 'a');
+  spit(at("long.play"), "show\nx" + longWord + "\n");
+  spit(at("quote.play"), "init AUTRE \"" + longWord + "\n");
+  spit(at("inject.play"), "init AUTRE \"0000]\"\nshow\n");
+  spit(at("key.play"), "init-key AUTRE \"00001]\"\nshow\n");
+  fs::create_directory(at("folder"));
+  ASSERT_EQ(mkfifo(at("fifo").c_str(), 0600), 0);
+
+  const std::vector<Case> cases{
+      {{}, 2, "a command is missing"},
+      {{"frob"}, 2, "unknown command \"frob\""},
+      {{"get", "--db", "S", "--colour", "red"}, 2, "unknown option --colour"},
+      {{"get", "--db", "S"}, 2, "2 argument(s) missing"},
+      {{"get", "TACHE", "x"}, 2, "--db PATH is required"},
+      {{"get", "--db", "S", "TACHE", "x", "y"}, 2, "unexpected argument \"y\""},
+      {{"get", "--db", "W/none.db", "TACHE", "x"}, 1, "La base " + at("none.db") + " n'existe pas"},
+      {{"get", "--db", "W/no/x.db", "TACHE", "x"}, 1, "ni son dossier"},
+      {{"get", "--db", "W/folder", "TACHE", "x"}, 1, "est un dossier"},
+      {{"get", "--db", "W/text.db", "TACHE", "x"}, 1, "n'est pas une base de données."},
+      {{"get", "--db", "W/cut.db", "TACHE", "x"}, 1, "est endommagée."},
+      {{"get", "--db", "S", "TACHE", "nope"}, 1, "TACHE has no key \"nope\""},
+      {{"get", "--db", "S", "NOFILE", "x"}, 1, "unknown file \"NOFILE\""},
+      {{"query", "--db", "S", R"(SSELECT TACHE AVEC 1 "x")"}, 1, "requête : à la position 22"},
+      {{"import", "W/cut.jsonl", "--db", "S"}, 1, "cut.jsonl:2:37: the line ends before"},
+      {{"import", "W/utf8.jsonl", "--db", "S"}, 1, "utf8.jsonl:2:11: byte 0xFF is not UTF-8"},
+      {{"import", "W/nul.jsonl", "--db", "S"}, 1, "nul.jsonl:2:12: a NUL byte"},
+      {{"import", "W/big.jsonl", "--db", "S"}, 1, "big.jsonl:1: a number is too large"},
+      {{"import", "W/twice.jsonl", "--db", "S"},
+       1,
+       "twice.jsonl:1: the member \"file\" is given twice"},
+      {{"import", "W/number.jsonl", "--db", "S"}, 1, "number.jsonl:1: expected one JSON object"},
+      {{"import", "W/extra.jsonl", "--db", "S"}, 1, "unexpected member \"more\""},
+      {{"import", "S", "--db", "S"}, 2, "is the database itself"},
+      {{"import", "W/cut.db", "--db", "S"}, 1, "is an SQLite database, not an exchange file"},
+      {{"import", "W/folder", "--db", "S"}, 2, "is a folder: give the exchange file"},
+      {{"import", "W/none.jsonl", "--db", "S"}, 1, "cannot be read: No such file"},
+      {{"import", "W/good.jsonl", "--db", "W/no/x.db"}, 1, "check that its folder exists"},
+      {{"import", "W/good.jsonl", "--db", "W/fifo"}, 2, "is a named pipe"},
+      {{"import", "W/good.jsonl", "--db", "W/cut.db"}, 1, "est endommagée."},
+      {{"export", "--db", "S", "S"}, 2, "is the database itself"},
+      {{"export", "--db", "S", "W/folder"}, 2, "is a folder"},
+      {{"export", "--db", "S", "W/no/x.jsonl"}, 1, "cannot create a temporary file"},
+      {{"export", "--db", "W/text.db", "W/out.jsonl"}, 1, "the export failed and"},
+      {{"sample", "--db", "W/text.db"}, 1, "is not a Velmora store that sample may replace"},
+      {{"sample", "--db", "W/cut.db"}, 1, "the store says: La base"},
+      {{"sample", "--db", "W/fifo"}, 2, "--db " + at("fifo") + " is a named pipe"},
+      {{"sample", "--db", ""}, 2, "--db needs a path"},
+      {{"propose", "--db", "S", "--client", "AB"}, 2, "\"AB\" is not a client code"},
+      {{"propose", "--db", "S", "--client", "0000]"}, 2, "\"0000]\" is not a client code"},
+      {{"propose", "--db", "S", "--client", "ZZZZZ"}, 1, "unknown client \"ZZZZZ\""},
+      {{"propose", "--db", "S", "--client", "00001", "--from", ""}, 2, "--from needs a date"},
+      {{"propose", "--db", "S", "--client", "00001", "--from", "31/02/2026"},
+       2,
+       "--from \"31/02/2026\" is not a date of the calendar"},
+      {{"propose", "--db", "S", "--client", "00001", "--time", "25:99-99:99"},
+       2,
+       "\"25:99\" is not a time of day"},
+      {{"propose", "--db", "S", "--client", "00001", "--days", "12"}, 2, "--days is a mask"},
+      {{"propose", "--db", "W/none.db", "--client", "00001", "--json"}, 1, "n'existe pas"},
+      {{"consult", "--db", "S", "--key", "AB\"CDEFGHIJ"}, 2, "--key holds a double quote"},
+      {{"consult", "--db", "S", "--key", std::string(26, 'A')}, 1, "unknown key"},
+      {{"play", "--db", "S", "W/folder"}, 2, "is a folder: give the script"},
+      {{"play", "--db", "S", "W/none.play"}, 1, "cannot be read: No such file"},
+      {{"play", "--db", "S", "W/long.play"}, 2, "long.play:2: unknown word \"xaaa"},
+      {{"play", "--db", "S", "W/quote.play"}, 2, "quote.play:1: a quote opened at position 12"},
+      {{"play", "--db", "S", "W/inject.play"}, 2, "inject.play:1: client code \"0000]\""},
+      {{"play", "--db", "S", "W/key.play"}, 2, "key.play:1: the key holds a double quote"},
+  };
+  for (const Case& c : cases) {
+    const auto args = expand(c.args);
+    const Outcome o = run(args);
+    SCOPED_TRACE((c.args.empty() ? "" : c.args.front()) + " " +
+                 (c.args.size() > 1 ? c.args.back() : "") + " -> " + o.err.substr(0, 300));
+    EXPECT_EQ(o.status, c.status);
+    EXPECT_NE(o.err.find(c.message), std::string::npos);
+    EXPECT_LT(o.err.size(), 1000u);  // long input is quoted cut
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < o.err.size();) {
+      const std::size_t end = o.err.find('\n', at);
+      lines.push_back(o.err.substr(at, end - at));
+      at = end == std::string::npos ? o.err.size() : end + 1;
+    }
+    ASSERT_FALSE(lines.empty());
+    for (const auto& line : lines) EXPECT_TRUE(oneLanguage(line)) << line;
+    if (c.status == 2) {
+      // One line of mistake, one pointing at the help; never the help itself.
+      ASSERT_EQ(lines.size(), 2u);
+      EXPECT_EQ(lines.back().rfind("See 'velmora", 0), 0u);
+      EXPECT_NE(lines.back().find(" --help'."), std::string::npos);
+    } else {
+      ASSERT_EQ(lines.size(), 1u);
+      EXPECT_EQ(lines.front().rfind("velmora: error -", 0) == 0 ||
+                    lines.front().rfind("velmora: error 5: ", 0) == 0,
+                true);
+    }
+    const bool json = std::find(args.begin(), args.end(), "--json") != args.end();
+    EXPECT_EQ(o.out.empty(), !json) << o.out;
+    EXPECT_EQ(slurp(at("s.db")), store);
+  }
+  EXPECT_FALSE(fs::exists(at("none.db")));
+  EXPECT_FALSE(fs::exists(at("out.jsonl")));
+  EXPECT_TRUE(fs::is_fifo(at("fifo")));
+  EXPECT_EQ(slurp(at("text.db")), "mes notes\n");
+}
+
+// An open failure under --json also answers on the standard output, with its number.
+TEST_F(BadInput, AFailureUnderJsonIsAnObjectWithItsNumber) {
+  const Outcome o = run({"propose", "--db", at("none.db"), "--client", "00001", "--json"});
+  EXPECT_EQ(o.status, 1);
+  EXPECT_NE(o.out.find("\"number\": -2147221489"), std::string::npos) << o.out;
+  EXPECT_NE(o.out.find("\"message\": \"La base " + at("none.db") + " n'existe pas"),
+            std::string::npos)
+      << o.out;
+}
+
+}  // namespace
+}  // namespace velmora
