@@ -28,7 +28,8 @@ const std::vector<const Command*>& commands() {
 
 void printHelp(std::ostream& out) {
   out << "usage: velmora COMMAND [OPTIONS]\n       velmora --version\n\n"
-         "Builds, fills, reads and queries a Velmora store (an SQLite file).\n\n"
+         "Builds, fills, reads and queries a Velmora store: an SQLite file, or a PostgreSQL\n"
+         "database given as a URI (postgresql://user@host/database).\n\n"
          "commands:\n";
   for (const Command* command : commands()) {
     out << "  " << command->name << std::string(10 - std::string_view(command->name).size(), ' ')
