@@ -79,9 +79,11 @@ install(TARGETS velmora RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT to
 if(TARGET velmora-demo)
   install(TARGETS velmora-demo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
+# The sample's README is documentation, not data (the packages put it in /usr/share/doc).
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/data/sample/
   DESTINATION ${CMAKE_INSTALL_DATADIR}/velmora/sample
-  COMPONENT tools)
+  COMPONENT tools
+  PATTERN README.md EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/data/bash-completion/velmora
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   COMPONENT tools)
