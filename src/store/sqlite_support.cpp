@@ -51,11 +51,10 @@ CREATE TABLE dictionary (
 
 constexpr long long kSchemaVersion = 1;
 
-// Written in the file's header so that `file` and SQLite's tools can tell a Velmora store:
-// application_id is "Vlmr" in ASCII, user_version the schema's version. Stores made before
-// carry 0 in both and are read all the same: checkSchema looks at the tables only.
-constexpr const char* kHeader = "PRAGMA application_id = 1449946482; PRAGMA user_version = 1;";
-static_assert(kSchemaVersion == 1, "user_version in kHeader follows the schema's version");
+// Written in the file's header with the schema's version (user_version), so that `file`
+// and SQLite's tools can tell a Velmora store. Stores made before carry 0 in both and are
+// read all the same: checkSchema looks at the tables only.
+constexpr long long kApplicationId = 0x566C6D72;  // "Vlmr"
 
 }  // namespace
 
@@ -147,7 +146,10 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
 
 void createSchema(sqlite3* db, const std::string& path) {
   execute(db, kSchema, path);
-  execute(db, kHeader, path);
+  execute(db,
+          "PRAGMA application_id = " + std::to_string(kApplicationId) +
+              "; PRAGMA user_version = " + std::to_string(kSchemaVersion),
+          path);
 }
 
 namespace {

@@ -148,7 +148,6 @@ TEST(Store, ANewFileNamesItselfInItsHeaderAndAnOlderOneStillOpens) {
   EXPECT_EQ(tache->ReadRecord(u"new")->r(), u"two");
 }
 
-
 // Each way a file can fail the open has its own words, naming the file: a planner may
 // read them. (A lock and a folder are the control's and the tool's cases.)
 TEST(Store, OpenFailsClearlyOnWhatIsNotAReadableStore) {
