@@ -1,8 +1,10 @@
-# What `cmake --install` puts in a prefix, and the Debian packages made of it:
-#   runtime      the shared libraries                          (libvelmora<major.minor>)
-#   development  headers, CMake package, link names, archives  (libvelmora-dev)
-#   tools        velmora, velmora-demo and the sample account   (velmora)
-# A host then writes find_package(Velmora 0.2 REQUIRED COMPONENTS Control Qt).
+# What `cmake --install` puts in a prefix (debian/ splits it into packages):
+#   the shared libraries            lib/<multiarch>/libvelmora_{store,control,qt,c}.so.0.2
+#   headers, CMake package, .pc     include/velmora, lib/<multiarch>/{cmake/Velmora,pkgconfig}
+#   the tools and the sample        bin/velmora, bin/velmora-demo, share/velmora/sample
+#   manual pages, bash completion   share/man/man1, share/bash-completion/completions
+# A host then writes find_package(Velmora 0.2 REQUIRED COMPONENTS Control Qt), or C alone,
+# or asks pkg-config for velmora-store, velmora-control, velmora-qt or velmora-c.
 set(VELMORA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Velmora)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/velmora ${VELMORA_GENERATED_INCLUDE}/velmora
@@ -10,8 +12,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/velmora ${VELMORA_GENERATED_INCL
   COMPONENT development
   FILES_MATCHING PATTERN "*.h")
 
-# One export set per component, so that a host that asks for Store needs no Qt.
-set(VELMORA_COMPONENTS Store Control)
+# One export set per component, so that a host that asks for Store or C needs no Qt.
+set(VELMORA_COMPONENTS Store Control C)
 if(TARGET velmora_qt)
   list(APPEND VELMORA_COMPONENTS Qt)
 endif()
@@ -38,50 +40,80 @@ install(FILES ${PROJECT_BINARY_DIR}/VelmoraConfig.cmake ${PROJECT_BINARY_DIR}/Ve
   DESTINATION ${VELMORA_CMAKE_DIR}
   COMPONENT development)
 
+# pkg-config, one file per library, for hosts that do not use CMake. A static build
+# names the private dependencies for `pkg-config --static`.
+set(VELMORA_PC_store_REQUIRES "")
+set(VELMORA_PC_store_PRIVATE "sqlite3 libpq")
+set(VELMORA_PC_control_REQUIRES "velmora-store = ${PROJECT_VERSION}")
+set(VELMORA_PC_control_PRIVATE "")
+set(VELMORA_PC_qt_REQUIRES "velmora-control = ${PROJECT_VERSION}, Qt6Widgets")
+set(VELMORA_PC_qt_PRIVATE "")
+set(VELMORA_PC_c_REQUIRES "")
+set(VELMORA_PC_c_PRIVATE "")
+set(VELMORA_PC_store_SUMMARY "the record store of the Velmora planning control (C++20)")
+set(VELMORA_PC_control_SUMMARY "the Velmora planning control and its dialog (C++20)")
+set(VELMORA_PC_qt_SUMMARY "the Qt 6 widgets of the Velmora planning control (C++20)")
+set(VELMORA_PC_c_SUMMARY "the Velmora planning control behind a plain C interface")
+foreach(component IN LISTS VELMORA_COMPONENTS)
+  string(TOLOWER ${component} lower)
+  set(VELMORA_PC_NAME velmora-${lower})
+  set(VELMORA_PC_LIBRARY velmora_${lower})
+  set(VELMORA_PC_SUMMARY ${VELMORA_PC_${lower}_SUMMARY})
+  set(VELMORA_PC_REQUIRES ${VELMORA_PC_${lower}_REQUIRES})
+  set(VELMORA_PC_PRIVATE ${VELMORA_PC_${lower}_PRIVATE})
+  if(BUILD_SHARED_LIBS OR lower STREQUAL "c")
+    set(VELMORA_PC_PRIVATE "")
+  endif()
+  # The prefix is the one installed into, known only when installing.
+  set(VELMORA_PC_PREFIX "@CMAKE_INSTALL_PREFIX@")
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/velmora.pc.in
+    ${PROJECT_BINARY_DIR}/pkgconfig/velmora-${lower}.pc.in @ONLY)
+  install(CODE "configure_file(${PROJECT_BINARY_DIR}/pkgconfig/velmora-${lower}.pc.in
+    ${PROJECT_BINARY_DIR}/pkgconfig/velmora-${lower}.pc @ONLY)" COMPONENT development)
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/velmora-${lower}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT development)
+endforeach()
+
 install(TARGETS velmora RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 if(TARGET velmora-demo)
   install(TARGETS velmora-demo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
+# The sample's README is documentation, not data (the packages put it in /usr/share/doc).
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/data/sample/
   DESTINATION ${CMAKE_INSTALL_DATADIR}/velmora/sample
+  COMPONENT tools
+  PATTERN README.md EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/data/bash-completion/velmora
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   COMPONENT tools)
+include(${PROJECT_SOURCE_DIR}/cmake/manpages.cmake)
 
-# Debian packages, one per component: cpack -G DEB in a release build.
-set(CPACK_PACKAGE_NAME velmora)
-set(CPACK_PACKAGE_VENDOR "Velmora")
-set(CPACK_PACKAGE_CONTACT "Velmora developers <velmora@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Embeddable planning control for home-care planners")
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_COMPONENTS_ALL runtime development tools)
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION devel)
-# Dependencies on system libraries are read from the binaries (dpkg-shlibdeps); those
-# between our own packages are declared here, at this exact version.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
-set(velmora_runtime_package libvelmora${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${velmora_runtime_package})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-  "Velmora shared libraries: the record store, the planning control and its Qt widgets")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvelmora-dev)
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-  "Velmora development files: headers and the CMake package (find_package(Velmora))")
-# The CMake package finds Qt 6 for Velmora::Qt; a static build also needs what the
-# libraries link privately.
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${velmora_runtime_package} (= ${PROJECT_VERSION}), qt6-base-dev")
-if(NOT BUILD_SHARED_LIBS)
-  string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libsqlite3-dev, nlohmann-json3-dev")
-endif()
-set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME velmora)
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "Velmora tools: the velmora command line, velmora-demo and the sample account")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${velmora_runtime_package} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
-# The runtime package says which package provides its libraries (a shlibs file), and
-# dpkg-shlibdeps finds them, for velmora-demo, where CPack stages that package.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-  "${PROJECT_BINARY_DIR}/_CPack_Packages/${CMAKE_SYSTEM_NAME}/DEB/${CPACK_PACKAGE_NAME}-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}/runtime/usr/${CMAKE_INSTALL_LIBDIR}")
-include(CPack)
+# Installed under /usr, where the libraries are on the loader's path, the binaries carry
+# no RUNPATH (Debian's rule); anywhere else they find the libraries from where they are
+# ($ORIGIN, set in CMakeLists.txt). The choice is made when installing, so that one build
+# serves both the packages (dh_auto_install, prefix /usr) and a prefix install.
+set(velmora_rpath_files
+  "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:velmora>"
+  "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:velmora_c>")
+foreach(target IN ITEMS velmora_store velmora_control velmora_qt velmora-demo velmora_designer)
+  if(NOT TARGET ${target})
+    continue()
+  endif()
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    list(APPEND velmora_rpath_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:${target}>")
+  elseif(type STREQUAL "SHARED_LIBRARY")
+    list(APPEND velmora_rpath_files "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:${target}>")
+  elseif(type STREQUAL "MODULE_LIBRARY")
+    list(APPEND velmora_rpath_files "${QT6_INSTALL_PLUGINS}/designer/$<TARGET_FILE_NAME:${target}>")
+  endif()
+endforeach()
+install(CODE "
+  if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+    foreach(file IN ITEMS ${velmora_rpath_files})
+      if(EXISTS \"\$ENV{DESTDIR}/usr/\${file}\")
+        file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}/usr/\${file}\")
+      endif()
+    endforeach()
+  endif()")

@@ -1,8 +1,8 @@
 // velmora-demo: a small host of the control. With --screenshot it draws the window
 // offscreen after Init and writes it as a PNG, for machines without a display.
 #include <cstdio>
-#include <cstring>
 #include <string>
+#include <string_view>
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -20,10 +20,12 @@
 
 namespace {
 
-bool wantsScreenshot(int argc, char** argv) {
+// A screenshot, and the help, need no display: they are drawn or printed offscreen.
+bool needsNoDisplay(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--screenshot") == 0 ||
-        std::strncmp(argv[i], "--screenshot=", 13) == 0) {
+    const std::string_view word = argv[i];
+    if (word == "--screenshot" || word.starts_with("--screenshot=") || word == "--help" ||
+        word == "-h" || word == "-?" || word == "--help-all") {
       return true;
     }
   }
@@ -42,7 +44,7 @@ std::string defaultDatabase() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (wantsScreenshot(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+  if (needsNoDisplay(argc, argv) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
   }
   QApplication app(argc, argv);

@@ -63,6 +63,11 @@ CREATE TABLE dictionary (
 
 constexpr long long kSchemaVersion = 1;
 
+// Written in the file's header with the schema's version (user_version), so that `file`
+// and SQLite's tools can tell a Velmora store. Stores made before carry 0 in both and are
+// read all the same: checkSchema looks at the tables only.
+constexpr long long kApplicationId = 0x566C6D72;  // "Vlmr"
+
 }  // namespace
 
 Failure busyFailure(const std::string& path) {
@@ -153,6 +158,10 @@ void execute(sqlite3* db, const std::string& sql, const std::string& path) {
 
 void createSchema(sqlite3* db, const std::string& path) {
   execute(db, kSchema, path);
+  execute(db,
+          "PRAGMA application_id = " + std::to_string(kApplicationId) +
+              "; PRAGMA user_version = " + std::to_string(kSchemaVersion),
+          path);
 }
 
 namespace {
