@@ -1,0 +1,319 @@
+"""A desktop for one journey through velmora-demo: a private X server (Xvfb), the
+accessibility bus of at-spi2-core, the demo on a fresh sample account with Qt's xcb
+platform, a reader that walks it with pyatspi as a screen reader does, and keys sent to
+the real window with xdotool.
+
+Run a journey inside its own D-Bus session (dbus-run-session); the journey's tests/ui
+CMake entries do. Everything started here is stopped when the `with` block ends, whatever
+happened. Waits poll with a bound; nothing sleeps for a fixed time.
+"""
+
+import os
+import select
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+from gi.repository import GLib
+
+POLL = 0.05
+
+
+class JourneyFailure(AssertionError):
+    pass
+
+
+def check(condition, message):
+    if not condition:
+        raise JourneyFailure(message)
+
+
+def step(title, missing=None):
+    """Runs the decorated function at once as one step of a journey. `missing` names a
+    feature of the widget that is known not to be there yet: the step must then fail (it
+    is reported, and the journey goes on), and passing tells to drop the note."""
+
+    def run(body):
+        try:
+            body()
+        except (JourneyFailure, NotImplementedError, GLib.Error) as failure:
+            # An interface the object lacks, or a call the application refused, is a
+            # failure of the step too.
+            if isinstance(failure, NotImplementedError):
+                failure = "an object lacks the AT-SPI interface the step uses"
+            if not missing:
+                raise JourneyFailure(f"{title}: {failure}") from None
+            print(f"EXPECTED FAILURE: {title}: {failure}\n  missing: {missing}", flush=True)
+            return body
+        if missing:
+            raise JourneyFailure(f"{title}: passes now; drop the note « {missing} »")
+        print(f"ok: {title}", flush=True)
+        return body
+
+    return run
+
+
+def wait_for(what, probe, seconds=10.0, alive=None):
+    """Polls probe() until it gives a true value, and returns it; fails after `seconds`
+    naming `what` and the last error the probe raised, or at once if `alive` says the
+    demo is gone."""
+    end = time.monotonic() + seconds
+    last_error = None
+    while True:
+        if alive is not None:
+            alive()
+        try:
+            value = probe()
+            if value:
+                return value
+        except Exception as error:  # a remote object may vanish or not answer yet
+            last_error = error
+        if time.monotonic() > end:
+            detail = f" (last error: {last_error})" if last_error else ""
+            raise JourneyFailure(f"{what}: not seen within {seconds:g} s{detail}")
+        time.sleep(POLL)
+
+
+def _stop(process, seconds=5.0):
+    if process is None or process.poll() is not None:
+        return
+    try:
+        os.killpg(process.pid, signal.SIGTERM)
+    except ProcessLookupError:
+        return
+    try:
+        process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+
+
+class Desktop:
+    """with Desktop() as desk: desk.app is the demo's accessible application."""
+
+    def __init__(self, demo_args=()):
+        self.demo_path = os.environ["VELMORA_DEMO"]
+        self.cli_path = os.environ["VELMORA_CLI"]
+        self.demo_args = list(demo_args)
+        self.shots = os.environ.get("VELMORA_UI_SHOTS")
+        self._processes = []
+        self.demo = None
+        self.app = None
+
+    # -- starting and stopping ------------------------------------------------------
+
+    def __enter__(self):
+        check(
+            "DBUS_SESSION_BUS_ADDRESS" in os.environ,
+            "run the journey inside dbus-run-session: it needs a session bus of its own",
+        )
+        self._tmp = tempfile.TemporaryDirectory(prefix="velmora-ui-")
+        self.dir = self._tmp.name
+        try:
+            self._start()
+        except BaseException:
+            self.__exit__(None, None, None)
+            raise
+        return self
+
+    def __exit__(self, kind, value, traceback):
+        if kind is not None:
+            self.shot("failure")
+        sanitizer = self._stop_demo()
+        for process in reversed(self._processes):
+            _stop(process)
+        self._tmp.cleanup()
+        if kind is None and sanitizer:
+            raise JourneyFailure("velmora-demo reported a fault:\n" + sanitizer)
+        return False
+
+    def _spawn(self, argv, **kwargs):
+        process = subprocess.Popen(argv, start_new_session=True, env=self.env, **kwargs)
+        self._processes.append(process)
+        return process
+
+    def _start(self):
+        self.env = dict(os.environ)
+        runtime = os.path.join(self.dir, "run")
+        os.mkdir(runtime, 0o700)
+        self.env.update(
+            XDG_RUNTIME_DIR=runtime,
+            XDG_DATA_HOME=os.path.join(self.dir, "data"),
+            QT_QPA_PLATFORM="xcb",
+            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+            NO_AT_BRIDGE="0",
+        )
+        self._start_x()
+        self.env["DISPLAY"] = self.display
+        os.environ["DISPLAY"] = self.display  # pyatspi finds the bus through it too
+        launcher = shutil.which("at-spi-bus-launcher", path="/usr/libexec:/usr/lib/at-spi2-core")
+        check(launcher, "at-spi-bus-launcher is missing: scripts/setup installs at-spi2-core")
+        self._spawn([launcher, "--launch-immediately"], stdout=subprocess.DEVNULL)
+
+        self.store = os.path.join(self.dir, "sample.db")
+        subprocess.run(
+            [self.cli_path, "sample", "--db", self.store],
+            check=True,
+            stdout=subprocess.DEVNULL,
+            env=self.env,
+        )
+        self.demo_log = open(os.path.join(self.dir, "demo.log"), "w+")
+        self.demo = self._spawn(
+            [self.demo_path, "--db", self.store, *self.demo_args],
+            stdout=self.demo_log,
+            stderr=subprocess.STDOUT,
+        )
+        import pyatspi  # after DISPLAY and the bus are known
+
+        self.atspi = pyatspi
+        self.app = wait_for("velmora-demo on the accessibility bus", self._find_app, 20)
+
+    def _start_x(self):
+        # -displayfd: the server picks a free display number and writes it to us.
+        read_end, write_end = os.pipe()
+        self._spawn(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
+            pass_fds=(write_end,),
+            stderr=subprocess.DEVNULL,
+        )
+        os.close(write_end)
+        number = b""
+        end = time.monotonic() + 10
+        while not number.endswith(b"\n"):
+            ready, _, _ = select.select([read_end], [], [], max(0.0, end - time.monotonic()))
+            check(ready, "Xvfb did not start within 10 s")
+            chunk = os.read(read_end, 16)
+            check(chunk, "Xvfb stopped before giving its display number")
+            number += chunk
+        os.close(read_end)
+        self.display = ":" + number.decode().strip()
+
+    def _stop_demo(self):
+        """Stops the demo and returns what a sanitizer reported, if anything."""
+        if self.demo is None:
+            return ""
+        _stop(self.demo)
+        self.demo_log.seek(0)
+        log = self.demo_log.read()
+        self.demo_log.close()
+        faults = [
+            line
+            for line in log.splitlines()
+            if "Sanitizer" in line or "runtime error:" in line
+        ]
+        return "\n".join(faults)
+
+    def alive(self):
+        if self.demo.poll() is not None:
+            self.demo_log.seek(0)
+            raise JourneyFailure(
+                f"velmora-demo ended ({self.demo.returncode}):\n{self.demo_log.read()[-3000:]}"
+            )
+
+    def _find_app(self):
+        for app in self.atspi.Registry.getDesktop(0):
+            if app is not None and app.name == "velmora-demo":
+                return app
+        return None
+
+    def wait(self, what, probe, seconds=10.0):
+        return wait_for(what, probe, seconds, alive=self.alive)
+
+    # -- what a screen reader reads -------------------------------------------------
+
+    def find(self, what, predicate, root=None, seconds=10.0):
+        root = root or self.app
+        return self.wait(what, lambda: self.atspi.findDescendant(root, predicate), seconds)
+
+    def by_name(self, role, name, root=None, seconds=10.0):
+        return self.find(
+            f"« {name} » ({role.value_nick if hasattr(role, 'value_nick') else role})",
+            lambda o: o is not None and o.getRole() == role and o.name == name,
+            root,
+            seconds,
+        )
+
+    def states(self, accessible):
+        return set(accessible.getState().getStates())
+
+    def showing(self, accessible):
+        return self.atspi.STATE_SHOWING in self.states(accessible)
+
+    def labels(self, accessible):
+        """The names of the labels linked to an object (its buddies)."""
+        return [
+            relation.getTarget(i).name
+            for relation in accessible.getRelationSet()
+            if relation.getRelationType() == self.atspi.RELATION_LABELLED_BY
+            for i in range(relation.getNTargets())
+        ]
+
+    def text(self, accessible):
+        return accessible.queryText().getText(0, -1)
+
+    def children(self, accessible):
+        return [accessible.getChildAtIndex(i) for i in range(accessible.childCount)]
+
+    def row_names(self, accessible):
+        return [child.name for child in self.children(accessible)]
+
+    def row_of(self, accessible, words):
+        """The index of the first row whose name holds `words`."""
+        rows = self.row_names(accessible)
+        found = [i for i, row in enumerate(rows) if words in row]
+        check(found, f"no row « {words} » in « {accessible.name} »: {rows}")
+        return found[0]
+
+    def act(self, accessible, *names):
+        """Does the first of the named actions the object offers (as a screen reader's
+        command does) and fails if it offers none of them."""
+        action = accessible.queryAction()
+        offered = [action.getName(i) for i in range(action.nActions)]
+        for name in names:
+            if name in offered:
+                check(action.doAction(offered.index(name)), f"the action {name} was refused")
+                return
+        raise JourneyFailure(f"« {accessible.name} » offers {offered}, none of {list(names)}")
+
+    def focused(self):
+        """The object that holds the keyboard focus, searched from the application."""
+        return self.atspi.findDescendant(
+            self.app, lambda o: o is not None and self.atspi.STATE_FOCUSED in self.states(o)
+        )
+
+    # -- keys and pictures ----------------------------------------------------------
+
+    def focus_window(self, title):
+        window = self.wait(
+            f"the X window « {title} »",
+            lambda: subprocess.run(
+                ["xdotool", "search", "--onlyvisible", "--name", title],
+                env=self.env,
+                capture_output=True,
+                text=True,
+            ).stdout.split(),
+        )[0]
+        # No window manager runs: give the window the input focus ourselves.
+        subprocess.run(["xdotool", "windowfocus", "--sync", window], env=self.env, check=True)
+
+    def keys(self, *keys):
+        """Key presses to the window that has the X input focus, such as "Tab",
+        "Return", "shift+Tab", "alt+g"."""
+        subprocess.run(["xdotool", "key", "--delay", "40", *keys], env=self.env, check=True)
+
+    def type(self, text):
+        subprocess.run(["xdotool", "type", "--delay", "40", text], env=self.env, check=True)
+
+    def shot(self, name):
+        """The whole screen as an X window dump, when VELMORA_UI_SHOTS names a folder."""
+        if not self.shots or not getattr(self, "display", None) or not shutil.which("xwd"):
+            return
+        os.makedirs(self.shots, exist_ok=True)
+        subprocess.run(
+            ["xwd", "-root", "-silent", "-display", self.display, "-out",
+             os.path.join(self.shots, f"{name}.xwd")],
+            env=self.env,
+        )
+

@@ -1,0 +1,149 @@
+"""A planner with a screen reader at Mme Lefèvre's (client 00001, Monday 23/11/2026,
+08:30-10:00, the sample account): everything is read and operated through the
+accessibility bus, as Orca does; the only keys are those a planner types into a box.
+"""
+
+import re
+import sys
+
+from desktop import Desktop, check, step
+
+CODE_NAME = re.compile(r"\b[A-Z][A-Za-z]*_[A-Za-z]")
+
+
+def unnamed_or_code_named(desk, root):
+    """What a screen reader could not name in French: shown objects without a name or
+    with a code name (Txt_Barre1, MAJ_Enr), and lists kept out of sight (Lst_CodePos)
+    that are still in the tree."""
+    faults = []
+    pz = desk.atspi
+    quiet = {pz.ROLE_FILLER, pz.ROLE_PANEL, pz.ROLE_TABLE_CELL, pz.ROLE_SCROLL_BAR,
+             pz.ROLE_TABLE_COLUMN_HEADER, pz.ROLE_TABLE_ROW_HEADER, pz.ROLE_SEPARATOR}
+
+    def visit(node, path):
+        role = node.getRole()
+        here = f"{path}/{node.getRoleName()} « {node.name} »"
+        if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX) and not desk.showing(node):
+            faults.append(f"{here}: a list no one sees is in the tree")
+            return
+        if desk.showing(node) and role not in quiet and not node.name.strip():
+            faults.append(f"{here}: no name")
+        if CODE_NAME.search(node.name):
+            faults.append(f"{here}: a code name")
+        if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX, pz.ROLE_TABLE, pz.ROLE_COMBO_BOX):
+            return  # their rows are read on their own below
+        for child in desk.children(node):
+            if child is not None:
+                visit(child, here)
+
+    visit(root, "")
+    return faults
+
+
+def main():
+    with Desktop() as desk:
+        pz = desk.atspi
+        window = desk.find("the demo's window", lambda o: o.name == "Velmora — démonstration")
+        possibles = desk.by_name(pz.ROLE_LIST, "Possibles")
+        selection = desk.by_name(pz.ROLE_LIST, "Sélection")
+        total = desk.by_name(pz.ROLE_TEXT, "Total")
+        desk.wait("the 12 proposals of Monday", lambda: possibles.childCount == 12)
+        desk.shot("1-opened")
+
+        @step("the demo's own controls read in French, by what they are")
+        def _():
+            nature = desk.find("the kind box", lambda o: o.getRole() == pz.ROLE_COMBO_BOX)
+            # Qt names a combo box by its value on this desktop and links its label: Orca
+            # reads "Nature, liste déroulante, AUTRE".
+            check(desk.labels(nature)[:1] == ["Nature"] and nature.name == "AUTRE",
+                  f"the kind box reads {desk.labels(nature)} « {nature.name} »")
+            client = desk.by_name(pz.ROLE_TEXT, "Client")
+            check(desk.text(client) == "00001", f"the client box holds « {desk.text(client)} »")
+            desk.by_name(pz.ROLE_PUSH_BUTTON, "Garder la sélection")
+            desk.by_name(pz.ROLE_TABLE, "Sélection gardée")
+
+        @step("a row reads column by column with its heading and the whole task name")
+        def _():
+            heard = possibles.getChildAtIndex(9).name
+            for words in ("Type : Courses et repas",
+                          "Tâche : Accompagnement aux courses alimentaires",
+                          "Durée : 60 min", "facultative"):
+                check(words in heard, f"the tenth proposal reads « {heard} », without « {words} »")
+
+        @step("Repassage marked through the list's Selection, Aspirateur through its row's action")
+        def _():
+            check(possibles.querySelection().selectChild(3), "the list refused to mark Repassage")
+            desk.act(possibles.getChildAtIndex(5), "toggle", "Toggle", "select", "Select")
+            desk.wait("Repassage and Aspirateur reported marked",
+                      lambda: [i for i in range(12) if pz.STATE_SELECTED in
+                               desk.states(possibles.getChildAtIndex(i))] == [3, 5])
+            check(possibles.querySelection().nSelectedChildren == 2, "the list counts other marks")
+
+        @step("Sélectionner moves both into the chosen tasks: 2h10")
+        def _():
+            desk.act(desk.by_name(pz.ROLE_PUSH_BUTTON, "Sélectionner"), "Press", "press")
+            desk.wait("six chosen tasks", lambda: selection.childCount == 6)
+            chosen = desk.row_names(selection)
+            for task in ("Repassage", "Aspirateur"):
+                check(any(f"Tâche : {task}," in row for row in chosen), f"{task} not in {chosen}")
+            desk.wait("the total 2h10", lambda: desk.text(total) == "2h10")
+            desk.shot("2-selected")
+
+        # Repassage takes 25 minutes today: focus its row, Return opens the edit with the
+        # focus in the duration box, the planner types over the 40 and presses OK.
+        def ironing():
+            return desk.row_of(selection, "Tâche : Repassage,")
+
+        duration = desk.by_name(pz.ROLE_TEXT, "Durée")
+
+        @step("Return on the focused Repassage row opens its edit, in the duration box")
+        def _():
+            row = selection.getChildAtIndex(ironing())
+            check(row.queryComponent().grabFocus(), "the Repassage row refused the focus")
+            desk.wait("the focus on the Repassage row", lambda: pz.STATE_FOCUSED in desk.states(row))
+            desk.focus_window("Velmora — démonstration")
+            desk.keys("Return")
+            desk.wait("the focus in the duration box",
+                      lambda: pz.STATE_FOCUSED in desk.states(duration))
+            check(desk.text(duration) == "40", f"the duration box holds « {desk.text(duration)} »")
+
+        @step("25 typed over the 40, OK: Repassage at 25 min, 1h55, the focus back")
+        def _():
+            desk.type("25")
+            desk.wait("25 in the duration box", lambda: desk.text(duration) == "25")
+            desk.shot("3-editing")
+            desk.act(desk.by_name(pz.ROLE_PUSH_BUTTON, "OK"), "Press", "press")
+            desk.wait("Repassage at 25 minutes",
+                      lambda: "Durée : 25 min" in selection.getChildAtIndex(ironing()).name)
+            desk.wait("the total 1h55", lambda: desk.text(total) == "1h55")
+            desk.wait("the focus back in the chosen tasks",
+                      lambda: desk.focused() in [selection, *desk.children(selection)])
+            warning = desk.by_name(pz.ROLE_LABEL, "Au moins une tâche impérative")
+            check(desk.showing(warning), "the mandatory-task warning is not shown")
+
+        @step("the host keeps the selection and its table reads it back")
+        def _():
+            desk.act(desk.by_name(pz.ROLE_PUSH_BUTTON, "Garder la sélection"), "Press", "press")
+            record = desk.by_name(pz.ROLE_TABLE, "Sélection gardée")
+            desk.wait("six kept rows", lambda: record.queryTable().nRows == 6)
+            table = record.queryTable()
+            kept = {table.getAccessibleAt(r, 0).name: table.getAccessibleAt(r, 1).name
+                    for r in range(6)}
+            check(kept.get("Repassage") == "25" and kept.get("Aspirateur") == "20",
+                  f"the host kept {kept}")
+            host_total = desk.find("the host's total",
+                                   lambda o: o.name.startswith("Total pour l'hôte"))
+            check(host_total.name == "Total pour l'hôte : 115 min",
+                  f"the host reads « {host_total.name} »")
+            desk.shot("4-kept")
+
+        @step("every shown object has a French name; the hidden code lists are not there")
+        def _():
+            faults = unnamed_or_code_named(desk, window)
+            check(not faults, "a screen reader cannot name:\n  " + "\n  ".join(faults))
+
+    print("screen reader journey: passed")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
