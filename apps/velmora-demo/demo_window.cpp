@@ -150,7 +150,7 @@ QWidget* DemoWindow::makeHostPanel() {
       {QStringLiteral("Code"), QStringLiteral("Durée"), QStringLiteral("Observation")});
   record_->horizontalHeader()->setStretchLastSection(true);
   record_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  record_->setMinimumWidth(260);
+  record_->setMinimumWidth(320);
   layout->addWidget(record_);
   status_ = makeChild<QLabel>(box);
   status_->setWordWrap(true);

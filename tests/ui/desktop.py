@@ -13,6 +13,7 @@ import select
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -53,6 +54,16 @@ def step(title, missing=None):
         return body
 
     return run
+
+
+def run(journey):
+    """Runs a journey and gives its exit status: a failure is told in one paragraph."""
+    try:
+        journey()
+    except JourneyFailure as failure:
+        print(f"FAILED: {failure}", file=sys.stderr)
+        return 1
+    return 0
 
 
 def wait_for(what, probe, seconds=10.0, alive=None):

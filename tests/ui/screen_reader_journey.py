@@ -6,7 +6,7 @@ accessibility bus, as Orca does; the only keys are those a planner types into a 
 import re
 import sys
 
-from desktop import Desktop, check, step
+from desktop import Desktop, check, run, step
 
 CODE_NAME = re.compile(r"\b[A-Z][A-Za-z]*_[A-Za-z]")
 
@@ -146,4 +146,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(run(main))
