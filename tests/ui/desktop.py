@@ -8,6 +8,7 @@ CMake entries do. Everything started here is stopped when the `with` block ends,
 happened. Waits poll with a bound; nothing sleeps for a fixed time.
 """
 
+import json
 import os
 import select
 import shutil
@@ -20,6 +21,9 @@ import time
 from gi.repository import GLib
 
 POLL = 0.05
+TITLE = "Velmora — démonstration"
+# The intervention the demo opens by default, as a `velmora play` line.
+INIT = "init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"
 
 
 class JourneyFailure(AssertionError):
@@ -293,6 +297,22 @@ class Desktop:
         return self.atspi.findDescendant(
             self.app, lambda o: o is not None and self.atspi.STATE_FOCUSED in self.states(o)
         )
+
+    def play(self, gestures):
+        """The state the headless control reaches with the same gestures on the same
+        sample account (the demo never wrote to it), from `velmora play --json`."""
+        script = "\n".join(gestures) + "\n"
+        path = os.path.join(self.dir, "gestures.play")
+        with open(path, "w") as out:
+            out.write(script)
+        answer = subprocess.run(
+            [self.cli_path, "play", "--db", self.store, path, "--json"],
+            capture_output=True, text=True, env=self.env, timeout=30,
+        )
+        check(answer.returncode == 0, f"velmora play failed on:\n{script}{answer.stderr}")
+        played = json.loads(answer.stdout)
+        check(not played["messages"], f"velmora play reported {played['messages']} on:\n{script}")
+        return played["shows"][-1]["state"]
 
     # -- keys and pictures ----------------------------------------------------------
 

@@ -4,13 +4,9 @@ the planner's eyes do. The host then keeps the selection, and what its table sho
 be what `velmora play` gives for the same gestures on the same sample account.
 """
 
-import json
-import subprocess
 import sys
 
-from desktop import Desktop, check, run, step
-
-TITLE = "Velmora — démonstration"
+from desktop import INIT, TITLE, Desktop, check, run, step
 
 
 def main():
@@ -20,7 +16,7 @@ def main():
         selection = desk.by_name(pz.ROLE_LIST, "Sélection")
         desk.wait("the 12 proposals of Monday", lambda: possibles.childCount == 12)
         desk.focus_window(TITLE)
-        gestures = ["init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"]
+        gestures = [INIT]
 
         def holds_focus(accessible):
             return pz.STATE_FOCUSED in desk.states(accessible) or any(
@@ -53,6 +49,7 @@ def main():
             desk.keys("Return")
             gestures.append("press select")
             desk.wait("six chosen tasks", lambda: selection.childCount == 6)
+            check(holds_focus(possibles), "the focus left the proposals after Sélectionner")
             desk.shot("k1-selected")
 
         duration = desk.by_name(pz.ROLE_TEXT, "Durée")
@@ -115,7 +112,7 @@ def main():
             table = record.queryTable()
             shown = [[table.getAccessibleAt(r, c).name for c in range(3)]
                      for r in range(table.nRows)]
-            headless = play(desk, gestures)
+            headless = desk.play(gestures)
             check(shown == headless["W_Enr"],
                   f"the demo kept {shown}\nheadless, the same gestures keep {headless['W_Enr']}")
             total = desk.by_name(pz.ROLE_TEXT, "Total")
@@ -127,23 +124,6 @@ def main():
                   f"the host reads « {host_total.name} », headless {headless['W_Total']}")
 
     print("keys journey: passed")
-
-
-def play(desk, gestures):
-    """The state the headless control reaches with the same gestures on a fresh copy of
-    the same sample account, from `velmora play --json`."""
-    script = "\n".join(gestures) + "\n"
-    path = desk.dir + "/keys.play"
-    with open(path, "w") as out:
-        out.write(script)
-    answer = subprocess.run(
-        [desk.cli_path, "play", "--db", desk.store, path, "--json"],
-        capture_output=True, text=True, env=desk.env, timeout=30,
-    )
-    check(answer.returncode == 0, f"velmora play failed on:\n{script}{answer.stderr}")
-    played = json.loads(answer.stdout)
-    check(not played["messages"], f"velmora play reported {played['messages']} on:\n{script}")
-    return played["shows"][-1]["state"]
 
 
 if __name__ == "__main__":

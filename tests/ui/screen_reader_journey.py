@@ -6,7 +6,7 @@ accessibility bus, as Orca does; the only keys are those a planner types into a 
 import re
 import sys
 
-from desktop import Desktop, check, run, step
+from desktop import INIT, TITLE, Desktop, check, run, step
 
 CODE_NAME = re.compile(r"\b[A-Z][A-Za-z]*_[A-Za-z]")
 
@@ -43,7 +43,7 @@ def unnamed_or_code_named(desk, root):
 def main():
     with Desktop() as desk:
         pz = desk.atspi
-        window = desk.find("the demo's window", lambda o: o.name == "Velmora — démonstration")
+        window = desk.find("the demo's window", lambda o: o.name == TITLE)
         possibles = desk.by_name(pz.ROLE_LIST, "Possibles")
         selection = desk.by_name(pz.ROLE_LIST, "Sélection")
         total = desk.by_name(pz.ROLE_TEXT, "Total")
@@ -61,6 +61,26 @@ def main():
             check(desk.text(client) == "00001", f"the client box holds « {desk.text(client)} »")
             desk.by_name(pz.ROLE_PUSH_BUTTON, "Garder la sélection")
             desk.by_name(pz.ROLE_TABLE, "Sélection gardée")
+
+        @step("states read as they are: nothing ticked, the edit's buttons unavailable")
+        def _():
+            show_all = desk.by_name(pz.ROLE_CHECK_BOX, "Afficher toutes les tâches")
+            check(pz.STATE_CHECKED not in desk.states(show_all), "the show-all box reads ticked")
+            for name in ("OK", "Annuler", "Supprimer"):
+                button = desk.by_name(pz.ROLE_PUSH_BUTTON, name)
+                check(pz.STATE_ENABLED not in desk.states(button), f"{name} reads available")
+
+        @step("ticking « Afficher toutes les tâches » through the bus reaches the control")
+        def _():
+            every_task = len(desk.play([INIT, "tick all", "show"])["Lst_Possible"])
+            show_all = desk.by_name(pz.ROLE_CHECK_BOX, "Afficher toutes les tâches")
+            desk.act(show_all, "Toggle", "Press")
+            desk.wait(f"the {every_task} tasks of the catalogue",
+                      lambda: possibles.childCount == every_task)
+            check(pz.STATE_CHECKED in desk.states(show_all), "the show-all box reads unticked")
+            desk.act(show_all, "Toggle", "Press")
+            desk.wait("the 12 proposals again", lambda: possibles.childCount == 12)
+            check(pz.STATE_CHECKED not in desk.states(show_all), "the show-all box reads ticked")
 
         @step("a row reads column by column with its heading and the whole task name")
         def _():
@@ -101,7 +121,7 @@ def main():
             row = selection.getChildAtIndex(ironing())
             check(row.queryComponent().grabFocus(), "the Repassage row refused the focus")
             desk.wait("the focus on the Repassage row", lambda: pz.STATE_FOCUSED in desk.states(row))
-            desk.focus_window("Velmora — démonstration")
+            desk.focus_window(TITLE)
             desk.keys("Return")
             desk.wait("the focus in the duration box",
                       lambda: pz.STATE_FOCUSED in desk.states(duration))
