@@ -21,6 +21,7 @@ import time
 from gi.repository import GLib
 
 POLL = 0.05
+JOURNEY_SECONDS = 90  # a whole journey, from Xvfb's start to the last step
 TITLE = "Velmora — démonstration"
 # The intervention the demo opens by default, as a `velmora play` line.
 INIT = "init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"
@@ -28,6 +29,10 @@ INIT = "init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"
 
 class JourneyFailure(AssertionError):
     pass
+
+
+class JourneyStopped(JourneyFailure):
+    """Out of time or stopped from outside: no step may take it as its expected failure."""
 
 
 def check(condition, message):
@@ -40,12 +45,14 @@ def step(title, missing=None):
     feature of the widget that is known not to be there yet: the step must then fail (it
     is reported, and the journey goes on), and passing tells to drop the note."""
 
-    def run(body):
+    def do(body):
         try:
             body()
         except (JourneyFailure, NotImplementedError, GLib.Error) as failure:
             # An interface the object lacks, or a call the application refused, is a
             # failure of the step too.
+            if isinstance(failure, JourneyStopped):
+                raise
             if isinstance(failure, NotImplementedError):
                 failure = "an object lacks the AT-SPI interface the step uses"
             if not missing:
@@ -57,7 +64,7 @@ def step(title, missing=None):
         print(f"ok: {title}", flush=True)
         return body
 
-    return run
+    return do
 
 
 def run(journey):
@@ -124,6 +131,13 @@ class Desktop:
             "DBUS_SESSION_BUS_ADDRESS" in os.environ,
             "run the journey inside dbus-run-session: it needs a session bus of its own",
         )
+        # Past its time, or stopped by ctest, a journey still stops what it started.
+        def give_up(number, _frame):
+            raise JourneyStopped(f"the journey was stopped ({signal.Signals(number).name})")
+
+        signal.signal(signal.SIGALRM, give_up)
+        signal.signal(signal.SIGTERM, give_up)
+        signal.alarm(JOURNEY_SECONDS)
         self._tmp = tempfile.TemporaryDirectory(prefix="velmora-ui-")
         self.dir = self._tmp.name
         try:
@@ -134,6 +148,7 @@ class Desktop:
         return self
 
     def __exit__(self, kind, value, traceback):
+        signal.alarm(0)
         if kind is not None:
             self.shot("failure")
         sanitizer = self._stop_demo()
