@@ -21,7 +21,7 @@ import time
 from gi.repository import GLib
 
 POLL = 0.05
-JOURNEY_SECONDS = 90  # a whole journey, from Xvfb's start to the last step
+JOURNEY_SECONDS = 100  # a whole journey, from Xvfb's start to the last step
 TITLE = "Velmora — démonstration"
 # The intervention the demo opens by default, as a `velmora play` line.
 INIT = "init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"
@@ -86,6 +86,11 @@ def wait_for(what, probe, seconds=10.0, alive=None):
     while True:
         if alive is not None:
             alive()
+        # libatspi learns of new applications and changes through the bus's signals,
+        # which arrive in GLib's main loop: let them in before asking.
+        context = GLib.MainContext.default()
+        while context.pending():
+            context.iteration(False)
         try:
             value = probe()
             if value:
@@ -198,7 +203,7 @@ class Desktop:
         import pyatspi  # after DISPLAY and the bus are known
 
         self.atspi = pyatspi
-        self.app = wait_for("velmora-demo on the accessibility bus", self._find_app, 20)
+        self.app = wait_for("velmora-demo on the accessibility bus", self._find_app, 40, self.alive)
 
     def _start_x(self):
         # -displayfd: the server picks a free display number and writes it to us.

@@ -66,6 +66,10 @@ def main():
         def _():
             show_all = desk.by_name(pz.ROLE_CHECK_BOX, "Afficher toutes les tâches")
             check(pz.STATE_CHECKED not in desk.states(show_all), "the show-all box reads ticked")
+            # Qt 6.4 says it of each row, not of the list.
+            check({pz.STATE_SELECTABLE, pz.STATE_MULTISELECTABLE}
+                  <= desk.states(possibles.getChildAtIndex(0)),
+                  "the proposals do not read as rows to mark")
             for name in ("OK", "Annuler", "Supprimer"):
                 button = desk.by_name(pz.ROLE_PUSH_BUTTON, name)
                 check(pz.STATE_ENABLED not in desk.states(button), f"{name} reads available")
