@@ -3,12 +3,14 @@
 #include <map>
 #include <vector>
 
+#include <QAccessible>
 #include <QMetaMethod>
 
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/qt_services.h>
 #include <velmora/qt/twips.h>
+#include "qt/accessibility.h"
 #include "qt/control_views.h"
 
 namespace velmora::qt {
@@ -25,14 +27,21 @@ void substituteSurfaceFaces() {
   (void)done;
 }
 
-// Controls without a caption get a name for assistive technology.
-QString accessibleNameOf(const Ctr_VelmoraNew& c, const toolkit::Control& child) {
-  if (&child == &c.Lst_Possible) return QStringLiteral("Possibles");
-  if (&child == &c.Lst_Selectionne) return QStringLiteral("Sélection");
-  if (&child == &c.Cmd_Select) return QStringLiteral("Sélectionner");
-  if (&child == &c.Txt_DureeSoin) return QStringLiteral("Durée");
-  if (&child == &c.Txt_Duree) return QStringLiteral("Total");
-  return {};
+// A row of either list read under the captions of its three column headings.
+QString readListRow(const Ctr_VelmoraNew& c, const toolkit::ListBox& list, int row) {
+  const bool selection = &list == &c.Lst_Selectionne;
+  const std::array<const toolkit::Label*, 3> headings =
+      selection ? std::array{&c.Etq_Sel1, &c.Etq_Sel2, &c.Etq_Sel3}
+                : std::array{&c.Etq_Pos1, &c.Etq_Pos2, &c.Etq_Pos3};
+  return readRow(list.List(row),
+                 {toQString(headings[0]->Caption()), toQString(headings[1]->Caption()),
+                  toQString(headings[2]->Caption())},
+                 list.wholeColumns(row), selection);
+}
+
+void announce(QWidget* view, QAccessible::Event event) {
+  QAccessibleEvent announcement(view, event);
+  QAccessible::updateAccessibility(&announcement);
 }
 
 void setUpSurface(QWidget& widget) {
@@ -62,6 +71,8 @@ class VelmoraWidget::Private {
   // Notes a change of the control; the signals follow once the burst is over.
   void changed(bool selection);
   void settle();
+  // The duration box under edit says whose duration it holds.
+  void describeEdit(const Ctr_VelmoraNew& c);
 
   VelmoraWidget& q;
   std::unique_ptr<Ctr_VelmoraNew> owned;
@@ -88,9 +99,6 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
     const bool inFrame = c.liesInFrame(*child);
     QWidget* view = createView(*child, inFrame ? frame : &q);
     views[child] = view;
-    if (const QString name = accessibleNameOf(c, *child); !name.isEmpty()) {
-      view->setAccessibleName(name);
-    }
     const int order = inFrame ? c.Cdr_Soins.tabIndex() * kInFrame + 1 + child->tabIndex()
                               : child->tabIndex() * kInFrame;
     tabOrder.emplace_back(order, view);
@@ -100,13 +108,32 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
     if (child->kind() == toolkit::Kind::Label) view->lower();
   }
   applyTabOrder(tabOrder);
+  nameForAssistiveTechnology(q);
+  for (const toolkit::ListBox* list : {&c.Lst_Possible, &c.Lst_Selectionne}) {
+    q.listView(*list)->listModel().setReader(
+        [&c, list](int row) { return readListRow(c, *list, row); });
+  }
 
   c.setServices(services);
   c.setFailureHandler([this](const Failure& failure) { q.reportFailure(failure); });
   // The total follows Txt_Duree, the selection its two parallel lists.
+  // What a sighted planner sees change is announced: the total's new value, the warning
+  // appearing, and which row the duration under edit belongs to.
   subscriptions = {
-      c.Txt_Duree.subscribe([this](toolkit::Change, int) { changed(false); }),
-      c.Etq_Imperativite.subscribe([this](toolkit::Change, int) { changed(false); }),
+      c.Txt_Duree.subscribe([this, &c](toolkit::Change change, int) {
+        changed(false);
+        if (change != toolkit::Change::Text) return;
+        QAccessibleValueChangeEvent event(views[&c.Txt_Duree], toQString(c.Txt_Duree.getText()));
+        QAccessible::updateAccessibility(&event);
+      }),
+      c.Etq_Imperativite.subscribe([this, &c](toolkit::Change change, int) {
+        changed(false);
+        if (change == toolkit::Change::Visible && c.Etq_Imperativite.Visible()) {
+          announce(views[&c.Etq_Imperativite], QAccessible::Alert);
+        }
+      }),
+      c.Cmd_OKVelmora.subscribe([this, &c](toolkit::Change, int) { describeEdit(c); },
+                                toolkit::maskOf(toolkit::Change::Enabled)),
       c.Lst_Selectionne.subscribe([this](toolkit::Change change, int) {
         changed(change != toolkit::Change::ListIndex && change != toolkit::Change::Enabled &&
                 change != toolkit::Change::Visible && change != toolkit::Change::RowSelected);
@@ -114,6 +141,17 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
   };
   lastTotal = c.W_Total.toDouble();
   lastMandatory = c.Etq_Imperativite.Visible();
+}
+
+void VelmoraWidget::Private::describeEdit(const Ctr_VelmoraNew& c) {
+  QWidget* box = views[&c.Txt_DureeSoin];
+  QString description;
+  if (c.Cmd_OKVelmora.Enabled()) {
+    const int row = c.Lst_Selectionne.ListIndex();
+    description = QStringLiteral("Durée en minutes de la ligne modifiée : ") +
+                  readListRow(c, c.Lst_Selectionne, row);
+  }
+  if (description != box->accessibleDescription()) box->setAccessibleDescription(description);
 }
 
 void VelmoraWidget::Private::release() {
