@@ -258,6 +258,19 @@ class Desktop:
 
     # -- what a screen reader reads -------------------------------------------------
 
+    def wait_reads(self, what, read, expected, seconds=10.0):
+        """Waits until read() gives `expected`; a failure tells what it read last."""
+        last = []
+
+        def probe():
+            last[:] = [read()]
+            return last[0] == expected
+
+        try:
+            self.wait(what, probe, seconds)
+        except JourneyFailure as failure:
+            raise JourneyFailure(f"{failure}; it reads « {last[0] if last else '?'} »") from None
+
     def find(self, what, predicate, root=None, seconds=10.0):
         root = root or self.app
         return self.wait(what, lambda: self.atspi.findDescendant(root, predicate), seconds)
@@ -333,6 +346,25 @@ class Desktop:
         played = json.loads(answer.stdout)
         check(not played["messages"], f"velmora play reported {played['messages']} on:\n{script}")
         return played["shows"][-1]["state"]
+
+    def holds_focus(self, accessible):
+        """Whether the object or one of its rows has the keyboard focus."""
+        focused = self.atspi.STATE_FOCUSED
+        return focused in self.states(accessible) or any(
+            focused in self.states(row) for row in self.children(accessible)
+        )
+
+    def tab_to(self, what, accessible, presses=40):
+        """Tab until the object (or one of its rows) has the focus, as a planner tabs
+        until the focus is drawn where they want it."""
+        for _ in range(presses):
+            if self.holds_focus(accessible):
+                return
+            before = self.focused()
+            self.keys("Tab")
+            self.wait(f"the focus to move from « {before.name if before else '?'} »",
+                      lambda: self.focused() != before or self.holds_focus(accessible), 3)
+        check(self.holds_focus(accessible), f"{presses} Tab presses never reached {what}")
 
     # -- keys and pictures ----------------------------------------------------------
 

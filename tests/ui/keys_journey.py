@@ -18,23 +18,6 @@ def main():
         desk.focus_window(TITLE)
         gestures = [INIT]
 
-        def holds_focus(accessible):
-            return pz.STATE_FOCUSED in desk.states(accessible) or any(
-                pz.STATE_FOCUSED in desk.states(row) for row in desk.children(accessible)
-            )
-
-        def tab_to(what, accessible, presses=40):
-            """Tab until `accessible` (or one of its rows) has the focus, as a planner
-            tabs until the focus is drawn where they want it."""
-            for _ in range(presses):
-                if holds_focus(accessible):
-                    return
-                before = desk.focused()
-                desk.keys("Tab")
-                desk.wait(f"the focus to move from « {before.name if before else '?'} »",
-                          lambda: desk.focused() != before or holds_focus(accessible), 3)
-            check(holds_focus(accessible), f"{presses} Tab presses never reached {what}")
-
         def go_to_row(accessible, words):
             """Home, then Down to the row: the caret follows the keys."""
             index = desk.row_of(accessible, words)
@@ -43,20 +26,20 @@ def main():
 
         @step("Space marks Repassage and Aspirateur, Return selects them")
         def _():
-            tab_to("the proposals", possibles)
+            desk.tab_to("the proposals", possibles)
             desk.keys("Home", "Down", "Down", "Down", "space", "Down", "Down", "space")
             gestures.extend(["mark possible 3", "mark possible 5"])
             desk.keys("Return")
             gestures.append("press select")
             desk.wait("six chosen tasks", lambda: selection.childCount == 6)
-            check(holds_focus(possibles), "the focus left the proposals after Sélectionner")
+            check(desk.holds_focus(possibles), "the focus left the proposals after Sélectionner")
             desk.shot("k1-selected")
 
         duration = desk.by_name(pz.ROLE_TEXT, "Durée")
 
         @step("Return on Repassage opens its edit; 25 typed over the 40; Return is OK")
         def _():
-            tab_to("the chosen tasks", selection)
+            desk.tab_to("the chosen tasks", selection)
             row = go_to_row(selection, "Repassage")
             gestures.append(f"click selected {row}")
             desk.keys("Return")
@@ -64,7 +47,7 @@ def main():
             desk.wait("the focus in the duration box",
                       lambda: pz.STATE_FOCUSED in desk.states(duration))
             desk.type("25")
-            desk.wait("25 in the duration box", lambda: desk.text(duration) == "25")
+            desk.wait_reads("the duration box", lambda: desk.text(duration), "25")
             desk.keys("Return")
             gestures.extend(["clear duration", "type duration 25", "press ok"])
             desk.wait("the edit closed", lambda: pz.STATE_ENABLED not in desk.states(duration))
@@ -72,23 +55,23 @@ def main():
 
         @step("Delete removes Réfection du lit once the question is answered Oui")
         def _():
-            tab_to("the chosen tasks", selection)
+            desk.tab_to("the chosen tasks", selection)
             row = go_to_row(selection, "Réfection du lit")
             gestures.append(f"click selected {row}")
             desk.keys("Delete")
             question = desk.find("the question box", lambda o: o.getRole() == pz.ROLE_DIALOG)
             yes = desk.by_name(pz.ROLE_PUSH_BUTTON, "Oui", question)
-            tab_to("Oui", yes, 5)
+            desk.tab_to("Oui", yes, 5)
             desk.keys("space")
             gestures.extend(["answer yes", "press remove"])
             desk.wait("five chosen tasks", lambda: selection.childCount == 5)
 
         @step("an observation for Aspirateur through the dialog, by keys")
         def _():
-            tab_to("the chosen tasks", selection)
+            desk.tab_to("the chosen tasks", selection)
             row = go_to_row(selection, "Aspirateur")
             gestures.append(f"click selected {row}")
-            tab_to("Obs.", desk.by_name(pz.ROLE_PUSH_BUTTON, "Obs."))
+            desk.tab_to("Obs.", desk.by_name(pz.ROLE_PUSH_BUTTON, "Obs."))
             desk.keys("space")
             dialog = desk.find("the observations dialog", lambda o: o.getRole() == pz.ROLE_DIALOG)
             box = desk.find("its text box", lambda o: o.getRole() == pz.ROLE_TEXT, dialog)
@@ -96,11 +79,11 @@ def main():
             desk.type("Sonner deux fois")
             ok = desk.find("its OK", lambda o: o.getRole() == pz.ROLE_PUSH_BUTTON
                            and o.name in ("OK", "Ok"), dialog)
-            tab_to("the dialog's OK", ok, 10)
+            desk.tab_to("the dialog's OK", ok, 10)
             desk.keys("space")
             gestures.extend(['observation "Sonner deux fois" ok', "press obs"])
             desk.wait("the dialog closed", lambda: not desk.showing(dialog))
-            desk.wait("the focus back in the chosen tasks", lambda: holds_focus(selection))
+            desk.wait("the focus back in the chosen tasks", lambda: desk.holds_focus(selection))
 
         @step("the host keeps it (Alt+G): the same record and total as the headless control")
         def _():
