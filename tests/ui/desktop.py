@@ -10,6 +10,7 @@ happened. Waits poll with a bound; nothing sleeps for a fixed time.
 
 import json
 import os
+import re
 import select
 import shutil
 import signal
@@ -22,6 +23,7 @@ from gi.repository import GLib
 
 POLL = 0.05
 JOURNEY_SECONDS = 100  # a whole journey, from Xvfb's start to the last step
+CODE_NAME = re.compile(r"\b[A-Z][A-Za-z]*_[A-Za-z]")  # Txt_Barre1, MAJ_Enr
 TITLE = "Velmora — démonstration"
 # The intervention the demo opens by default, as a `velmora play` line.
 INIT = "init AUTRE 00001 23/11/2026 23/11/2026 08:30 10:00 1000000"
@@ -185,7 +187,8 @@ class Desktop:
         os.environ["DISPLAY"] = self.display  # pyatspi finds the bus through it too
         launcher = shutil.which("at-spi-bus-launcher", path="/usr/libexec:/usr/lib/at-spi2-core")
         check(launcher, "at-spi-bus-launcher is missing: scripts/setup installs at-spi2-core")
-        self._spawn([launcher, "--launch-immediately"], stdout=subprocess.DEVNULL)
+        self._spawn([launcher, "--launch-immediately"], stdout=subprocess.DEVNULL,
+                    stderr=subprocess.DEVNULL)
 
         self.store = os.path.join(self.dir, "sample.db")
         subprocess.run(
@@ -346,6 +349,34 @@ class Desktop:
         played = json.loads(answer.stdout)
         check(not played["messages"], f"velmora play reported {played['messages']} on:\n{script}")
         return played["shows"][-1]["state"]
+
+    def unnamed_or_code_named(self, root):
+        """What a screen reader could not name in French: shown objects without a name or
+        with a code name (Txt_Barre1, MAJ_Enr), and lists kept out of sight (Lst_CodePos)
+        that are still in the tree."""
+        faults = []
+        pz = self.atspi
+        quiet = {pz.ROLE_FILLER, pz.ROLE_PANEL, pz.ROLE_TABLE_CELL, pz.ROLE_SCROLL_BAR,
+                 pz.ROLE_TABLE_COLUMN_HEADER, pz.ROLE_TABLE_ROW_HEADER, pz.ROLE_SEPARATOR}
+
+        def visit(node, path):
+            role = node.getRole()
+            here = f"{path}/{node.getRoleName()} « {node.name} »"
+            if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX) and not self.showing(node):
+                faults.append(f"{here}: a list no one sees is in the tree")
+                return
+            if self.showing(node) and role not in quiet and not node.name.strip():
+                faults.append(f"{here}: no name")
+            if CODE_NAME.search(node.name):
+                faults.append(f"{here}: a code name")
+            if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX, pz.ROLE_TABLE, pz.ROLE_COMBO_BOX):
+                return  # their rows are data, which the journeys read themselves
+            for child in self.children(node):
+                if child is not None:
+                    visit(child, here)
+
+        visit(root, "")
+        return faults
 
     def holds_focus(self, accessible):
         """Whether the object or one of its rows has the keyboard focus."""

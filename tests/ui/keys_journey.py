@@ -77,8 +77,9 @@ def main():
             box = desk.find("its text box", lambda o: o.getRole() == pz.ROLE_TEXT, dialog)
             desk.wait("the focus in the observation", lambda: pz.STATE_FOCUSED in desk.states(box))
             desk.type("Sonner deux fois")
-            ok = desk.find("its OK", lambda o: o.getRole() == pz.ROLE_PUSH_BUTTON
-                           and o.name in ("OK", "Ok"), dialog)
+            faults = desk.unnamed_or_code_named(dialog)
+            check(not faults, "a screen reader cannot name:\n  " + "\n  ".join(faults))
+            ok = desk.by_name(pz.ROLE_PUSH_BUTTON, "OK", dialog)
             desk.tab_to("the dialog's OK", ok, 10)
             desk.keys("space")
             gestures.extend(['observation "Sonner deux fois" ok', "press obs"])

@@ -3,41 +3,10 @@
 accessibility bus, as Orca does; the only keys are those a planner types into a box.
 """
 
-import re
 import sys
 
 from desktop import INIT, TITLE, Desktop, check, run, step
 
-CODE_NAME = re.compile(r"\b[A-Z][A-Za-z]*_[A-Za-z]")
-
-
-def unnamed_or_code_named(desk, root):
-    """What a screen reader could not name in French: shown objects without a name or
-    with a code name (Txt_Barre1, MAJ_Enr), and lists kept out of sight (Lst_CodePos)
-    that are still in the tree."""
-    faults = []
-    pz = desk.atspi
-    quiet = {pz.ROLE_FILLER, pz.ROLE_PANEL, pz.ROLE_TABLE_CELL, pz.ROLE_SCROLL_BAR,
-             pz.ROLE_TABLE_COLUMN_HEADER, pz.ROLE_TABLE_ROW_HEADER, pz.ROLE_SEPARATOR}
-
-    def visit(node, path):
-        role = node.getRole()
-        here = f"{path}/{node.getRoleName()} « {node.name} »"
-        if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX) and not desk.showing(node):
-            faults.append(f"{here}: a list no one sees is in the tree")
-            return
-        if desk.showing(node) and role not in quiet and not node.name.strip():
-            faults.append(f"{here}: no name")
-        if CODE_NAME.search(node.name):
-            faults.append(f"{here}: a code name")
-        if role in (pz.ROLE_LIST, pz.ROLE_LIST_BOX, pz.ROLE_TABLE, pz.ROLE_COMBO_BOX):
-            return  # their rows are read on their own below
-        for child in desk.children(node):
-            if child is not None:
-                visit(child, here)
-
-    visit(root, "")
-    return faults
 
 
 def main():
@@ -182,7 +151,7 @@ def main():
 
         @step("every shown object has a French name; the hidden code lists are not there")
         def _():
-            faults = unnamed_or_code_named(desk, window)
+            faults = desk.unnamed_or_code_named(window)
             check(not faults, "a screen reader cannot name:\n  " + "\n  ".join(faults))
 
     print("screen reader journey: passed")
