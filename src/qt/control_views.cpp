@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSignalBlocker>
 
@@ -467,23 +468,35 @@ QRect ListBoxView::rowRect(int row) const {
 
 void ListBoxView::followCurrentRow() {
   const int row = list_.ListIndex();
-  if (row >= 0 && row < model_->rowCount()) {
-    moveCaret(row);
-  } else if (!list_.multiSelect()) {
-    selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
-  }
+  if (row >= 0 && row < model_->rowCount()) placeCaret(row);
+  if (caret_ >= model_->rowCount()) placeCaret(model_->rowCount() - 1);
 }
 
 int ListBoxView::caretRow() const {
-  if (currentIndex().isValid()) return currentIndex().row();
+  if (caret_ >= 0 && caret_ < model_->rowCount()) return caret_;
   if (list_.ListIndex() >= 0) return list_.ListIndex();
   return model_->rowCount() > 0 ? 0 : -1;
 }
 
 // Only the caret: the marks and the current row are the toolkit's.
-void ListBoxView::moveCaret(int row) {
-  selectionModel()->setCurrentIndex(model_->index(row), QItemSelectionModel::NoUpdate);
-  scrollTo(currentIndex());
+void ListBoxView::placeCaret(int row) {
+  if (model_->isDirty()) model_->refreshNow();
+  caret_ = row;
+  const QModelIndex index = model_->index(row);
+  if (hasFocus()) selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  if (index.isValid()) scrollTo(index);
+}
+
+void ListBoxView::focusInEvent(QFocusEvent* event) {
+  QListView::focusInEvent(event);
+  const QModelIndex index = model_->index(caretRow());
+  selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  if (index.isValid()) caret_ = index.row();
+}
+
+void ListBoxView::focusOutEvent(QFocusEvent* event) {
+  QListView::focusOutEvent(event);
+  selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
 }
 
 void ListBoxView::mousePressEvent(QMouseEvent* event) {
@@ -492,7 +505,7 @@ void ListBoxView::mousePressEvent(QMouseEvent* event) {
   setFocus(Qt::MouseFocusReason);
   const QModelIndex index = indexAt(event->position().toPoint());
   if (!index.isValid()) return;
-  moveCaret(index.row());
+  placeCaret(index.row());
   guarded(this, [this, row = index.row()] { list_.click(row); });
 }
 
@@ -518,7 +531,7 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
   const int count = model_->rowCount();
   const int caret = caretRow();
   // With no row under the caret yet, the first arrow lands on the first row.
-  const bool placed = currentIndex().isValid() || list_.ListIndex() >= 0;
+  const bool placed = (caret_ >= 0 && caret_ < count) || list_.ListIndex() >= 0;
   const int page = std::max(1, viewport()->height() / std::max(1, sizeHintForRow(0)));
   int target = -1;
   switch (event->key()) {
@@ -553,10 +566,43 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
   }
   if (count == 0) return;
   target = std::clamp(target, 0, count - 1);
-  moveCaret(target);
+  placeCaret(target);
   // Moving through a list with one current row chooses the row, as a click does; in a
   // list of marks the caret moves alone and the space bar marks.
   if (!list_.multiSelect()) guarded(this, [this, target] { list_.click(target); });
+}
+
+namespace {
+
+class KeyToButton : public QObject {
+ public:
+  KeyToButton(Qt::Key key, QAbstractButton& button, QObject* parent)
+      : QObject(parent), key_(key), button_(&button) {}
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress || !button_ || !button_->isEnabled()) {
+      return QObject::eventFilter(watched, event);
+    }
+    const auto* keyEvent = static_cast<QKeyEvent*>(event);
+    const bool enter = key_ == Qt::Key_Return && keyEvent->key() == Qt::Key_Enter;
+    if ((keyEvent->key() != key_ && !enter) ||
+        (keyEvent->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
+      return QObject::eventFilter(watched, event);
+    }
+    button_->click();
+    return true;
+  }
+
+ private:
+  Qt::Key key_;
+  QPointer<QAbstractButton> button_;
+};
+
+}  // namespace
+
+void bindKeyToButton(QWidget& view, Qt::Key key, QAbstractButton& button) {
+  view.installEventFilter(makeChild<KeyToButton>(&view, key, button));
 }
 
 QWidget* createView(Control& control, QWidget* parent) {

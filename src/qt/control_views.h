@@ -128,6 +128,11 @@ class ListBoxView : public QListView {
   ListBoxModel& listModel() const { return *model_; }
   // The rectangle of a row, in viewport coordinates, for tests and hosts.
   QRect rowRect(int row) const;
+  // The keyboard caret, where the next arrow, Space or Return acts; -1 for none. It is
+  // Qt's current index only while the list has the focus, so that a screen reader hears
+  // of a focused row only in the focused list.
+  int caretRow() const;
+  void placeCaret(int row);
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
@@ -135,19 +140,24 @@ class ListBoxView : public QListView {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
 
  private:
   void followCurrentRow();
-  int caretRow() const;
-  void moveCaret(int row);
   void showMarks();
   void routeSelection(const QItemSelection& selected, const QItemSelection& deselected);
 
   toolkit::ListBox& list_;
   ListBoxModel* model_;
   bool mirroring_ = false;  // the selection model is being set from the toolkit
+  int caret_ = -1;
   std::shared_ptr<void> subscription_;
 };
+
+// A key pressed in view (without modifiers) is a press of button, when and only when the
+// button is enabled; otherwise the key goes its usual way.
+void bindKeyToButton(QWidget& view, Qt::Key key, QAbstractButton& button);
 
 // The widget for any toolkit control, placed at its geometry inside parent.
 QWidget* createView(toolkit::Control& control, QWidget* parent);

@@ -3,7 +3,11 @@
 #include <map>
 #include <vector>
 
+#include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMetaMethod>
 
 #include <velmora/control/ctr_velmora_new.h>
@@ -73,6 +77,16 @@ class VelmoraWidget::Private {
   void settle();
   // The duration box under edit says whose duration it holds.
   void describeEdit(const Ctr_VelmoraNew& c);
+  // The keys of the lists and the duration box, and where the focus goes after a gesture.
+  void bindKeysAndFocus(Ctr_VelmoraNew& c);
+  // An edit just opened: the focus goes to the duration box, its text selected.
+  void focusOpenEdit(const Ctr_VelmoraNew& c);
+  // After OK, Annuler, Supprimer or the observations: back to the duration box while the
+  // edit is open, otherwise to the selection on the row edited or the one in its place.
+  void focusAfterEdit(const Ctr_VelmoraNew& c);
+  QAbstractButton* button(const toolkit::Control& child) {
+    return qobject_cast<QAbstractButton*>(views[&child]);
+  }
 
   VelmoraWidget& q;
   std::unique_ptr<Ctr_VelmoraNew> owned;
@@ -84,6 +98,7 @@ class VelmoraWidget::Private {
   bool lastMandatory = false;
   bool selectionChanged = false;
   bool settlePending = false;
+  int lastCurrent = -1;  // the last current row of the selection
 };
 
 void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
@@ -134,11 +149,19 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
       }),
       c.Cmd_OKVelmora.subscribe([this, &c](toolkit::Change, int) { describeEdit(c); },
                                 toolkit::maskOf(toolkit::Change::Enabled)),
-      c.Lst_Selectionne.subscribe([this](toolkit::Change change, int) {
+      c.Lst_Selectionne.subscribe([this, &c](toolkit::Change change, int) {
+        if (change == toolkit::Change::ListIndex && c.Lst_Selectionne.ListIndex() >= 0) {
+          lastCurrent = c.Lst_Selectionne.ListIndex();
+        }
+        if (change == toolkit::Change::Enabled) focusOpenEdit(c);
         changed(change != toolkit::Change::ListIndex && change != toolkit::Change::Enabled &&
                 change != toolkit::Change::Visible && change != toolkit::Change::RowSelected);
       }),
   };
+  subscriptions.push_back(
+      c.Txt_DureeSoin.subscribe([this, &c](toolkit::Change, int) { focusOpenEdit(c); },
+                                toolkit::maskOf(toolkit::Change::Enabled)));
+  bindKeysAndFocus(c);
   lastTotal = c.W_Total.toDouble();
   lastMandatory = c.Etq_Imperativite.Visible();
 }
@@ -152,6 +175,46 @@ void VelmoraWidget::Private::describeEdit(const Ctr_VelmoraNew& c) {
                   readListRow(c, c.Lst_Selectionne, row);
   }
   if (description != box->accessibleDescription()) box->setAccessibleDescription(description);
+}
+
+void VelmoraWidget::Private::bindKeysAndFocus(Ctr_VelmoraNew& c) {
+  bindKeyToButton(*views[&c.Lst_Possible], Qt::Key_Return, *button(c.Cmd_Select));
+  bindKeyToButton(*views[&c.Lst_Selectionne], Qt::Key_Delete, *button(c.Cmd_SupprVelmora));
+  bindKeyToButton(*views[&c.Txt_DureeSoin], Qt::Key_Return, *button(c.Cmd_OKVelmora));
+  // After Sélectionner the planner goes on in the proposals.
+  QObject::connect(button(c.Cmd_Select), &QAbstractButton::clicked, views[&c.Lst_Possible],
+                   [list = views[&c.Lst_Possible]] { list->setFocus(Qt::OtherFocusReason); });
+  for (const toolkit::Control* done :
+       {&c.Cmd_OKVelmora, &c.Cmd_AnnulerVelmora, &c.Cmd_SupprVelmora, &c.Cmd_Obs}) {
+    QObject::connect(button(*done), &QAbstractButton::clicked, &q,
+                     [this, &c] { focusAfterEdit(c); });
+  }
+}
+
+void VelmoraWidget::Private::focusOpenEdit(const Ctr_VelmoraNew& c) {
+  if (!c.Cmd_OKVelmora.Enabled() || c.Lst_Selectionne.Enabled() || !c.Txt_DureeSoin.Enabled()) {
+    return;
+  }
+  // Not when the planner is busy outside the control (a host's call opened the edit).
+  const QWidget* focus = QApplication::focusWidget();
+  if (focus && focus != &q && !q.isAncestorOf(focus)) return;
+  auto* box = qobject_cast<QLineEdit*>(views[&c.Txt_DureeSoin]);
+  box->setEnabled(true);
+  box->setFocus(Qt::OtherFocusReason);
+  box->selectAll();
+}
+
+void VelmoraWidget::Private::focusAfterEdit(const Ctr_VelmoraNew& c) {
+  if (c.Cmd_OKVelmora.Enabled() && c.Txt_DureeSoin.Enabled()) {
+    views[&c.Txt_DureeSoin]->setFocus(Qt::OtherFocusReason);
+    return;
+  }
+  ListBoxView* list = q.listView(c.Lst_Selectionne);
+  list->setEnabled(c.Lst_Selectionne.Enabled());
+  list->setFocus(Qt::OtherFocusReason);
+  const int current = c.Lst_Selectionne.ListIndex();
+  const int row = current >= 0 ? current : std::min(lastCurrent, c.Lst_Selectionne.ListCount() - 1);
+  if (row >= 0) list->placeCaret(row);
 }
 
 void VelmoraWidget::Private::release() {
@@ -245,6 +308,21 @@ QWidget* VelmoraWidget::view(const toolkit::Control& child) const {
 
 ListBoxView* VelmoraWidget::listView(const toolkit::ListBox& list) const {
   return qobject_cast<ListBoxView*>(view(list));
+}
+
+void VelmoraWidget::keyPressEvent(QKeyEvent* event) {
+  QWidget* annuler = d->control ? view(d->control->Cmd_AnnulerVelmora) : nullptr;
+  if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && annuler &&
+      annuler->isEnabled()) {
+    qobject_cast<QAbstractButton*>(annuler)->click();
+    return;
+  }
+  QWidget::keyPressEvent(event);
+}
+
+void VelmoraWidget::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  window()->setAttribute(Qt::WA_KeyboardFocusChange);
 }
 
 void VelmoraWidget::refreshLists() {
