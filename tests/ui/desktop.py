@@ -409,7 +409,8 @@ class Desktop:
                 text=True,
             ).stdout.split(),
         )[0]
-        # No window manager runs: give the window the input focus ourselves.
+        # No window manager runs: give the window the input focus ourselves, as one does
+        # when a window opens or a dialog over it closes (X alone gives it to the root).
         subprocess.run(["xdotool", "windowfocus", "--sync", window], env=self.env, check=True)
 
     def keys(self, *keys):

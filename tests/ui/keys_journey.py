@@ -59,12 +59,15 @@ def main():
             row = go_to_row(selection, "Réfection du lit")
             gestures.append(f"click selected {row}")
             desk.keys("Delete")
-            question = desk.find("the question box", lambda o: o.getRole() == pz.ROLE_DIALOG)
+            question = desk.find("the question box",
+                                 lambda o: o.getRole() in (pz.ROLE_ALERT, pz.ROLE_DIALOG))
             yes = desk.by_name(pz.ROLE_PUSH_BUTTON, "Oui", question)
             desk.tab_to("Oui", yes, 5)
             desk.keys("space")
             gestures.extend(["answer yes", "press remove"])
             desk.wait("five chosen tasks", lambda: selection.childCount == 5)
+            desk.focus_window(TITLE)
+            desk.wait("the focus back in the chosen tasks", lambda: desk.holds_focus(selection))
 
         @step("an observation for Aspirateur through the dialog, by keys")
         def _():
@@ -84,6 +87,7 @@ def main():
             desk.keys("space")
             gestures.extend(['observation "Sonner deux fois" ok', "press obs"])
             desk.wait("the dialog closed", lambda: not desk.showing(dialog))
+            desk.focus_window(TITLE)
             desk.wait("the focus back in the chosen tasks", lambda: desk.holds_focus(selection))
 
         @step("the host keeps it (Alt+G): the same record and total as the headless control")
