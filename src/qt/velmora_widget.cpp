@@ -205,6 +205,8 @@ void VelmoraWidget::Private::focusOpenEdit(const Ctr_VelmoraNew& c) {
 }
 
 void VelmoraWidget::Private::focusAfterEdit(const Ctr_VelmoraNew& c) {
+  // A dialog or a question box just closed: the planner goes on in this window.
+  if (!q.isActiveWindow()) q.activateWindow();
   if (c.Cmd_OKVelmora.Enabled() && c.Txt_DureeSoin.Enabled()) {
     views[&c.Txt_DureeSoin]->setFocus(Qt::OtherFocusReason);
     return;
