@@ -50,6 +50,8 @@ void announce(QWidget* view, QAccessible::Event event) {
 
 void setUpSurface(QWidget& widget) {
   widget.setObjectName(QStringLiteral("Ctr_VelmoraNew"));
+  // A host may name it otherwise.
+  widget.setAccessibleName(QStringLiteral("Planification de l'intervention"));
   widget.setFont(surfaceFont());
   widget.setFixedSize(toPixels(Ctr_VelmoraNew::kWidth), toPixels(Ctr_VelmoraNew::kHeight));
 }
