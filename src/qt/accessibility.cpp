@@ -1,5 +1,7 @@
 #include "qt/accessibility.h"
 
+#include <algorithm>
+
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QLabel>
@@ -21,7 +23,7 @@ struct Naming {
 // descriptions where the name is not enough. Assistive-technology journeys rely on them:
 // they are listed in docs/architecture/qt.md and stay as they are.
 constexpr std::array kNamings{
-    Naming{"Ctr_VelmoraNew", "Cdr_Soins", "Intervention", nullptr},
+    Naming{"Ctr_VelmoraNew", "Cdr_Soins", "Contenu de l'intervention", nullptr},
     Naming{"Ctr_VelmoraNew", "Lst_Possible", "Possibles",
            "Propositions : marquer des lignes (Espace) puis Sélectionner (Entrée)"},
     Naming{"Ctr_VelmoraNew", "Lst_Selectionne", "Sélection",
@@ -50,8 +52,9 @@ constexpr std::array<std::array<const char*, 3>, 5> kBuddies{{
     {"Frm_AjoutObsTache", "Label4", "Txt_Obs"},
 }};
 
-// The frame's interface lists only the children that can be seen: the hidden code lists
-// and the bar that lies beyond the frame's edge stay out of the tree.
+// The frame's interface lists only the children that can be seen: the hidden code lists,
+// the bar that lies beyond the frame's edge and a label that another child covers
+// (Etq_Duree, beneath the selection) stay out of the tree.
 class FrameAccessible : public QAccessibleWidget {
  public:
   explicit FrameAccessible(QWidget* frame) : QAccessibleWidget(frame, QAccessible::Grouping) {}
@@ -76,6 +79,14 @@ class FrameAccessible : public QAccessibleWidget {
         children.append(child);
       }
     }
+    const auto covered = [&children](const QWidget* label) {
+      return std::any_of(children.begin(), children.end(), [label](const QWidget* other) {
+        return !qobject_cast<const QLabel*>(other) && other->geometry().contains(label->geometry());
+      });
+    };
+    children.removeIf([&covered](const QWidget* child) {
+      return qobject_cast<const QLabel*>(child) && covered(child);
+    });
     return children;
   }
 };

@@ -558,6 +558,11 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
       return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
+      // In a list of marks Return is the select button's (bound by the surface).
+      if (list_.multiSelect()) {
+        event->ignore();
+        return;
+      }
       if (caret >= 0) guarded(this, [this, caret] { list_.doubleClick(caret); });
       return;
     default:

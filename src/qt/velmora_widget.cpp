@@ -50,6 +50,8 @@ void announce(QWidget* view, QAccessible::Event event) {
 
 void setUpSurface(QWidget& widget) {
   widget.setObjectName(QStringLiteral("Ctr_VelmoraNew"));
+  // A host may name it otherwise.
+  widget.setAccessibleName(QStringLiteral("Planification de l'intervention"));
   widget.setFont(surfaceFont());
   widget.setFixedSize(toPixels(Ctr_VelmoraNew::kWidth), toPixels(Ctr_VelmoraNew::kHeight));
 }
@@ -131,9 +133,9 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
 
   c.setServices(services);
   c.setFailureHandler([this](const Failure& failure) { q.reportFailure(failure); });
-  // The total follows Txt_Duree, the selection its two parallel lists.
-  // What a sighted planner sees change is announced: the total's new value, the warning
-  // appearing, and which row the duration under edit belongs to.
+  // The total follows Txt_Duree, the selection its two parallel lists. What a sighted
+  // planner sees change is announced: the total's new value, the warning appearing, and
+  // which row the duration under edit belongs to.
   subscriptions = {
       c.Txt_Duree.subscribe([this, &c](toolkit::Change change, int) {
         changed(false);
@@ -162,6 +164,7 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
       c.Txt_DureeSoin.subscribe([this, &c](toolkit::Change, int) { focusOpenEdit(c); },
                                 toolkit::maskOf(toolkit::Change::Enabled)));
   bindKeysAndFocus(c);
+  lastCurrent = -1;
   lastTotal = c.W_Total.toDouble();
   lastMandatory = c.Etq_Imperativite.Visible();
 }
@@ -199,18 +202,21 @@ void VelmoraWidget::Private::focusOpenEdit(const Ctr_VelmoraNew& c) {
   const QWidget* focus = QApplication::focusWidget();
   if (focus && focus != &q && !q.isAncestorOf(focus)) return;
   auto* box = qobject_cast<QLineEdit*>(views[&c.Txt_DureeSoin]);
+  // The box's view may hear of its Enabled after this listener does.
   box->setEnabled(true);
   box->setFocus(Qt::OtherFocusReason);
   box->selectAll();
 }
 
 void VelmoraWidget::Private::focusAfterEdit(const Ctr_VelmoraNew& c) {
+  // A dialog or a question box just closed: the planner goes on in this window.
+  if (!q.isActiveWindow()) q.activateWindow();
   if (c.Cmd_OKVelmora.Enabled() && c.Txt_DureeSoin.Enabled()) {
     views[&c.Txt_DureeSoin]->setFocus(Qt::OtherFocusReason);
     return;
   }
   ListBoxView* list = q.listView(c.Lst_Selectionne);
-  list->setEnabled(c.Lst_Selectionne.Enabled());
+  list->setEnabled(c.Lst_Selectionne.Enabled());  // as its own listener will
   list->setFocus(Qt::OtherFocusReason);
   const int current = c.Lst_Selectionne.ListIndex();
   const int row = current >= 0 ? current : std::min(lastCurrent, c.Lst_Selectionne.ListCount() - 1);

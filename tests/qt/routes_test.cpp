@@ -1,6 +1,7 @@
-// Every way a child's state can change on screen (the mouse, a key, an accessibility
-// action, a host writing to the Qt widget) reaches the control as the planner's gesture:
-// the control ends as the same gesture made headless leaves it, and the screen shows it.
+// Every way a child's state can change on screen besides the planner's mouse and keys (the
+// journeys drive those): an accessibility action, a host writing to the Qt widget. Each
+// reaches the control as the planner's gesture: the control ends as the same gesture made
+// headless leaves it, and the screen shows it.
 #include <QAccessible>
 #include <QAccessibleInterface>
 #include <QCheckBox>
@@ -91,14 +92,8 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   const auto box = [](VelmoraWidget& w, Ctr_VelmoraNew& c) {
     return qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin));
   };
-  const auto rowCentre = [](ListBoxView* view, int row) { return view->rowRect(row).center(); };
   const auto tick = [](Ctr_VelmoraNew& c) { c.Cac_TouteTache.toggle(); };
   const std::vector<Route> routes{
-      {"tick: mouse", {}, [](auto& w, auto& c) { click(w.view(c.Cac_TouteTache)); }, tick},
-      {"tick: space bar",
-       {},
-       [](auto& w, auto& c) { QTest::keyClick(w.view(c.Cac_TouteTache), Qt::Key_Space); },
-       tick},
       {"tick: accessibility toggle",
        {},
        [&](auto& w, auto& c) { act(w.view(c.Cac_TouteTache), toggle); },
@@ -111,15 +106,6 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
        tick},
       {"untick: accessibility toggle after a click", proposeAll,
        [&](auto& w, auto& c) { act(w.view(c.Cac_TouteTache), toggle); }, tick},
-      {"mark: mouse", proposeAll,
-       [&](auto& w, auto& c) {
-         QTest::mouseClick(possible(w, c)->viewport(), Qt::LeftButton, {},
-                           rowCentre(possible(w, c), 2));
-       },
-       [](auto& c) { c.Lst_Possible.click(2); }},
-      {"mark: space bar", proposeAll,
-       [&](auto& w, auto& c) { QTest::keyClick(possible(w, c), Qt::Key_Space); },
-       [](auto& c) { c.Lst_Possible.click(0); }},
       {"mark: accessibility toggle of a row", proposeAll,
        [&](auto& w, auto& c) { act(possible(w, c), toggle, 2); },
        [](auto& c) { c.Lst_Possible.click(2); }},
@@ -145,9 +131,6 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
                                                   QItemSelectionModel::Select);
        },
        [](auto& c) { c.Lst_Possible.click(3); }},
-      {"current row: down arrow", selectTwo,
-       [&](auto& w, auto& c) { QTest::keyClick(selection(w, c), Qt::Key_Down); },
-       [](auto& c) { c.Lst_Selectionne.click(0); }},
       {"current row: accessibility toggle of a row", selectTwo,
        [&](auto& w, auto& c) { act(selection(w, c), toggle, 1); },
        [](auto& c) { c.Lst_Selectionne.click(1); }},
@@ -159,15 +142,6 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
       {"current row: refused while an edit is open", editFirst,
        [&](auto& w, auto& c) { act(selection(w, c), toggle, 1); },
        [](auto& c) { c.Lst_Selectionne.click(1); }},
-      {"duration: keys through the filter", editFirst,
-       [&](auto& w, auto& c) {
-         box(w, c)->selectAll();
-         QTest::keyClicks(box(w, c), QStringLiteral("4x5"));
-       },
-       [](auto& c) {
-         c.Txt_DureeSoin.select(0, 2);
-         c.Txt_DureeSoin.typeText(u"4x5");
-       }},
       {"duration: host setText", editFirst,
        [&](auto& w, auto& c) { box(w, c)->setText(QStringLiteral("4x5")); },
        [](auto& c) {
