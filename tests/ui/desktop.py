@@ -209,24 +209,50 @@ class Desktop:
         self.app = wait_for("velmora-demo on the accessibility bus", self._find_app, 40, self.alive)
 
     def _start_x(self):
-        # -displayfd: the server picks a free display number and writes it to us.
+        # A display number away from the low ones that people and other tools take, free
+        # of lock files; if another server takes it meanwhile ours exits, and the next is
+        # tried. -displayfd: the server tells when it is ready.
+        first = 200 + os.getpid() % 500
+        for number in range(first, first + 20):
+            if os.path.exists(f"/tmp/.X{number}-lock"):
+                continue
+            server = self._start_x_on(number)
+            if server is None:
+                continue
+            self.display = f":{number}"
+            # Ready means reachable: a client must get an answer from it.
+            wait_for(f"the X server {self.display} to answer", lambda: subprocess.run(
+                ["xdotool", "getdisplaygeometry"], env={**self.env, "DISPLAY": self.display},
+                capture_output=True).returncode == 0, 10, alive=lambda: check(
+                    server.poll() is None, f"the X server {self.display} stopped"))
+            return
+        raise JourneyFailure(f"no X server could start on displays {first} to {first + 19}")
+
+    def _start_x_on(self, number):
+        """Xvfb on :number once it is ready, or None if it could not take the number."""
         read_end, write_end = os.pipe()
-        self._spawn(
-            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1600x1000x24", "-nolisten", "tcp"],
+        server = self._spawn(
+            ["Xvfb", f":{number}", "-displayfd", str(write_end), "-screen", "0", "1600x1000x24",
+             "-nolisten", "tcp"],
             pass_fds=(write_end,),
             stderr=subprocess.DEVNULL,
         )
         os.close(write_end)
-        number = b""
+        answer = b""
         end = time.monotonic() + 10
-        while not number.endswith(b"\n"):
-            ready, _, _ = select.select([read_end], [], [], max(0.0, end - time.monotonic()))
-            check(ready, "Xvfb did not start within 10 s")
-            chunk = os.read(read_end, 16)
-            check(chunk, "Xvfb stopped before giving its display number")
-            number += chunk
-        os.close(read_end)
-        self.display = ":" + number.decode().strip()
+        try:
+            while not answer.endswith(b"\n"):
+                ready, _, _ = select.select([read_end], [], [], max(0.0, end - time.monotonic()))
+                check(ready, "Xvfb did not start within 10 s")
+                chunk = os.read(read_end, 16)
+                if not chunk:  # it exited: the number was taken
+                    server.wait()
+                    self._processes.remove(server)
+                    return None
+                answer += chunk
+        finally:
+            os.close(read_end)
+        return server
 
     def _stop_demo(self):
         """Stops the demo and returns what a sanitizer reported, if anything."""
