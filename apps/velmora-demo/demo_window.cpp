@@ -28,8 +28,18 @@ using qt::fromQString;
 using qt::toQString;
 
 namespace {
-const std::array<const char*, 7> kDayNames{"lun", "mar", "mer", "jeu", "ven", "sam", "dim"};
-}
+struct DayName {
+  const char* shortName;
+  const char* name;  // read by a screen reader
+};
+const std::array<DayName, 7> kDayNames{{{"lun", "lundi"},
+                                        {"mar", "mardi"},
+                                        {"mer", "mercredi"},
+                                        {"jeu", "jeudi"},
+                                        {"ven", "vendredi"},
+                                        {"sam", "samedi"},
+                                        {"dim", "dimanche"}}};
+}  // namespace
 
 DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
     : QWidget(parent), database_(options.database) {
@@ -41,8 +51,18 @@ DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
   layout->addWidget(makeHostPanel());
   // The host follows the total as the planner works.
   connect(view_, &qt::VelmoraWidget::totalChanged, this,
-          [this](double minutes) { total_->setText(QStringLiteral("W_Total : %1").arg(minutes)); });
+          [this](double minutes) { showTotal(minutes); });
 }
+
+// A label with its mnemonic, linked to the field it names: a screen reader reads the
+// field by the label's words, and Alt with the underlined letter moves into the field.
+namespace {
+void addLabelledRow(QFormLayout* form, QWidget* parent, const QString& label, QWidget* field) {
+  auto* caption = makeChild<QLabel>(parent, label);
+  caption->setBuddy(field);
+  form->addRow(caption, field);
+}
+}  // namespace
 
 QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
   auto* box = makeChild<QGroupBox>(this, QStringLiteral("Intervention"));
@@ -50,64 +70,96 @@ QWidget* DemoWindow::makeCriteria(const DemoOptions& options) {
   kind_ = makeChild<QComboBox>(box);
   kind_->addItems({QStringLiteral("AUTRE"), QStringLiteral("SSIAD")});
   kind_->setCurrentText(options.kind);
-  form->addRow(QStringLiteral("Nature"), kind_);
+  // A combo box reads as its current value unless it is named: "Nature", then "AUTRE".
+  kind_->setAccessibleName(QStringLiteral("Nature"));
+  kind_->setAccessibleDescription(QStringLiteral("AUTRE : aide à domicile ; SSIAD : soins"));
+  addLabelledRow(form, box, QStringLiteral("&Nature"), kind_);
   const auto line = [&](const QString& label, const QString& text) {
     auto* edit = makeChild<QLineEdit>(box, text);
-    form->addRow(label, edit);
+    addLabelledRow(form, box, label, edit);
     return edit;
   };
-  client_ = line(QStringLiteral("Client"), options.client);
-  dateDeb_ = line(QStringLiteral("Du"), options.dateDeb);
-  dateFin_ = line(QStringLiteral("Au"), options.dateFin);
+  client_ = line(QStringLiteral("&Client"), options.client);
+  dateDeb_ = line(QStringLiteral("&Du"), options.dateDeb);
+  dateFin_ = line(QStringLiteral("A&u"), options.dateFin);
   heureDe_ = line(QStringLiteral("De"), options.heureDe);
   heureA_ = line(QStringLiteral("À"), options.heureA);
+  dateDeb_->setAccessibleDescription(QStringLiteral("Premier jour, jj/mm/aaaa"));
+  dateFin_->setAccessibleDescription(QStringLiteral("Dernier jour, jj/mm/aaaa"));
+  heureDe_->setAccessibleDescription(QStringLiteral("Heure de début, HH:MM"));
+  heureA_->setAccessibleDescription(QStringLiteral("Heure de fin, HH:MM"));
   auto* days = makeChild<QWidget>(box);
+  days->setAccessibleName(QStringLiteral("Jours"));
   auto* daysLayout = makeChild<QHBoxLayout>(days);
   daysLayout->setContentsMargins(0, 0, 0, 0);
   for (std::size_t d = 0; d < days_.size(); ++d) {
-    days_[d] = makeChild<QCheckBox>(days, QString::fromLatin1(kDayNames[d]));
+    days_[d] = makeChild<QCheckBox>(days, QString::fromUtf8(kDayNames[d].shortName));
+    days_[d]->setAccessibleName(QString::fromUtf8(kDayNames[d].name));
     days_[d]->setChecked(static_cast<qsizetype>(d) < options.days.size() &&
                          options.days[static_cast<qsizetype>(d)] == QLatin1Char('1'));
     daysLayout->addWidget(days_[d]);
   }
-  form->addRow(QStringLiteral("Jours"), days);
-  floating_ = makeChild<QCheckBox>(box, QStringLiteral("Semaines flottantes"));
+  addLabelledRow(form, box, QStringLiteral("&Jours"), days);
+  days->setFocusProxy(days_[0]);
+  floating_ = makeChild<QCheckBox>(box, QStringLiteral("Semaines &flottantes"));
   floating_->setChecked(options.floating);
   form->addRow(QString(), floating_);
-  key_ = line(QStringLiteral("Clé complète"), options.key);
+  key_ = line(QStringLiteral("Clé co&mplète"), options.key);
   key_->setPlaceholderText(QStringLiteral("intervention ou semaine type"));
-  auto* init = makeChild<QPushButton>(box, QStringLiteral("Init"));
+  auto* init = makeChild<QPushButton>(box, QStringLiteral("Charger l'&intervention"));
+  init->setToolTip(QStringLiteral("Init sur ces critères"));
   connect(init, &QPushButton::clicked, this, [this] { runInit(); });
   form->addRow(QString(), init);
   return box;
 }
 
 QWidget* DemoWindow::makeHostPanel() {
-  auto* box = makeChild<QGroupBox>(this, QStringLiteral("Hôte"));
+  auto* box = makeChild<QGroupBox>(this, QStringLiteral("Appels de l'hôte"));
   auto* layout = makeChild<QVBoxLayout>(box);
-  const auto button = [&](const QString& caption, void (DemoWindow::*call)()) {
+  // French captions say what each call does for the planner; the call's own name, which
+  // a host developer looks for, is the tooltip.
+  const auto button = [&](const QString& caption, const QString& call, void (DemoWindow::*act)()) {
     auto* b = makeChild<QPushButton>(box, caption);
+    b->setToolTip(call);
     connect(b, &QPushButton::clicked, this,
-            [this, call] { qt::guarded(this, [this, call] { (this->*call)(); }); });
+            [this, act] { qt::guarded(this, [this, act] { (this->*act)(); }); });
     layout->addWidget(b);
   };
-  button(QStringLiteral("MAJ_Enr"), &DemoWindow::majEnr);
-  button(QStringLiteral("Vider_Tache"), &DemoWindow::viderTache);
-  button(QStringLiteral("Affiche de la dernière sélection"), &DemoWindow::afficheLast);
-  button(QStringLiteral("Enregistrer la sélection"), &DemoWindow::store);
-  total_ = makeChild<QLabel>(box, QStringLiteral("W_Total : 0"));
+  button(QStringLiteral("&Garder la sélection"),
+         QStringLiteral("MAJ_Enr : la sélection dans W_Enr, montrée ci-dessous"),
+         &DemoWindow::majEnr);
+  button(QStringLiteral("&Vider la sélection"), QStringLiteral("Vider_Tache"),
+         &DemoWindow::viderTache);
+  button(QStringLiteral("&Réafficher la sélection gardée"),
+         QStringLiteral("Affiche sur W_Aff, la dernière sélection gardée"),
+         &DemoWindow::afficheLast);
+  button(QStringLiteral("&Enregistrer dans la base"),
+         QStringLiteral("MAJ_Enr, puis W_Enr écrit sous une clé de détail d'intervention"),
+         &DemoWindow::store);
+  total_ = makeChild<QLabel>(box);
+  total_->setToolTip(QStringLiteral("W_Total, en minutes"));
+  showTotal(0);
   layout->addWidget(total_);
+  auto* recordCaption = makeChild<QLabel>(box, QStringLiteral("Sélection gardée :"));
+  layout->addWidget(recordCaption);
   record_ = makeChild<QTableWidget>(box, 0, 3);
+  recordCaption->setBuddy(record_);
+  record_->setAccessibleName(QStringLiteral("Sélection gardée"));
+  record_->setToolTip(QStringLiteral("W_Enr après le dernier MAJ_Enr"));
   record_->setHorizontalHeaderLabels(
       {QStringLiteral("Code"), QStringLiteral("Durée"), QStringLiteral("Observation")});
   record_->horizontalHeader()->setStretchLastSection(true);
   record_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  record_->setMinimumWidth(260);
+  record_->setMinimumWidth(320);
   layout->addWidget(record_);
   status_ = makeChild<QLabel>(box);
   status_->setWordWrap(true);
   layout->addWidget(status_);
   return box;
+}
+
+void DemoWindow::showTotal(double minutes) {
+  total_->setText(QStringLiteral("Total pour l'hôte : %1 min").arg(minutes));
 }
 
 void DemoWindow::runInit() {
@@ -139,7 +191,7 @@ void DemoWindow::runInit() {
     control().Init(a);
     view_->refreshLists();
     // The host reads the total after Init too: the search may have selected items.
-    total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
+    showTotal(control().W_Total.toDouble());
     setStatus(QStringLiteral("Init sur %1 : %2 proposition(s), %3 choisie(s).")
                   .arg(toQString(code))
                   .arg(control().Lst_Possible.ListCount())
@@ -160,7 +212,7 @@ void DemoWindow::viderTache() {
 
 void DemoWindow::afficheLast() {
   if (!lastSelection_) {
-    setStatus(QStringLiteral("Aucune sélection gardée : MAJ_Enr d'abord."));
+    setStatus(QStringLiteral("Aucune sélection gardée : « Garder la sélection » d'abord."));
     return;
   }
   control().W_Aff = lastSelection_;
@@ -192,7 +244,7 @@ void DemoWindow::showRecord(const RecordRef& record) {
                        std::make_unique<QTableWidgetItem>(toQString(record->r(i, v))).release());
     }
   }
-  total_->setText(QStringLiteral("W_Total : %1").arg(toQString(control().W_Total.toText())));
+  showTotal(control().W_Total.toDouble());
 }
 
 void DemoWindow::setStatus(const QString& text) {

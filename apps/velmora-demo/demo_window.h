@@ -50,6 +50,7 @@ class DemoWindow : public QWidget {
   void store();
   void showRecord(const RecordRef& record);
   void setStatus(const QString& text);
+  void showTotal(double minutes);
 
   Ctr_VelmoraNew& control() const { return view_->control(); }
 

@@ -4,6 +4,7 @@
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "rows/row_format.h"
+#include "search/item_columns.h"
 #include "search/item_merge.h"
 #include "search/working_table.h"
 
@@ -58,7 +59,7 @@ void Ctr_VelmoraNew::Charge_AideTache() {
     resumeNext([&] { row += rows::textColumn(R_Tache->r(2)); });
     row += rows::textColumn(code);
     resumeNext([&] { row += rows::proposalDuration(R_TablePossible->r(i, 2)); });
-    resumeNext([&] { Lst_Possible.AddItem(row); });
+    resumeNext([&] { Lst_Possible.AddItem(row, search::wholeColumns(true, code)); });
     resumeNext([&] { Lst_CodePos.AddItem(code); });
   }
   // 9.

@@ -40,7 +40,11 @@ void Ctr_VelmoraNew::Remplir_Soins() {
     resumeNext([&] { rows::appendTextColumn(row, R_TypeSoins->r(1)); });
     rows::appendTextColumn(row, answer->r(i, 2));
     resumeNext([&] { rows::appendProposalDuration(row, answer->r(i, 3)); });
-    resumeNext([&] { Lst_Possible.AddItem(row); });
+    std::vector<Text> whole;
+    resumeNext([&] {
+      whole = rows::wholeColumns(R_RegroupSoins->r(1), R_TypeSoins->r(1), answer->r(i, 2));
+    });
+    resumeNext([&] { Lst_Possible.AddItem(row, std::move(whole)); });
     resumeNext([&] { Lst_CodePos.AddItem(code); });
   }
   // 5.

@@ -92,7 +92,7 @@ void Ctr_VelmoraNew::Cac_TouteTache_Click() {
         rows::appendTextColumn(row, G.r(at.group, 1));
         rows::appendTextColumn(row, code);
         rows::appendProposalDuration(row, K.r(at.task, 4));
-        Lst_Possible.AddItem(row);
+        Lst_Possible.AddItem(row, rows::wholeColumns(T.r(at.type, 1), G.r(at.group, 1), code));
         Lst_CodePos.AddItem(code);
         applyOverride(Lst_Possible, known, code);
       }

@@ -45,8 +45,9 @@ void Ctr_VelmoraNew::Affiche() {
     }
     // 3-4.
     Lst_Selectionne.AddItem(rows::textColumn(R_GroupeTache->r(2)) +
-                            rows::textColumn(R_Tache->r(2)) + rows::textColumn(code) +
-                            rows::selectionMarkerAndDuration(!observation.empty(), duration));
+                                rows::textColumn(R_Tache->r(2)) + rows::textColumn(code) +
+                                rows::selectionMarkerAndDuration(!observation.empty(), duration),
+                            rows::wholeColumns(R_GroupeTache->r(2), R_Tache->r(2), code));
     Lst_CodeSelect.AddItem(code);
     // 5. Attribute i. Behind a left-out item i runs ahead of the rows: the observation
     // then goes with the row just appended.

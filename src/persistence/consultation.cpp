@@ -110,7 +110,7 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitem
     search::appendColumns(row, autre, code);
     row += observation.empty() ? u" " : u"X";
     search::appendDuration(row, duration, 6);
-    resumeNext([&] { rowsList.AddItem(row); });
+    resumeNext([&] { rowsList.AddItem(row, search::wholeColumns(autre, code)); });
     resumeNext([&] { codes.AddItem(code); });
     // The observation goes with the row's own number, so that a left-out item does not
     // shift the observations of the rows behind it.

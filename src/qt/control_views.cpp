@@ -11,6 +11,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSignalBlocker>
 
@@ -142,17 +143,20 @@ ButtonView::ButtonView(toolkit::CommandButton& button, QWidget* parent)
 
 CheckBoxView::CheckBoxView(toolkit::CheckBox& box, QWidget* parent) : QCheckBox(parent), box_(box) {
   setText(toQString(box.Caption()));
-  setChecked(box.Value() == 1);
+  showValue();
   applyLook(*this, box);
   subscription_ = follow(*this, box, [this](Change change, int) {
     if (change == Change::Caption) setText(toQString(box_.Caption()));
-    if (change == Change::Value) setChecked(box_.Value() == 1);
+    if (change == Change::Value) showValue();
+  });
+  connect(this, &QCheckBox::toggled, this, [this](bool checked) {
+    if (checked != (box_.Value() == 1)) guarded(this, [this] { box_.toggle(); });
+    showValue();
   });
 }
 
-void CheckBoxView::nextCheckState() {
-  guarded(this, [this] { box_.toggle(); });
-  setChecked(box_.Value() == 1);
+void CheckBoxView::showValue() {
+  if (isChecked() != (box_.Value() == 1)) setChecked(box_.Value() == 1);
 }
 
 namespace {
@@ -216,6 +220,36 @@ TextLineView::TextLineView(toolkit::TextBox& box, QWidget* parent) : QLineEdit(p
   });
   connect(this, &QLineEdit::cursorPositionChanged, this, [this] { caretMoved(); });
   connect(this, &QLineEdit::selectionChanged, this, [this] { caretMoved(); });
+  connect(this, &QLineEdit::textChanged, this, [this](const QString& text) { textReplaced(text); });
+}
+
+// The line edit holds a text that the box does not: the stretch that differs is chosen and
+// the new characters typed over it (or deleted), each through the key filter.
+void TextLineView::textReplaced(const QString& text) {
+  const QString held = toQString(box_.getText());
+  if (text == held) return;
+  const qsizetype shorter = std::min(text.size(), held.size());
+  qsizetype same = 0;
+  while (same < shorter && text[same] == held[same]) ++same;
+  qsizetype sameEnd = 0;
+  while (sameEnd < shorter - same &&
+         text[text.size() - 1 - sameEnd] == held[held.size() - 1 - sameEnd]) {
+    ++sameEnd;
+  }
+  const Text typed = fromQString(text.mid(same, text.size() - same - sameEnd));
+  const auto start = static_cast<int>(same);
+  const auto replaced = static_cast<int>(held.size() - same - sameEnd);
+  movingCaret_ = true;
+  guarded(this, [&] {
+    box_.select(start, replaced);
+    if (!typed.empty()) {
+      box_.typeText(typed);
+    } else if (replaced > 0) {
+      box_.typeDelete();
+    }
+  });
+  movingCaret_ = false;
+  showText();
 }
 
 // The box's text, caret and selected stretch.
@@ -358,7 +392,8 @@ ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
     : QListView(parent), list_(list), model_(makeChild<ListBoxModel>(this, list)) {
   setModel(model_);
   setUniformItemSizes(true);
-  setSelectionMode(QAbstractItemView::NoSelection);
+  setSelectionMode(list.multiSelect() ? QAbstractItemView::MultiSelection
+                                      : QAbstractItemView::SingleSelection);
   setEditTriggers(QAbstractItemView::NoEditTriggers);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::StrongFocus);
@@ -366,7 +401,64 @@ ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
   // Rows of fixed-width columns must stand under their headings.
   if (list.font) setFont(withCharacterCell(font()));
   subscription_ = follow(*this, list);
-  connect(model_, &ListBoxModel::refreshed, this, [this] { followCurrentRow(); });
+  connect(model_, &ListBoxModel::refreshed, this, [this] {
+    followCurrentRow();
+    showMarks();
+  });
+  connect(selectionModel(), &QItemSelectionModel::selectionChanged, this,
+          [this](const QItemSelection& selected, const QItemSelection& deselected) {
+            routeSelection(selected, deselected);
+          });
+  showMarks();
+}
+
+// The selection model shows the marks of a list of marks, the current row of another.
+void ListBoxView::showMarks() {
+  QItemSelection marks;
+  const int count = model_->rowCount();
+  const auto mark = [&](int first, int last) {
+    marks.select(model_->index(first), model_->index(last));
+  };
+  if (list_.multiSelect()) {
+    for (int row = 0; row < count && row < list_.ListCount(); ++row) {
+      if (!list_.Selected(row)) continue;
+      const int first = row;
+      while (row + 1 < count && row + 1 < list_.ListCount() && list_.Selected(row + 1)) ++row;
+      mark(first, row);
+    }
+  } else if (const int row = list_.ListIndex(); row >= 0 && row < count) {
+    mark(row, row);
+  }
+  if (marks == selectionModel()->selection()) return;
+  mirroring_ = true;
+  selectionModel()->select(marks, QItemSelectionModel::ClearAndSelect);
+  mirroring_ = false;
+}
+
+// Something other than the planner's mouse and keys changed the selection model: each row
+// whose mark differs from the toolkit's is clicked (a list of marks), or the newly
+// selected row is (a list with one current row, which no click can leave without one).
+void ListBoxView::routeSelection(const QItemSelection& selected, const QItemSelection& deselected) {
+  if (mirroring_) return;
+  std::vector<int> clicks;
+  const int count = list_.ListCount();
+  if (list_.multiSelect()) {
+    for (const QModelIndex& index : selected.indexes()) {
+      if (index.row() < count && !list_.Selected(index.row())) clicks.push_back(index.row());
+    }
+    for (const QModelIndex& index : deselected.indexes()) {
+      if (index.row() < count && list_.Selected(index.row())) clicks.push_back(index.row());
+    }
+    std::sort(clicks.begin(), clicks.end());
+  } else {
+    for (const QModelIndex& index : selected.indexes()) {
+      if (index.row() != list_.ListIndex()) clicks = {index.row()};
+    }
+  }
+  for (const int row : clicks) guarded(this, [this, row] { list_.click(row); });
+  model_->refreshNow();
+  followCurrentRow();
+  showMarks();
 }
 
 QRect ListBoxView::rowRect(int row) const {
@@ -376,23 +468,35 @@ QRect ListBoxView::rowRect(int row) const {
 
 void ListBoxView::followCurrentRow() {
   const int row = list_.ListIndex();
-  if (row >= 0 && row < model_->rowCount()) {
-    setCurrentIndex(model_->index(row));
-    scrollTo(currentIndex());
-  } else if (!list_.multiSelect()) {
-    setCurrentIndex(QModelIndex());
-  }
+  if (row >= 0 && row < model_->rowCount()) placeCaret(row);
+  if (caret_ >= model_->rowCount()) placeCaret(model_->rowCount() - 1);
 }
 
 int ListBoxView::caretRow() const {
-  if (currentIndex().isValid()) return currentIndex().row();
+  if (caret_ >= 0 && caret_ < model_->rowCount()) return caret_;
   if (list_.ListIndex() >= 0) return list_.ListIndex();
   return model_->rowCount() > 0 ? 0 : -1;
 }
 
-void ListBoxView::moveCaret(int row) {
-  setCurrentIndex(model_->index(row));
-  scrollTo(currentIndex());
+// Only the caret: the marks and the current row are the toolkit's.
+void ListBoxView::placeCaret(int row) {
+  if (model_->isDirty()) model_->refreshNow();
+  caret_ = row;
+  const QModelIndex index = model_->index(row);
+  if (hasFocus()) selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  if (index.isValid()) scrollTo(index);
+}
+
+void ListBoxView::focusInEvent(QFocusEvent* event) {
+  QListView::focusInEvent(event);
+  const QModelIndex index = model_->index(caretRow());
+  selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+  if (index.isValid()) caret_ = index.row();
+}
+
+void ListBoxView::focusOutEvent(QFocusEvent* event) {
+  QListView::focusOutEvent(event);
+  selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
 }
 
 void ListBoxView::mousePressEvent(QMouseEvent* event) {
@@ -401,7 +505,7 @@ void ListBoxView::mousePressEvent(QMouseEvent* event) {
   setFocus(Qt::MouseFocusReason);
   const QModelIndex index = indexAt(event->position().toPoint());
   if (!index.isValid()) return;
-  moveCaret(index.row());
+  placeCaret(index.row());
   guarded(this, [this, row = index.row()] { list_.click(row); });
 }
 
@@ -427,7 +531,7 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
   const int count = model_->rowCount();
   const int caret = caretRow();
   // With no row under the caret yet, the first arrow lands on the first row.
-  const bool placed = currentIndex().isValid() || list_.ListIndex() >= 0;
+  const bool placed = (caret_ >= 0 && caret_ < count) || list_.ListIndex() >= 0;
   const int page = std::max(1, viewport()->height() / std::max(1, sizeHintForRow(0)));
   int target = -1;
   switch (event->key()) {
@@ -454,6 +558,11 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
       return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
+      // In a list of marks Return is the select button's (bound by the surface).
+      if (list_.multiSelect()) {
+        event->ignore();
+        return;
+      }
       if (caret >= 0) guarded(this, [this, caret] { list_.doubleClick(caret); });
       return;
     default:
@@ -462,10 +571,43 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
   }
   if (count == 0) return;
   target = std::clamp(target, 0, count - 1);
-  moveCaret(target);
+  placeCaret(target);
   // Moving through a list with one current row chooses the row, as a click does; in a
   // list of marks the caret moves alone and the space bar marks.
   if (!list_.multiSelect()) guarded(this, [this, target] { list_.click(target); });
+}
+
+namespace {
+
+class KeyToButton : public QObject {
+ public:
+  KeyToButton(Qt::Key key, QAbstractButton& button, QObject* parent)
+      : QObject(parent), key_(key), button_(&button) {}
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress || !button_ || !button_->isEnabled()) {
+      return QObject::eventFilter(watched, event);
+    }
+    const auto* keyEvent = static_cast<QKeyEvent*>(event);
+    const bool enter = key_ == Qt::Key_Return && keyEvent->key() == Qt::Key_Enter;
+    if ((keyEvent->key() != key_ && !enter) ||
+        (keyEvent->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
+      return QObject::eventFilter(watched, event);
+    }
+    button_->click();
+    return true;
+  }
+
+ private:
+  Qt::Key key_;
+  QPointer<QAbstractButton> button_;
+};
+
+}  // namespace
+
+void bindKeyToButton(QWidget& view, Qt::Key key, QAbstractButton& button) {
+  view.installEventFilter(makeChild<KeyToButton>(&view, key, button));
 }
 
 QWidget* createView(Control& control, QWidget* parent) {

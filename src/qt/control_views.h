@@ -56,22 +56,24 @@ class ButtonView : public QPushButton {
   std::shared_ptr<void> subscription_;
 };
 
+// Whatever ticks the box on screen (a click, the space bar, an accessibility action, a
+// host's setChecked) asks the toolkit to toggle; the box then shows what it holds.
 class CheckBoxView : public QCheckBox {
   Q_OBJECT
  public:
   CheckBoxView(toolkit::CheckBox& box, QWidget* parent);
 
- protected:
-  // A click or the space bar asks the toolkit to toggle; the box shows what it holds.
-  void nextCheckState() override;
-
  private:
+  void showValue();
+
   toolkit::CheckBox& box_;
   std::shared_ptr<void> subscription_;
 };
 
 // A single-line text box: each key goes through TextBox::typeKey, so the control's
-// KeyPress filter decides; the box only shows the toolkit's text.
+// KeyPress filter decides; the box only shows the toolkit's text. A text written into the
+// line edit by anything else (a host's setText, an accessibility edit) is typed over the
+// stretch it replaces, as a paste is.
 class TextLineView : public QLineEdit {
   Q_OBJECT
  public:
@@ -87,6 +89,7 @@ class TextLineView : public QLineEdit {
   void showText();
   void caretMoved();
   void paste(QClipboard::Mode mode);
+  void textReplaced(const QString& text);
 
   toolkit::TextBox& box_;
   bool movingCaret_ = false;  // the box is taking the caret from this view
@@ -113,8 +116,10 @@ class TextAreaView : public QPlainTextEdit {
   std::shared_ptr<void> subscription_;
 };
 
-// A list: mouse and keys become ListBox::click and doubleClick. Marks and the current
-// row are drawn from the toolkit's state; Qt's own selection is not used.
+// A list: mouse and keys become ListBox::click and doubleClick. Qt's selection model
+// mirrors the toolkit (the marks of a list of marks, the current row of the others), and
+// whatever else changes it (an accessibility action, a host's setCurrentIndex or select)
+// is made as the clicks that lead to the new state; what the toolkit refuses is put back.
 class ListBoxView : public QListView {
   Q_OBJECT
  public:
@@ -123,6 +128,11 @@ class ListBoxView : public QListView {
   ListBoxModel& listModel() const { return *model_; }
   // The rectangle of a row, in viewport coordinates, for tests and hosts.
   QRect rowRect(int row) const;
+  // The keyboard caret, where the next arrow, Space or Return acts; -1 for none. It is
+  // Qt's current index only while the list has the focus, so that a screen reader hears
+  // of a focused row only in the focused list.
+  int caretRow() const;
+  void placeCaret(int row);
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
@@ -130,16 +140,24 @@ class ListBoxView : public QListView {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
 
  private:
   void followCurrentRow();
-  int caretRow() const;
-  void moveCaret(int row);
+  void showMarks();
+  void routeSelection(const QItemSelection& selected, const QItemSelection& deselected);
 
   toolkit::ListBox& list_;
   ListBoxModel* model_;
+  bool mirroring_ = false;  // the selection model is being set from the toolkit
+  int caret_ = -1;
   std::shared_ptr<void> subscription_;
 };
+
+// A key pressed in view (without modifiers) is a press of button, when and only when the
+// button is enabled; otherwise the key goes its usual way.
+void bindKeyToButton(QWidget& view, Qt::Key key, QAbstractButton& button);
 
 // The widget for any toolkit control, placed at its geometry inside parent.
 QWidget* createView(toolkit::Control& control, QWidget* parent);

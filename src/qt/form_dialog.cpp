@@ -6,6 +6,7 @@
 
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/twips.h>
+#include "qt/accessibility.h"
 #include "qt/control_views.h"
 
 namespace velmora::qt {
@@ -36,6 +37,7 @@ FormDialog::FormDialog(toolkit::Form& form, QWidget* parent) : QDialog(parent), 
     tabOrder.emplace_back(child->tabIndex(), view);
   }
   firstFocus_ = applyTabOrder(tabOrder);
+  nameForAssistiveTechnology(*this);
 
   subscription_ = form.subscribe([this](toolkit::Change change, int) {
     if (change == toolkit::Change::Visible && !form_.isLoaded()) done(QDialog::Accepted);

@@ -44,6 +44,9 @@ QVariant ListBoxModel::data(const QModelIndex& index, int role) const {
   switch (role) {
     case Qt::DisplayRole:
       return toQString(list_.List(row));
+    case Qt::AccessibleTextRole:
+      if (reader_ && row < list_.ListCount()) return reader_(row);
+      return {};
     case kMarkedRole:
       return isMarked(row);
     case Qt::BackgroundRole:

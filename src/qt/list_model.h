@@ -4,6 +4,7 @@
 // event loop.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include <QAbstractListModel>
@@ -29,6 +30,9 @@ class ListBoxModel : public QAbstractListModel {
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
   toolkit::ListBox& list() const { return list_; }
+  // What assistive technology reads for a row (Qt::AccessibleTextRole); the row's text
+  // without one.
+  void setReader(std::function<QString(int row)> reader) { reader_ = std::move(reader); }
   bool isDirty() const { return structureDirty_ || contentDirty_; }
   // Brings the views up to date now instead of at the next turn of the event loop.
   void refreshNow();
@@ -44,6 +48,7 @@ class ListBoxModel : public QAbstractListModel {
   bool isMarked(int row) const;
 
   toolkit::ListBox& list_;
+  std::function<QString(int row)> reader_;
   // Views read only the rows that were there at the last refresh, so that they never
   // ask for a row that the list has lost meanwhile.
   int rowSnapshot_ = 0;

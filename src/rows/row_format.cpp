@@ -24,6 +24,12 @@ Text alignedRight(TextView d, int width) {
 
 }  // namespace
 
+std::vector<Text> wholeColumns(TextView c1, TextView c2, TextView c3) {
+  const auto cut = [](TextView v) { return v.size() > static_cast<std::size_t>(kColumnWidth); };
+  if (!cut(c1) && !cut(c2) && !cut(c3)) return {};
+  return {Text(c1), Text(c2), Text(c3)};
+}
+
 Text textColumn(TextView v) {
   return padRight(left(v, kColumnWidth), kColumnWidth + 1);
 }

@@ -7,6 +7,8 @@
 // Selection row: 1-78 as above, 79 observation marker "X" or blank, 80-85 duration.
 #pragma once
 
+#include <vector>
+
 #include <velmora/base/currency.h>
 #include <velmora/base/text.h>
 
@@ -18,6 +20,9 @@ inline constexpr int kColumnWidth = 25;
 Text textColumn(TextView v);
 // The same, appended to a row: rows are built in one buffer, without a text per column.
 void appendTextColumn(Text& row, TextView v);
+// The values of a row's three text columns, kept beside the row for assistive technology
+// when the row cuts one of them; none when all three fit.
+std::vector<Text> wholeColumns(TextView c1, TextView c2, TextView c3);
 // 7 minus the length of d blanks, then d. A d longer than 7 cannot be aligned and
 // fails with the invalid-call error, as the platform's Space() of a negative count.
 Text proposalDuration(TextView d);

@@ -43,6 +43,15 @@ void appendColumns(Text& row, bool autre, const Text& code) {
   resumeNext([&] { rows::appendTextColumn(row, R_Soins->r(1)); });
 }
 
+std::vector<Text> wholeColumns(bool autre, const Text& code) {
+  try {
+    if (autre) return rows::wholeColumns(R_GroupeTache->r(2), R_Tache->r(2), code);
+    return rows::wholeColumns(R_RegroupSoins->r(1), R_TypeSoins->r(1), R_Soins->r(1));
+  } catch (const Failure&) {
+    return {};
+  }
+}
+
 void appendDuration(Text& row, TextView duration, int width) {
   resumeNext([&] {
     row += width == 7 ? rows::proposalDuration(duration)

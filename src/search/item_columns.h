@@ -10,6 +10,8 @@
 //   column 3    the code                          act attribute 1
 #pragma once
 
+#include <vector>
+
 #include <velmora/base/text.h>
 
 namespace velmora::search {
@@ -21,6 +23,10 @@ bool readItemRecords(bool autre, const Text& code);
 
 // Appends the three text columns, one statement each, from the cursors just read.
 void appendColumns(Text& row, bool autre, const Text& code);
+
+// The whole values of the three columns, from the same cursors, where the row cuts one
+// (rows::wholeColumns); none when a cursor is empty. Reads nothing and sets no error.
+std::vector<Text> wholeColumns(bool autre, const Text& code);
 
 // Appends the duration right-aligned in `width` places (7 for a proposal row, 6 behind
 // the marker of a selection row); a duration that does not fit leaves the row without one.

@@ -24,7 +24,7 @@ void fillUpperList(const SearchFill& fill) {
     resumeNext([&] {
       row += fill.end == RowEnd::kFloating ? Text(u"  *") : u"  " + R_TablePossible->r(i, 3);
     });
-    resumeNext([&] { c.Lst_Possible.AddItem(row); });
+    resumeNext([&] { c.Lst_Possible.AddItem(row, wholeColumns(fill.autre, code)); });
     resumeNext([&] { c.Lst_CodePos.AddItem(code); });
   }
   resumeNext(fill.triePossible);
@@ -45,7 +45,7 @@ void fillLowerHalf(const SearchFill& fill) {
       appendColumns(row, fill.autre, code);
       row += observation.empty() ? u" " : u"X";
       appendDuration(row, duration, 6);
-      resumeNext([&] { c.Lst_Selectionne.AddItem(row); });
+      resumeNext([&] { c.Lst_Selectionne.AddItem(row, wholeColumns(fill.autre, code)); });
       resumeNext([&] { c.Lst_CodeSelect.AddItem(code); });
       // By table row: a dropped item leaves its number unused.
       resumeNext([&] { R_Obs->set(i, observation); });

@@ -63,7 +63,8 @@ void Ctr_VelmoraNew::Cmd_Select_Click() {
         working += mid(proposal, 53, 33);
       }
       // 5. Append, at least 80 long so that the marker and position 80 exist.
-      Lst_Selectionne.AddItem(working.size() < 80 ? padRight(working, 80) : working);
+      Lst_Selectionne.AddItem(working.size() < 80 ? padRight(working, 80) : working,
+                              Lst_Possible.wholeColumns(i));
       // 6. Code.
       Lst_CodeSelect.AddItem(Lst_CodePos.List(i));
       // 7. Duration.

@@ -8,7 +8,8 @@ namespace velmora::toolkit {
 
 namespace {
 const Text kNoRow;
-}
+const std::vector<Text> kNoColumns;
+}  // namespace
 
 Label::Label(std::string name, Geometry geometry, int tabIndex, Text caption)
     : Control(std::move(name), Kind::Label, geometry, tabIndex), caption_(std::move(caption)) {}
@@ -165,20 +166,32 @@ void ListBox::checkIndex(int index, const char* what) const {
 
 void ListBox::Clear() {
   rows_.clear();
+  wholeColumns_.clear();
   selected_.clear();
   listIndex_ = -1;
   notify(Change::RowsReset);
 }
 
 void ListBox::AddItem(TextView item) {
+  AddItem(item, {});
+}
+
+void ListBox::AddItem(TextView item, std::vector<Text> wholeColumns) {
   rows_.emplace_back(item);
+  wholeColumns_.push_back(std::move(wholeColumns));
   selected_.push_back(0);
   notify(Change::RowAdded, ListCount() - 1);
+}
+
+const std::vector<Text>& ListBox::wholeColumns(int index) const {
+  if (index < 0 || index >= ListCount()) return kNoColumns;
+  return wholeColumns_[index];
 }
 
 void ListBox::RemoveItem(int index) {
   checkIndex(index, "RemoveItem");
   rows_.erase(rows_.begin() + index);
+  wholeColumns_.erase(wholeColumns_.begin() + index);
   selected_.erase(selected_.begin() + index);
   // The current row goes with its row; rows behind it move up by one.
   if (listIndex_ == index) {
@@ -227,6 +240,7 @@ void ListBox::swapRows(int a, int b) {
   checkIndex(b, "échange");
   if (a == b) return;
   std::swap(rows_[a], rows_[b]);
+  std::swap(wholeColumns_[a], wholeColumns_[b]);
   std::swap(selected_[a], selected_[b]);
   // No Click either way: nothing was chosen anew.
   if (currentFollows && currentFollows()) {

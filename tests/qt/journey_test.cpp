@@ -112,7 +112,8 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     key(QApplication::focusWidget(), Qt::Key_Space);
     record();
     key(&possible, Qt::Key_End);
-    key(&possible, Qt::Key_Return);
+    key(&possible, Qt::Key_Space);
+    key(&possible, Qt::Key_Return);  // Sélectionner
     record();
     QTest::mouseDClick(selected.viewport(), Qt::LeftButton, {}, selected.rowRect(0).center());
     record();

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyle>
 
 #include "control/module_slots.h"
 #include "qt/control_views.h"
@@ -97,6 +98,59 @@ TEST_F(Surface, FontsAndColoursAreThoseOfTheDesign) {
   EXPECT_EQ(w.view(ctl.Txt_Duree)->palette().color(QPalette::Disabled, QPalette::Base),
             QColor(192, 192, 255));
   EXPECT_EQ(w.view(ctl.Txt_Barre1)->palette().color(QPalette::Base), QColor(64, 64, 64));
+}
+
+// The rows stand under their headings, as with Courier New 8.25 pt on a 96-dpi screen:
+// every character takes a cell of 7 pixels and position 1 starts 4 pixels inside the
+// list, so that position 53 starts at the x of "Tâche" and position 88 is centred under
+// "F"; and no caption is wider than its box. Measured on the drawn pixels, in device
+// pixels, so that the entry test_qt_scale2 measures a screen of scale 2 (QT_SCALE_FACTOR).
+TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped) {
+  const std::vector<int> positions{0, 26, 52, 78, 84, 87};  // counted from 0
+  Text row(88, u' ');
+  for (const int p : positions) row[static_cast<std::size_t>(p)] = u'\u2588';
+  w.show();
+  for (const auto& [list, heading] : {std::pair{&ctl.Lst_Possible, &ctl.Etq_Pos3},
+                                      std::pair{&ctl.Lst_Selectionne, &ctl.Etq_Sel3}}) {
+    list->AddItem(row);
+    auto* view = w.listView(*list);
+    QCoreApplication::processEvents();
+    const QImage shot = view->grab().toImage();
+    const qreal scale = shot.devicePixelRatio();
+    const QRect rowRect = view->rowRect(0).translated(view->viewport()->pos());
+    const int y = qRound(rowRect.center().y() * scale);
+    // Starts of the runs of ink along the middle of the row: one block per cell, which it
+    // fills but for the letter spacing (less than a pixel of scale 1).
+    std::vector<int> starts;
+    for (int x = 0, run = 0; x <= shot.width(); ++x) {
+      const bool ink = x < shot.width() && qGray(shot.pixel(x, y)) < 128;
+      if (ink && run == 0) starts.push_back(x);
+      if (!ink && run > 0) {
+        EXPECT_GE(run, qRound(6 * scale)) << list->name() << " at x " << x;
+        EXPECT_LE(run, qRound(7 * scale)) << list->name() << " at x " << x;
+      }
+      run = ink ? run + 1 : 0;
+    }
+    std::vector<int> expected;
+    const int headingX = w.view(*heading)->x() - view->x();  // both lie in the frame
+    for (const int p : positions) expected.push_back(qRound((headingX + 7 * (p - 52)) * scale));
+    EXPECT_EQ(starts, expected) << list->name() << " at scale " << scale;
+    EXPECT_EQ(expected.front(), qRound(4 * scale));
+  }
+  // Position 88 is centred under "F".
+  const QWidget* f = w.view(ctl.Label1);
+  EXPECT_EQ(2 * (w.view(ctl.Etq_Pos3)->x() + 7 * (87 - 52)) + 7, 2 * f->x() + f->width());
+  for (QWidget* child : w.findChildren<QWidget*>()) {
+    const QString caption = captionOf(child);
+    if (caption.isEmpty() || qobject_cast<QLineEdit*>(child)) continue;
+    int room = child->width();
+    if (qobject_cast<QCheckBox*>(child)) {
+      room -= child->style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+              child->style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing);
+    }
+    EXPECT_LE(child->fontMetrics().horizontalAdvance(caption), room)
+        << child->objectName().toStdString();
+  }
 }
 
 TEST_F(Surface, InitRewritesTheCaptionsOnScreenForEachKind) {

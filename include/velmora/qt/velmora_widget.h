@@ -81,6 +81,12 @@ class VELMORA_EXPORT VelmoraWidget : public QWidget {
   // A failure that the control let out: its number and message.
   void failed(int number, const QString& message);
 
+ protected:
+  // Escape is Annuler while an edit is open.
+  void keyPressEvent(QKeyEvent* event) override;
+  // The focus is drawn from the start, not only once the planner has pressed Tab.
+  void showEvent(QShowEvent* event) override;
+
  private:
   // A failure from the control or from a gesture: emitted, or shown when no one listens.
   void reportFailure(const Failure& failure);

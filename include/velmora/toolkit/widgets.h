@@ -129,6 +129,11 @@ class VELMORA_EXPORT ListBox : public Control {
   bool multiSelect() const { return multiSelect_; }
   void Clear();
   void AddItem(TextView item);
+  // The same, with the whole values of the text columns that the row cuts, for assistive
+  // technology; they travel with the row (sorts, removals) and nothing else reads them.
+  void AddItem(TextView item, std::vector<Text> wholeColumns);
+  // Those values, or none when the row was added without them.
+  const std::vector<Text>& wholeColumns(int index) const;
   void RemoveItem(int index);
   int ListCount() const { return static_cast<int>(rows_.size()); }
   // "" at -1 or past the last row.
@@ -160,6 +165,7 @@ class VELMORA_EXPORT ListBox : public Control {
 
   bool multiSelect_;
   std::vector<Text> rows_;
+  std::vector<std::vector<Text>> wholeColumns_;
   std::vector<char> selected_;
   int listIndex_ = -1;
 };
