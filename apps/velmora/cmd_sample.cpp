@@ -2,6 +2,7 @@
 #include <string>
 
 #include <velmora/store/sample_account.h>
+#include <velmora/store/sqlite_database.h>
 #include "base/message.h"
 #include "command.h"
 #include "sample_directory.h"
@@ -19,7 +20,7 @@ int run(Arguments& args) {
   const SampleBuild built = buildSampleDatabase(target, from);
   std::cout << "velmora: "
             << say("{}: {} lines from {} files",
-                   {target, std::to_string(built.lines), std::to_string(built.files)})
+                   {store::shownLocation(target), std::to_string(built.lines), std::to_string(built.files)})
             << "\n";
   return 0;
 }
