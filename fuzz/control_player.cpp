@@ -161,8 +161,14 @@ void Player::init(Bytes& in) {
   a.HeureA = t < kTimes.size() ? Text(kTimes[t][1]) : in.text();
   a.Jour = pick(in, kDays);
   clean_ = true;
-  summed_ = checkTotal_;
   control_.Init(a);
+  // A consultation that fails part way is given up inside Init (documented): W_Total then
+  // holds the first pass's sum with an empty Txt_Duree. The sum is promised only where
+  // the control shows its total consistent.
+  const Text& shown = control_.Txt_Duree.getText();
+  const double total = control_.W_Total.toDouble();
+  const auto minutes = readBack(shown);
+  summed_ = checkTotal_ && (shown.empty() ? total == 0 : minutes && *minutes == total);
 }
 
 bool Player::step(Bytes& in) {
