@@ -294,7 +294,7 @@ void Player::host(std::uint8_t op, Bytes& in) {
       if (which == 0) return c.Affiche_Tache_ClicDroit();
       if (which == 1) return c.Remplir_Soins();
       if (which == 2) return c.Charge_AideTache();
-      std::int16_t pass = static_cast<std::int16_t>(in.byte() % 4);
+      auto pass = static_cast<std::int16_t>(in.byte() % 4);
       return c.Affiche_Tache_ClicDroit_TraiteTableau(pass);
     }
     default:

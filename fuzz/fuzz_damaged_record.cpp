@@ -3,6 +3,7 @@
 // gone), then Init and a planner's usual gestures: the control fails only through its
 // documented failures, and its lists stay parallel.
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -82,7 +83,7 @@ void damageRecord(Batch& batch, const Batch::PutRecord& put, fuzz::Bytes& in) {
 }
 
 void damageItem(Batch& batch, DictionaryItem item, fuzz::Bytes& in) {
-  const int odd[] = {-2, -1, 0, 1, 2, 5, 17, 26, 999999, 1000000};
+  constexpr std::array odd{-2, -1, 0, 1, 2, 5, 17, 26, 999999, 1000000};
   const std::uint8_t what = in.byte();
   const int value = odd[in.byte() % std::size(odd)];
   if (what % 3 == 0) item.attribute = value;
@@ -94,9 +95,9 @@ void damageItem(Batch& batch, DictionaryItem item, fuzz::Bytes& in) {
 // A planner's usual morning, in the player's bytes: mark two proposals and select them,
 // edit the first selected duration to 25, write an observation, remove a row (Yes), tick
 // and untick the show-all box, hand the selection to the host, empty it and show it again.
-constexpr std::uint8_t kUsualGestures[] = {1,   0,   1, 1,  5,  2,  0,  4, 0,   11,  2,
-                                           '2', '5', 6, 2,  0,  9,  27, 4, 'N', 'o', 't',
-                                           'e', 8,   0, 14, 14, 15, 16, 0, 17,  0};
+constexpr auto kUsualGestures =
+    std::to_array<std::uint8_t>({1, 0,  1, 1,   5,   2,   0,   4, 0, 11, 2,  '2', '5', 6, 2,  0,
+                                 9, 27, 4, 'N', 'o', 't', 'e', 8, 0, 14, 14, 15,  16,  0, 17, 0});
 
 }  // namespace
 
@@ -127,7 +128,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   {
     fuzz::Player player(openDatabase(copy), false);
     player.init(in);
-    fuzz::Bytes usual(kUsualGestures, sizeof kUsualGestures);
+    fuzz::Bytes usual(kUsualGestures.data(), kUsualGestures.size());
     while (player.step(usual)) {
     }
     for (int steps = 0; steps < 16 && player.step(in); ++steps) {
