@@ -1,0 +1,373 @@
+#include "control_player.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
+#include <velmora/control/frm_ajout_obs_tache.h>
+#include <velmora/store/sample_account.h>
+#include "control/module_slots.h"
+
+namespace velmora::fuzz {
+
+namespace {
+
+// Init's arguments: the usual ones of the sample account, odd ones, or the fuzzer's text
+// (the index one past the table).
+const std::vector<std::u16string_view> kTypes{u"AUTRE", u"SSIAD", u"", u"autre"};
+const std::vector<std::u16string_view> kCodes{
+    u"00001", u"00002", u"00003", u"00004", u"00005", u"00006", u"00007", u"00008", u"00009",
+    u"00010", u"00011", u"00012", u"00013", u"00014", u"", u"0000]", u"00\"01", u"99999", u"000011",
+    u"00001FLOT", u"00002FLOT", u"FLOT", u"SEMTYPE",
+    // planned interventions, fixed and floating templates: the consultation
+    u"AG001000012151200010100850", u"AG001000022151200010200800", u"AG002000072151300010310850",
+    u"AG001000052151400010420900", u"AG00100001", u"00001211860085001SEMTYPE",
+    u"00002210641180001SEMTYPE", u"00014214594080001SEMTYPE", u"0000121186100001SEMTYPEFLOT",
+    u"0000221064190001SEMTYPEFLOT", u"00001FLOTSEMTYPE"};
+const std::vector<std::u16string_view> kDates{
+    u"23/11/2026", u"25/11/2026", u"27/11/2026", u"01/01/2027", u"",          u"31/02/2026",
+    u"abc",        u"21512",      u"23/11/26",   u"99/99/9999", u"-1/01/2026"};
+const std::vector<std::u16string_view> kEndDates{u"", u"30/11/2026", u"01/01/2020", u"abc"};
+const std::vector<std::array<std::u16string_view, 2>> kTimes{
+    {u"08:30", u"10:00"}, {u"00:00", u"23:59"}, {u"14:00", u"15:30"},
+    {u"08:00", u"08:45"}, {u"", u""},           {u"25:99", u"99:99"},
+    {u"8.5", u"10"},      {u"10:00", u"08:30"}, {u"ab:cd", u"-1"}};
+const std::vector<std::u16string_view> kDays{u"1000000", u"0010000", u"0000100", u"0000001",
+                                             u"0100000", u"",        u"abc",     u"11111111",
+                                             u"9",       u"1111111"};
+// Item codes for a host's W_Aff: tasks and care acts of the account, and a stale one.
+const std::vector<std::u16string_view> kItems{
+    u"Aide au lever", u"Repassage",    u"Aspirateur",          u"010101",
+    u"010301",        u"Conversation", u"Lavage de la voiture"};
+
+Text pick(Bytes& in, const std::vector<std::u16string_view>& table) {
+  const std::size_t i = in.byte() % (table.size() + 1);
+  return i < table.size() ? Text(table[i]) : in.text();
+}
+
+Text selectedDuration(const toolkit::ListBox& list, int row) {
+  return trimBlanks(mid(list.List(row), 81, 5));
+}
+
+// The read-back of the total's display form: minutes before the first "h" times 60, plus
+// those after it.
+std::optional<double> readBack(const Text& shown) {
+  const auto h = shown.find(u'h');
+  if (h == Text::npos) return std::nullopt;
+  const auto hours = parseNumber(TextView(shown).substr(0, h));
+  const auto minutes = parseNumber(TextView(shown).substr(h + 1));
+  if (!hours || !minutes) return std::nullopt;
+  return *hours * 60 + *minutes;
+}
+
+}  // namespace
+
+// The store file of this process, removed when the process ends (but for a crash).
+struct SampleStore {
+  std::string path = (std::filesystem::temp_directory_path() /
+                      ("velmora-fuzz-sample-" + std::to_string(::getpid()) + ".db"))
+                         .string();
+  SampleStore() { buildSampleDatabase(path, VELMORA_SAMPLE_DIR); }
+  ~SampleStore() { std::filesystem::remove(path); }
+  SampleStore(const SampleStore&) = delete;
+  SampleStore& operator=(const SampleStore&) = delete;
+};
+
+const std::string& sampleStorePath() {
+  static const SampleStore store;
+  return store.path;
+}
+
+Text Bytes::text() {
+  const std::size_t length = byte();
+  const std::size_t piece = length < 200 ? length : length - 200;
+  Text out;
+  for (std::size_t i = 0; i < piece && !empty(); ++i) {
+    const std::uint8_t b = byte();
+    out.push_back(b == 1   ? kAttributeMark
+                  : b == 2 ? kValueMark
+                  : b == 3 ? kSubvalueMark
+                  : b == 4 ? char16_t{0xD800}
+                           : char16_t{b});
+  }
+  if (length >= 200) {
+    const Text unit = out;
+    for (int n = byte() * 16; n > 0; --n) out += unit;
+  }
+  return out;
+}
+
+void fault(const std::string& what) {
+  std::fprintf(stderr, "fault: %s\n", what.c_str());
+  __builtin_trap();
+}
+
+void expectDocumented(const Failure& failure) {
+  if (std::getenv("VELMORA_FUZZ_SHOW")) {
+    std::fprintf(stderr, "failure %ld: %s\n", failure.number(), failure.what());
+  }
+  namespace e = errors;
+  for (const long number :
+       {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
+        e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
+    if (failure.number() == number) {
+      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
+      return;
+    }
+  }
+  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
+}
+
+Player::Player(DatabaseRef database, bool checkTotal)
+    : database_(std::move(database)),
+      checkTotal_(checkTotal),
+      services_(std::make_shared<toolkit::ScriptedServices>()) {
+  Variable::resetAll();
+  control_.setServices(services_);
+  // As a host does: a failure of a gesture is shown, and the planner goes on.
+  control_.setFailureHandler([this](const Failure& f) {
+    expectDocumented(f);
+    clean_ = false;
+  });
+}
+
+Player::~Player() {
+  // The observations dialog is one instance for the process: leave it closed.
+  Frm_AjoutObsTache& dialog = DefaultFrm_AjoutObsTache();
+  if (dialog.isLoaded()) {
+    try {
+      dialog.Cmd_AnnulerObs.press();
+    } catch (const Failure&) {
+    }
+  }
+  Variable::resetAll();
+}
+
+void Player::init(Bytes& in) {
+  control_.TheDatabase(database_);
+  InitArguments a;
+  a.TypeAct = pick(in, kTypes);
+  a.Code = pick(in, kCodes);
+  a.DateDeb = pick(in, kDates);
+  a.DateFin = pick(in, kEndDates);
+  const std::size_t t = in.byte() % (kTimes.size() + 1);
+  a.HeureDe = t < kTimes.size() ? Text(kTimes[t][0]) : in.text();
+  a.HeureA = t < kTimes.size() ? Text(kTimes[t][1]) : in.text();
+  a.Jour = pick(in, kDays);
+  clean_ = true;
+  control_.Init(a);
+  // A consultation that fails part way is given up inside Init (documented): W_Total then
+  // holds the first pass's sum with an empty Txt_Duree. The sum is promised only where
+  // the control shows its total consistent.
+  const Text& shown = control_.Txt_Duree.getText();
+  const double total = control_.W_Total.toDouble();
+  const auto minutes = readBack(shown);
+  summed_ = checkTotal_ && (shown.empty() ? total == 0 : minutes && *minutes == total);
+}
+
+bool Player::step(Bytes& in) {
+  if (in.empty()) return false;
+  const std::uint8_t op = in.byte();
+  const Text before = control_.Txt_Duree.getText();
+  try {
+    run(op, in);
+  } catch (const Failure& f) {
+    expectDocumented(f);
+    clean_ = false;
+  } catch (const std::exception& e) {
+    fault(std::string("an exception that is no Failure: ") + e.what());
+  }
+  if (trace_) {
+    std::fprintf(stderr, "step %d: %zu proposed, %zu selected, Txt_Duree \"%s\", W_Total %s%s\n",
+                 op % 22, static_cast<std::size_t>(control_.Lst_Possible.ListCount()),
+                 static_cast<std::size_t>(control_.Lst_Selectionne.ListCount()),
+                 toUtf8(control_.Txt_Duree.getText()).c_str(),
+                 toUtf8(control_.W_Total.toText()).c_str(), clean_ ? "" : " (after a failure)");
+  }
+  if (!clean_) return true;
+  checkInvariants();
+  const Text& after = control_.Txt_Duree.getText();
+  // The documented total: a Txt_Duree that a step wrote anew reads back as W_Total, but
+  // for the 0h00 that a removal writes into an empty box without touching W_Total.
+  if (checkTotal_ && after != before && !after.empty() && !(before.empty() && after == u"0h00")) {
+    const auto minutes = readBack(after);
+    if (!minutes || std::abs(*minutes - control_.W_Total.toDouble()) > 1e-9) {
+      fault("Txt_Duree " + toUtf8(after) + " while W_Total is " +
+            toUtf8(control_.W_Total.toText()));
+    }
+  }
+  if (summed_) checkSum();
+  return true;
+}
+
+void Player::run(std::uint8_t op, Bytes& in) {
+  Ctr_VelmoraNew& c = control_;
+  const auto row = [&in](const toolkit::ListBox& list) {
+    return list.ListCount() == 0 ? 0 : in.byte() % list.ListCount();
+  };
+  switch (op % 22) {
+    case 0:
+      return init(in);
+    case 1:
+      return c.Lst_Possible.click(row(c.Lst_Possible));
+    case 2:
+      return c.Lst_Selectionne.click(row(c.Lst_Selectionne));
+    case 3:
+      return c.Lst_Possible.doubleClick(row(c.Lst_Possible));
+    case 4:
+      return c.Lst_Selectionne.doubleClick(row(c.Lst_Selectionne));
+    case 5:
+      return c.Cmd_Select.press();
+    case 6:
+      return c.Cmd_OKVelmora.press();
+    case 7:
+      return c.Cmd_AnnulerVelmora.press();
+    case 8: {
+      // The question before a removal: Yes, No, or left without an answer.
+      const int answer = in.byte() % 3;
+      if (answer < 2) services_->answer(answer == 0 ? toolkit::kMsgBoxYes : toolkit::kMsgBoxNo);
+      return c.Cmd_SupprVelmora.press();
+    }
+    case 9:
+      observation(in);
+      return c.Cmd_Obs.press();
+    case 10:
+      return c.Txt_DureeSoin.typeText(in.text());
+    case 11:
+      return c.Txt_DureeSoin.replaceText(in.text());
+    case 12:
+      // A key as the keyboard gives it: digits, backspace, letters, anything.
+      return c.Txt_DureeSoin.typeKey(in.byte());
+    case 13:
+      return c.Txt_DureeSoin.leave();
+    case 14:
+      summed_ = false;  // unticking may zero the total and keep the selection
+      return c.Cac_TouteTache.toggle();
+    default:
+      // The host's emptying and fills set the total apart from the selection.
+      if (op % 22 != 15 && op % 22 != 21) summed_ = false;
+      return host(op % 22, in);
+  }
+}
+
+void Player::host(std::uint8_t op, Bytes& in) {
+  Ctr_VelmoraNew& c = control_;
+  switch (op) {
+    case 15:
+      c.MAJ_Enr();
+      if (clean_) checkRecord();
+      return;
+    case 16:
+      return in.byte() % 2 == 0 ? c.Vider_Tache() : c.Vider_liste();
+    case 17: {
+      // Affiche of what MAJ_Enr gave, or of items the host makes up.
+      const int count = in.byte() % 5;
+      if (count == 0) {
+        if (c.W_Enr.empty()) return;
+        c.W_Aff = RecordRef::make(*c.W_Enr);
+        return c.Affiche();
+      }
+      NorvikRecord items;
+      for (int i = 1; i <= count; ++i) {
+        items.set(i, 1, pick(in, kItems));
+        items.set(i, 2, in.text());
+        items.set(i, 3, in.text());
+      }
+      c.W_Aff = RecordRef::make(items);
+      return c.Affiche();
+    }
+    case 18:
+      return c.TheDatabase(database_);
+    case 19: {
+      Boolean below = in.byte() % 2 == 0 ? kTrue : kFalse;
+      return in.byte() % 2 == 0 ? c.Recherche_SemaineType(below)
+                                : c.Recherche_SemaineTypeFlot(below);
+    }
+    case 20: {
+      const int which = in.byte() % 4;
+      if (which == 0) return c.Affiche_Tache_ClicDroit();
+      if (which == 1) return c.Remplir_Soins();
+      if (which == 2) return c.Charge_AideTache();
+      auto pass = static_cast<std::int16_t>(in.byte() % 4);
+      return c.Affiche_Tache_ClicDroit_TraiteTableau(pass);
+    }
+    default:
+      (void)c.AuMoinsUneTacheImperative();
+      return;
+  }
+}
+
+void Player::observation(Bytes& in) {
+  const std::uint8_t how = in.byte();
+  const bool hasText = (how & 1) != 0;
+  const Text text = hasText ? in.text() : Text();
+  // Up to three buttons of the dialog: its close box, Ok, Annuler.
+  std::vector<int> buttons;
+  for (int i = 0, b = how >> 1; i < 3; ++i, b >>= 2) {
+    if ((b & 3) == 3) break;
+    buttons.push_back(b & 3);
+  }
+  services_->onModal([hasText, text, buttons](toolkit::Form& form) {
+    auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
+    if (hasText) dialog.Txt_Obs.replaceText(text);
+    for (const int b : buttons) {
+      if (b == 0) dialog.requestClose();
+      if (b == 1) dialog.Cmd_OkObs.press();
+      if (b == 2) dialog.Cmd_AnnulerObs.press();
+    }
+  });
+}
+
+void Player::checkInvariants() const {
+  const Ctr_VelmoraNew& c = control_;
+  if (c.Lst_CodePos.ListCount() != c.Lst_Possible.ListCount() ||
+      c.Lst_CodeSelect.ListCount() != c.Lst_Selectionne.ListCount()) {
+    fault("a code list out of step with its list: " + std::to_string(c.Lst_Possible.ListCount()) +
+          "/" + std::to_string(c.Lst_CodePos.ListCount()) + " proposed, " +
+          std::to_string(c.Lst_Selectionne.ListCount()) + "/" +
+          std::to_string(c.Lst_CodeSelect.ListCount()) + " selected");
+  }
+}
+
+// From Init on, while each gesture adds or takes off its row's duration, W_Total is the
+// sum of the selection's durations.
+void Player::checkSum() const {
+  const toolkit::ListBox& rows = control_.Lst_Selectionne;
+  double sum = 0;
+  for (int i = 0; i < rows.ListCount(); ++i) {
+    const Text d = selectedDuration(rows, i);
+    if (d.empty()) continue;
+    const auto minutes = parseNumber(d);
+    if (!minutes) return;  // not a duration the sample account holds
+    sum += *minutes;
+  }
+  if (std::abs(sum - control_.W_Total.toDouble()) > 1e-9) {
+    fault("W_Total " + toUtf8(control_.W_Total.toText()) + " for a selection of " +
+          std::to_string(sum) + " minutes");
+  }
+}
+
+// W_Enr after MAJ_Enr: one item a selected row, in order, with the row's duration.
+void Player::checkRecord() const {
+  const Ctr_VelmoraNew& c = control_;
+  const toolkit::ListBox& rows = c.Lst_Selectionne;
+  if (c.W_Enr.empty()) fault("MAJ_Enr left no W_Enr");
+  if (rows.ListCount() > 0 && c.W_Enr->DCount() != rows.ListCount()) {
+    fault("W_Enr has " + std::to_string(c.W_Enr->DCount()) + " items for " +
+          std::to_string(rows.ListCount()) + " selected rows");
+  }
+  for (int n = 1; n <= rows.ListCount(); ++n) {
+    if (c.W_Enr->r(n, 2) != selectedDuration(rows, n - 1)) {
+      fault("item " + std::to_string(n) + " of W_Enr has the duration \"" +
+            toUtf8(c.W_Enr->r(n, 2)) + "\", its row \"" + toUtf8(rows.List(n - 1)) + "\"");
+    }
+  }
+}
+
+}  // namespace velmora::fuzz
