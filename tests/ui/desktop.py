@@ -233,7 +233,9 @@ class Desktop:
         read_end, write_end = os.pipe()
         server = self._spawn(
             ["Xvfb", f":{number}", "-displayfd", str(write_end), "-screen", "0", "1600x1000x24",
-             "-nolisten", "tcp"],
+             # -noreset: the readiness probe's disconnection must not make it reset
+             # while the demo connects.
+             "-noreset", "-nolisten", "tcp"],
             pass_fds=(write_end,),
             stderr=subprocess.DEVNULL,
         )
