@@ -18,7 +18,7 @@
 #include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
 #include "control/module_slots.h"
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 #include "support/interventions.h"
 #include "support/large_account.h"
 

@@ -10,7 +10,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
-#include "store/account_layout.h"
+#include "store/engine/account_layout.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <velmora/base/failure.h>
 #include <velmora/control/client_code.h>
 #include "base/message.h"
-#include "store/read_connection.h"  // isServerUri
-#include "store/replacement_file.h"
+#include "store/engine/read_connection.h"  // isServerUri
+#include "store/exchange/replacement_file.h"
 
 namespace velmora::cli {
 

@@ -9,7 +9,7 @@
 #include <velmora/store/exchange.h>
 #include "base/message.h"
 #include "command.h"
-#include "store/replacement_file.h"
+#include "store/exchange/replacement_file.h"
 
 namespace velmora::cli {
 

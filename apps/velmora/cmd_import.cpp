@@ -10,7 +10,7 @@
 #include <velmora/store/writer.h>
 #include "base/message.h"
 #include "command.h"
-#include "store/replacement_file.h"
+#include "store/exchange/replacement_file.h"
 
 namespace velmora::cli {
 

@@ -13,7 +13,7 @@
 #include <velmora/store/record.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
-#include "store/account_layout.h"
+#include "store/engine/account_layout.h"
 
 #ifndef VELMORA_LARGE_ACCOUNT
 #define VELMORA_LARGE_ACCOUNT "/tmp/velmora-large-account.db"

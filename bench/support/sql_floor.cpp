@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "store/key_bytes.h"
+#include "store/engine/key_bytes.h"
 
 namespace velmora::bench {
 

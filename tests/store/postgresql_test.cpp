@@ -21,7 +21,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/store/sqlite_database.h>
 #include "cli/run_velmora.h"
-#include "store/postgresql_support.h"
+#include "store/postgresql/postgresql_support.h"
 #include "support/account.h"
 #include "support/failure_number.h"
 

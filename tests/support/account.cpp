@@ -13,7 +13,7 @@
 #include <system_error>
 
 #include <velmora/store/sqlite_database.h>
-#include "store/account_layout.h"
+#include "store/engine/account_layout.h"
 
 namespace velmora::testing {
 

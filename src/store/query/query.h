@@ -3,7 +3,7 @@
 
 #include <velmora/base/text.h>
 #include <velmora/store/record.h>
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 
 namespace velmora::store {
 

@@ -7,7 +7,7 @@
 #include <chrono>
 
 #include "control/fixture.h"
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 
 namespace velmora::testing {
 namespace {

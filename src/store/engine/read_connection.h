@@ -19,7 +19,7 @@
 #include <velmora/store/sqlite_database.h>  // StoreStatistics
 #include <velmora/store/writer.h>           // DictionaryItem
 #include "base/text_map.h"
-#include "store/key_bytes.h"
+#include "store/engine/key_bytes.h"
 
 namespace velmora::store {
 

@@ -4,8 +4,8 @@
 
 #include <velmora/base/failure.h>
 #include "base/message.h"
-#include "store/batch_target.h"
-#include "store/read_connection.h"  // isServerUri
+#include "store/engine/batch_target.h"
+#include "store/engine/read_connection.h"  // isServerUri
 
 namespace velmora {
 

@@ -1,4 +1,4 @@
-#include "store/sqlite_read_connection.h"
+#include "store/sqlite/sqlite_read_connection.h"
 
 namespace velmora::store {
 

@@ -1,13 +1,13 @@
-#include "store/store_database.h"
+#include "store/engine/store_database.h"
 
 #include <filesystem>
 #include <system_error>
 
 #include <velmora/base/failure.h>
 #include "base/message.h"
-#include "store/postgresql_read_connection.h"
+#include "store/postgresql/postgresql_read_connection.h"
 #include "store/query/query.h"
-#include "store/sqlite_read_connection.h"
+#include "store/sqlite/sqlite_read_connection.h"
 
 namespace velmora::store {
 

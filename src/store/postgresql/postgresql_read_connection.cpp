@@ -1,10 +1,10 @@
-#include "store/postgresql_read_connection.h"
+#include "store/postgresql/postgresql_read_connection.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 
-#include "store/key_bytes.h"
+#include "store/engine/key_bytes.h"
 
 namespace velmora::store {
 

@@ -14,7 +14,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/base/text.h>
 #include <velmora/store/writer.h>  // store::Connection
-#include "store/key_bytes.h"
+#include "store/engine/key_bytes.h"
 
 namespace velmora::store {
 

@@ -7,7 +7,7 @@
 
 #include <velmora/base/failure.h>
 #include "base/message.h"
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 
 namespace velmora {
 

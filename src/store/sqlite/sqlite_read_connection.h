@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "store/read_connection.h"
-#include "store/sqlite_support.h"
+#include "store/engine/read_connection.h"
+#include "store/sqlite/sqlite_support.h"
 
 namespace velmora::store {
 

@@ -7,7 +7,7 @@
 
 #include <velmora/store/database.h>
 #include <velmora/store/sqlite_database.h>  // StoreStatistics
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 
 namespace velmora::store {
 

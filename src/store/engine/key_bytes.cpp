@@ -1,4 +1,4 @@
-#include "store/key_bytes.h"
+#include "store/engine/key_bytes.h"
 
 namespace velmora::store {
 

@@ -4,9 +4,9 @@
 #include <type_traits>
 
 #include <velmora/base/failure.h>
-#include "store/batch_target.h"
-#include "store/key_bytes.h"
-#include "store/postgresql_support.h"
+#include "store/engine/batch_target.h"
+#include "store/engine/key_bytes.h"
+#include "store/postgresql/postgresql_support.h"
 
 namespace velmora::store {
 

@@ -14,10 +14,10 @@
 #include <velmora/store/exchange.h>
 #include <velmora/store/writer.h>
 #include "base/message.h"
-#include "store/postgresql_support.h"  // displayUri
-#include "store/read_connection.h"
-#include "store/replacement_file.h"
-#include "store/sqlite_support.h"
+#include "store/postgresql/postgresql_support.h"  // displayUri
+#include "store/engine/read_connection.h"
+#include "store/exchange/replacement_file.h"
+#include "store/sqlite/sqlite_support.h"
 
 namespace velmora {
 

@@ -1,9 +1,9 @@
 #include <velmora/store/sqlite_database.h>
 
 #include <velmora/base/failure.h>
-#include "store/read_connection.h"
-#include "store/sqlite_read_connection.h"
-#include "store/store_database.h"
+#include "store/engine/read_connection.h"
+#include "store/sqlite/sqlite_read_connection.h"
+#include "store/engine/store_database.h"
 
 namespace velmora {
 

@@ -1,4 +1,4 @@
-#include "store/replacement_file.h"
+#include "store/exchange/replacement_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

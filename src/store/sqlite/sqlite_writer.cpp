@@ -1,8 +1,8 @@
 #include <optional>
 
 #include <velmora/base/failure.h>
-#include "store/batch_target.h"
-#include "store/sqlite_support.h"
+#include "store/engine/batch_target.h"
+#include "store/sqlite/sqlite_support.h"
 
 namespace velmora::store {
 

@@ -1,4 +1,4 @@
-#include "store/postgresql_support.h"
+#include "store/postgresql/postgresql_support.h"
 
 #include <algorithm>
 #include <array>

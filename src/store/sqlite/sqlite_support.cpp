@@ -1,4 +1,4 @@
-#include "store/sqlite_support.h"
+#include "store/sqlite/sqlite_support.h"
 
 #include <velmora/base/failure.h>
 #include "base/message.h"

@@ -1,6 +1,6 @@
-#include "store/read_connection.h"
+#include "store/engine/read_connection.h"
 
-#include "store/postgresql_support.h"
+#include "store/postgresql/postgresql_support.h"
 
 namespace velmora::store {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "store/postgresql_support.h"
-#include "store/read_connection.h"
+#include "store/postgresql/postgresql_support.h"
+#include "store/engine/read_connection.h"
 
 namespace velmora::store {
 

@@ -1,4 +1,4 @@
-#include "store/account_layout.h"
+#include "store/engine/account_layout.h"
 
 namespace velmora {
 
