@@ -1,3 +1,5 @@
+// Currency: the host platform's fixed-point money, ten-thousandths in 64 bits. Text and doubles
+// convert as the platform converts, in any locale.
 #include <velmora/base/currency.h>
 
 #include <array>

@@ -1,3 +1,5 @@
+// The text helpers every layer shares: UTF-8 at the edges, positions counted from 1, numbers
+// read and written the same way in any locale.
 #include <velmora/base/text.h>
 
 #include <array>

@@ -1,3 +1,5 @@
+// The layout of a new account: its thirteen files and the six dictionary names of the
+// templates, as one batch. The sample and the test accounts are built from it.
 #include "store/engine/account_layout.h"
 
 namespace velmora {

@@ -1,3 +1,5 @@
+// The store's dates: day counts from 31/12/1967 read from and written as French dd/mm/yyyy
+// text. Digits are read one by one, so that a conversion is the same in every locale.
 #include <velmora/store/dates.h>
 
 #include <array>

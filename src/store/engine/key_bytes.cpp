@@ -1,3 +1,5 @@
+// Keys and record bodies as bytes, UTF-16BE, the same in every backend. Byte order is code
+// unit order, so that a range of keys in the index is a range of text.
 #include "store/engine/key_bytes.h"
 
 namespace velmora::store {

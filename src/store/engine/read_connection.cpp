@@ -1,3 +1,5 @@
+// What every read connection does whatever its backend: snapshots that nest, and the caches
+// of files, dictionary items and records read in one. A backend answers only the reads beneath.
 #include "store/engine/read_connection.h"
 
 #include "store/postgresql/postgresql_support.h"

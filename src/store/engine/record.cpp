@@ -1,3 +1,5 @@
+// NorvikRecord: a record's attributes and values kept as structures, read by number and
+// written in place. Reading what isn't there gives ""; writing below 1 fails as an invalid call.
 #include <velmora/store/record.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The database and file objects over a read connection: files that share the connection,
+// queries run through the query engine, snapshots held. Unknown files fail here, by name.
 #include "store/engine/store_database.h"
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// Batch and StoreWriter: changes checked as they are added, then applied to a store in one
+// transaction by the backend its location names. A bad name, key or item fails before anything is written.
 #include <velmora/store/writer.h>
 
 #include <optional>

@@ -1,3 +1,5 @@
+// A file written aside and renamed over its target on commit, so that the target stays as it
+// was until the new content is whole. A temporary left uncommitted is removed.
 #include "store/exchange/replacement_file.h"
 
 #include <fcntl.h>

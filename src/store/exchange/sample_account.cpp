@@ -1,3 +1,5 @@
+// The sample account: every exchange file of a directory read, then built into a new store
+// aside and put in place whole. A server database is filled only when it holds no store yet.
 #include <velmora/store/sample_account.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The PostgreSQL backend's reads: one read-only session with prepared statements, for files,
+// dictionary items, records and range scans. Snapshots are repeatable-read transactions.
 #include "store/postgresql/postgresql_read_connection.h"
 
 #include <algorithm>

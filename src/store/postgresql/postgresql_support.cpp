@@ -1,3 +1,5 @@
+// What the PostgreSQL reader and writer share: libpq handles, the connection and its settings,
+// statements with binary parameters, the schema, and the server's failures in our words.
 #include "store/postgresql/postgresql_support.h"
 
 #include <algorithm>

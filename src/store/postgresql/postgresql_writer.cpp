@@ -1,3 +1,5 @@
+// The PostgreSQL backend's writes: a batch applied in one transaction, its statements sent in
+// chunks before their answers are read. All or nothing, as in the SQLite backend.
 #include <optional>
 #include <string>
 #include <string_view>

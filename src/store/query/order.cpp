@@ -1,3 +1,5 @@
+// The one total order of the query language: empty text, then numbers by exact value, then
+// other text by code unit. Texts are classified once so that sorts compare cheaply.
 #include "store/query/order.h"
 
 namespace velmora::store {

@@ -1,3 +1,5 @@
+// The parser of the query language: the text of a SSELECT or SELECT read into a syntax tree.
+// A malformed query fails with errors::kBadQuery, naming the position and what was expected.
 #include <optional>
 #include <string>
 

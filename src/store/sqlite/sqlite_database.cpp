@@ -1,3 +1,5 @@
+// SqliteDatabase, the database over one SQLite file, and openDatabase, which picks the backend
+// from a location. The statistics of a connection are read through either.
 #include <velmora/store/sqlite_database.h>
 
 #include <velmora/base/failure.h>

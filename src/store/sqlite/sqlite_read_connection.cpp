@@ -1,3 +1,5 @@
+// The SQLite backend's reads: one read-only handle and its prepared statements, for files,
+// dictionary items, records and range scans. Snapshots are read transactions on that handle.
 #include "store/sqlite/sqlite_read_connection.h"
 
 namespace velmora::store {

@@ -1,3 +1,5 @@
+// What the SQLite reader and writer share: the opening of a store file with its checks, the
+// schema, and SQLite's failures put in our words with the store's error numbers.
 #include "store/sqlite/sqlite_support.h"
 
 #include <velmora/base/failure.h>

@@ -1,3 +1,5 @@
+// The SQLite backend's writes: a batch applied in one immediate transaction, all or nothing.
+// A new store is made only in a file that holds nothing yet.
 #include <optional>
 
 #include <velmora/base/failure.h>
