@@ -83,5 +83,32 @@ TEST(CurrencyValues, TextRoundingRangeAndArithmetic) {
   EXPECT_DOUBLE_EQ(Currency::fromUnits(125000).toDouble(), 12.5);
 }
 
+// Each failure number answers yes to its own predicate and no to every other one, so that
+// a host can test a failure by name.
+TEST(FailureNames, EachPredicateNamesItsNumberAlone) {
+  using Predicate = bool (Failure::*)() const noexcept;
+  const std::vector<std::pair<long, Predicate>> names{
+      {errors::kRecordNotFound, &Failure::isNotFound},
+      {errors::kObjectNotSet, &Failure::isObjectNotSet},
+      {errors::kTypeMismatch, &Failure::isTypeMismatch},
+      {errors::kInvalidCall, &Failure::isInvalidCall},
+      {errors::kOverflow, &Failure::isOverflow},
+      {errors::kUnknownFile, &Failure::isUnknownFile},
+      {errors::kBadQuery, &Failure::isBadQuery},
+      {errors::kUnknownName, &Failure::isUnknownName},
+      {errors::kDatabase, &Failure::isDatabase},
+      {errors::kBadImport, &Failure::isBadImport},
+      {errors::kBusy, &Failure::isBusy}};
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const Failure failure(names[i].first, "message");
+    EXPECT_EQ(failure.number(), names[i].first);
+    EXPECT_STREQ(failure.what(), "message");
+    for (std::size_t j = 0; j < names.size(); ++j) {
+      EXPECT_EQ((failure.*names[j].second)(), i == j) << names[i].first << " " << j;
+    }
+  }
+  EXPECT_FALSE(Failure(0, "").isInvalidCall());
+}
+
 }  // namespace
 }  // namespace velmora

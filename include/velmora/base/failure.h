@@ -1,5 +1,5 @@
 // The one exception type of the system: a number and a message, like the host
-// platform's error object.
+// platform's error object, with a named constant and a predicate for each number.
 #pragma once
 
 #include <velmora/export.h>
@@ -23,10 +23,27 @@ inline constexpr long kBadImport = -2147221488;       // an import file that can
 inline constexpr long kBusy = -2147221487;            // another program holds the store's lock
 }  // namespace errors
 
+// A Failure is a value: copied freely, safe to read from any thread once thrown. Every
+// function of the store and the control that can fail throws one, with one of the numbers
+// above and a message that says what was found, where, and what to do; it never holds a
+// password. Test the number with the predicates below rather than comparing raw numbers.
 class VELMORA_EXPORT Failure : public std::runtime_error {
  public:
   Failure(long number, const std::string& message) : std::runtime_error(message), number_(number) {}
+  // The number, one of errors:: (or another the host platform gives, passed through).
   long number() const noexcept { return number_; }
+
+  bool isNotFound() const noexcept { return number_ == errors::kRecordNotFound; }
+  bool isObjectNotSet() const noexcept { return number_ == errors::kObjectNotSet; }
+  bool isTypeMismatch() const noexcept { return number_ == errors::kTypeMismatch; }
+  bool isInvalidCall() const noexcept { return number_ == errors::kInvalidCall; }
+  bool isOverflow() const noexcept { return number_ == errors::kOverflow; }
+  bool isUnknownFile() const noexcept { return number_ == errors::kUnknownFile; }
+  bool isBadQuery() const noexcept { return number_ == errors::kBadQuery; }
+  bool isUnknownName() const noexcept { return number_ == errors::kUnknownName; }
+  bool isDatabase() const noexcept { return number_ == errors::kDatabase; }
+  bool isBadImport() const noexcept { return number_ == errors::kBadImport; }
+  bool isBusy() const noexcept { return number_ == errors::kBusy; }
 
  private:
   long number_;

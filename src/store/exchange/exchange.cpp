@@ -1,3 +1,5 @@
+// The exchange format: JSON Lines read whole into a batch before anything is applied, and a
+// store written out in code unit order. A bad line fails naming the source, the line and the character.
 #include <velmora/store/exchange.h>
 
 #include <algorithm>
@@ -225,7 +227,7 @@ void addLine(Batch& batch, const Json& object, const LineError& fail) {
     if (!object.contains("record")) fail(say("\"record\" is missing"));
     batch.putRecord(file, key, recordOf(object["record"], fail));
   } catch (const Failure& f) {
-    if (f.number() == errors::kBadImport) throw;
+    if (f.isBadImport()) throw;
     fail(f.what());
   }
 }
