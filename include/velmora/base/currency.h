@@ -10,6 +10,8 @@
 
 namespace velmora {
 
+// A value of 8 bytes, copied freely, safe in any thread. Sums past the 64-bit range are
+// the caller's to avoid: the arithmetic does not check them.
 class VELMORA_EXPORT Currency {
  public:
   constexpr Currency() = default;
@@ -19,9 +21,11 @@ class VELMORA_EXPORT Currency {
     return c;
   }
   static constexpr Currency whole(std::int64_t n) { return fromUnits(n * 10000); }
-  // Rounds to the nearest ten-thousandth, halves to even, as the platform converts.
+  // Rounds to the nearest ten-thousandth, halves to even, as the platform converts. A
+  // value out of the type's range (or not finite) fails with errors::kOverflow.
   static Currency fromDouble(double v);
-  // Text to Currency; a text that is not a number fails with the type-mismatch error.
+  // Text to Currency, in any locale ("12.5", blanks around allowed); a text that is not a
+  // number fails with errors::kTypeMismatch, one out of range with errors::kOverflow.
   static Currency fromText(TextView v);
 
   constexpr std::int64_t units() const { return units_; }

@@ -1,5 +1,7 @@
 // The handful of text helpers that every layer shares. All text is UTF-16; positions
-// count code units from 1, as the control's documented algorithms do.
+// count code units from 1, as the control's documented algorithms do. Every function here
+// is pure (any thread, no locale) and none fails: an out-of-range position gives what is
+// there, possibly "".
 #pragma once
 
 #include <velmora/export.h>

@@ -13,6 +13,9 @@
 
 namespace velmora {
 
+// Threads: copying and releasing references is safe from several threads (the count is
+// atomic); the object itself is shared, not synchronised. The object is released with
+// the last reference that holds it.
 template <class T>
 class VELMORA_EXPORT Ref {
  public:
@@ -29,6 +32,7 @@ class VELMORA_EXPORT Ref {
     return Ref(std::make_shared<T>(std::forward<Args>(args)...));
   }
 
+  // The object; an empty reference fails with errors::kObjectNotSet.
   T& operator*() const { return get(); }
   T* operator->() const { return &get(); }
   T& get() const {

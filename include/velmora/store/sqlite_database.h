@@ -25,10 +25,16 @@ struct VELMORA_EXPORT StoreStatistics {
   std::uint64_t queries = 0;
 };
 
+// A NorvikDatabase over one SQLite file, opened read-only: it never changes the file (a
+// journal left by a writer that stopped is recovered on open, as SQLite does). Threads
+// and ownership as NorvikDatabase: the object owns a share of the connection, which
+// closes when the object and the last file opened from it are gone.
 class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
  public:
-  // Fails with errors::kDatabase, naming the path and the cause, when the file is
-  // missing, is not SQLite, is damaged or does not hold a store.
+  // Opens the file. Fails with errors::kDatabase, in French, naming the path and the
+  // cause, when the file is missing, a folder, not SQLite, damaged or holds no store;
+  // errors::kInvalidCall for a server URI (use openDatabase); errors::kBusy when a writer
+  // keeps the lock past store::ReadConnection::kLockWait.
   explicit SqliteDatabase(const std::string& path);
 
   FileRef OpenFile(const Text& Nom) override;
@@ -37,8 +43,9 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
   // the lock past store::ReadConnection::kLockWait.
   std::unique_ptr<Snapshot> holdSnapshot() override;
 
+  // The path the file was opened by.
   const std::string& path() const;
-  // Counters of this connection, for tests and benchmarks.
+  // Counters of this connection, for tests and benchmarks; reset puts them to zero.
   const StoreStatistics& statistics() const;
   void resetStatistics();
   // The read-only SQLite handle, for tools and tests that check what it allows.
@@ -50,7 +57,8 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
 
 // A new read-only connection to the store at that location: a file path, or a PostgreSQL
 // server's URI (postgresql://user@host/database or postgres://...), whose session is then
-// read-only on the server. Fails with errors::kDatabase and a French message.
+// read-only on the server. Fails with errors::kDatabase and a French message that says
+// what to do (no password in it), or errors::kBusy as SqliteDatabase does.
 VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
 
 namespace store {

@@ -39,6 +39,8 @@ struct VELMORA_EXPORT DictionaryItem {
   friend bool operator==(const DictionaryItem&, const DictionaryItem&) = default;
 };
 
+// Changes gathered in order, checked as they are added, applied later by a StoreWriter.
+// A value: copy or append batches freely; nothing is written until apply.
 class VELMORA_EXPORT Batch {
  public:
   struct CreateFile {
@@ -65,6 +67,7 @@ class VELMORA_EXPORT Batch {
   // Creates the file if needed; replaces an item of the same name in that file.
   void defineItem(const DictionaryItem& item);
 
+  // The changes in the order added; append adds other's after them.
   std::size_t size() const { return changes_.size(); }
   const std::vector<Change>& changes() const { return changes_; }
   void append(const Batch& other);
@@ -77,6 +80,10 @@ class VELMORA_EXPORT Batch {
 // no mark. Fails with errors::kInvalidCall otherwise.
 VELMORA_EXPORT void checkFileName(TextView name);
 
+// A connection able to write, of its own: the only way anything is written to a store.
+// One thread at a time; move-only, the connection closes with the writer. Writers of one
+// store wait for each other (a bounded wait, then errors::kBusy); readers never wait for
+// a writer's transaction, except SQLite readers while it commits.
 class VELMORA_EXPORT StoreWriter {
  public:
   // Durable waits for the disk at each commit; Fast does not, for throw-away files
@@ -92,7 +99,9 @@ class VELMORA_EXPORT StoreWriter {
   StoreWriter(StoreWriter&&) noexcept;
   StoreWriter& operator=(StoreWriter&&) noexcept;
 
-  // One transaction: all or nothing.
+  // Applies the batch in one transaction: all or nothing. Fails with errors::kDatabase
+  // (the store refused a change; nothing of the batch is kept) or errors::kBusy (another
+  // writer held the lock too long).
   void apply(const Batch& batch);
 
   const std::string& path() const { return path_; }
