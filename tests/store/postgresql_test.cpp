@@ -28,16 +28,19 @@
 namespace velmora::testing {
 namespace {
 
-// The server's cluster, stopped and started again as pg_virtualenv made it.
-std::string clusterCommand(const std::string& action) {
+using Pg = std::unique_ptr<PGconn, decltype(&PQfinish)>;
+
+// A command of PostgreSQL's cluster tools on the cluster pg_virtualenv made.
+std::string onCluster(const std::string& tool, const std::string& rest) {
   const char* version = std::getenv("PGVERSION");
-  return std::string("pg_ctlcluster ") + (version ? version : "15") + " regress " + action +
-         " >/dev/null 2>&1";
+  return tool + " " + (version ? version : "15") + " regress " + rest;
+}
+// The server's cluster, stopped and started again.
+std::string clusterCommand(const std::string& action) {
+  return onCluster("pg_ctlcluster", action) + " >/dev/null 2>&1";
 }
 std::string dataDirectory() {
-  const char* version = std::getenv("PGVERSION");
-  const std::string command =
-      std::string("pg_conftool -s ") + (version ? version : "15") + " regress show data_directory";
+  const std::string command = onCluster("pg_conftool -s", "show data_directory");
   std::unique_ptr<FILE, decltype(&pclose)> pipe(popen(command.c_str(), "r"), &pclose);
   std::array<char, 512> line{};
   std::string directory = pipe && fgets(line.data(), line.size(), pipe.get()) ? line.data() : "";
@@ -46,9 +49,7 @@ std::string dataDirectory() {
 }
 // Sets or removes a setting of the cluster's configuration.
 void configure(const std::string& change) {
-  const char* version = std::getenv("PGVERSION");
-  const std::string command =
-      std::string("pg_conftool ") + (version ? version : "15") + " regress " + change;
+  const std::string command = onCluster("pg_conftool", change);
   ASSERT_EQ(std::system(command.c_str()), 0) << command;
 }
 // On a loaded machine a stop or a start may give up waiting once; a second and third try
@@ -77,9 +78,9 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
   account.put("TACHE", "A2", {{"deux"}});
   DatabaseRef db;
   // An administrator's session that holds a lock until it goes.
-  std::unique_ptr<PGconn, decltype(&PQfinish)> locker(nullptr, &PQfinish);
+  Pg locker(nullptr, &PQfinish);
   // Administrators' sessions that fill the server.
-  std::vector<std::unique_ptr<PGconn, decltype(&PQfinish)>> sessions;
+  std::vector<Pg> sessions;
   const auto nothing = [] {};
   struct Case {
     const char* what;
@@ -186,8 +187,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
          std::string unknown, refused;
          failureNumber([] { openDatabase("postgresql:///velmora_nulle_part"); }, &unknown);
          failureNumber([] { openDatabase("postgresql://postgres:faux@/"); }, &refused);
-         const std::unique_ptr<PGconn, decltype(&PQfinish)> french(
-             PQconnectdb("dbname=velmora_nulle_part"), &PQfinish);
+         const Pg french(PQconnectdb("dbname=velmora_nulle_part"), &PQfinish);
          throw Failure(errors::kDatabase,
                        std::string(PQerrorMessage(french.get())) + unknown + " | " + refused);
        },
@@ -262,8 +262,7 @@ TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   administerServer("DROP SCHEMA IF EXISTS velmora_vide CASCADE; CREATE SCHEMA velmora_vide");
   const std::string uri = "postgresql://?options=-csearch_path%3Dvelmora_vide";
   // The first writer has made the tables and not yet committed.
-  const std::unique_ptr<PGconn, decltype(&PQfinish)> first(
-      PQconnectdb("options=-csearch_path=velmora_vide"), &PQfinish);
+  const Pg first(PQconnectdb("options=-csearch_path=velmora_vide"), &PQfinish);
   PQclear(PQexec(first.get(), (std::string("BEGIN; ") + store::kServerSchema).c_str()));
   std::string message;
   std::thread second([&] {
@@ -277,7 +276,7 @@ TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   });
   // The second waits for the first's names; once it does, the first commits.
   for (int tries = 0; tries < 200; ++tries) {
-    const std::unique_ptr<PGconn, decltype(&PQfinish)> admin(PQconnectdb(""), &PQfinish);
+    const Pg admin(PQconnectdb(""), &PQfinish);
     const std::unique_ptr<PGresult, decltype(&PQclear)> result(
         PQexec(admin.get(), "SELECT count(*) FROM pg_locks WHERE NOT granted"), &PQclear);
     if (std::string(PQgetvalue(result.get(), 0, 0)) != "0") break;
@@ -349,7 +348,7 @@ class Office : public ::testing::Test {
     return "postgresql://" + role + "@localhost:" + std::getenv("PGPORT") + "/velmora_probe" + rest;
   }
 
-  using Session = std::unique_ptr<PGconn, decltype(&PQfinish)>;
+  using Session = Pg;
   // A session as the role, with its password from the office's file (libpq would take the
   // administrator's from PGPASSWORD first).
   static Session session(const std::string& role, const std::string& database) {
