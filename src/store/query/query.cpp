@@ -2,7 +2,7 @@
 // stages of this folder. It decides whether a query runs as one statement on names the
 // connection already knows, or inside a snapshot that reads the dictionary afresh.
 //
-// Design. A query goes through six stages, one file each:
+// Design. A query goes through seven stages, one file each:
 //   parser.cpp       the text read into a syntax tree (syntax.h);
 //   parse_cache.cpp  queries that differ only in their quoted values share one parse and
 //                    one plan, the values put in again;

@@ -3,6 +3,7 @@
 // is one file of this folder; query.cpp says how they chain.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <span>
