@@ -30,7 +30,7 @@ inline constexpr long kBusy = -2147221487;            // another program holds t
 class VELMORA_EXPORT Failure : public std::runtime_error {
  public:
   Failure(long number, const std::string& message) : std::runtime_error(message), number_(number) {}
-  // The number, one of errors:: (or another the host platform gives, passed through).
+  // The number: one of errors::, which the predicates below name.
   long number() const noexcept { return number_; }
 
   bool isNotFound() const noexcept { return number_ == errors::kRecordNotFound; }
