@@ -257,6 +257,20 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
   }
 }
 
+// An address libpq refuses before any server is asked: the message quotes what is wrong
+// with it, the password masked and nothing else.
+TEST(ServerAddress, ARefusedAddressIsQuotedWithOnlyItsPasswordMasked) {
+  for (const std::string uri : {"postgresql://planner:s3cret@/velmora?sslmode=bogus",
+                                "postgresql:///velmora?password=s3cret&sslmode=bogus"}) {
+    std::string message;
+    EXPECT_EQ(failureNumber([&] { openDatabase(uri); }, &message), errors::kDatabase);
+    EXPECT_NE(message.find("n'est pas valable"), std::string::npos) << message;
+    EXPECT_NE(message.find("\"bogus\""), std::string::npos) << message;
+    EXPECT_NE(message.find("velmora"), std::string::npos) << message;
+    EXPECT_EQ(message.find("s3cret"), std::string::npos) << message;
+  }
+}
+
 TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
   administerServer("DROP SCHEMA IF EXISTS velmora_vide CASCADE; CREATE SCHEMA velmora_vide");
