@@ -16,7 +16,7 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/control/ctr_velmora_new.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "rows/row_format.h"
 #include "search/task_catalogue.h"
 #include "support/interventions.h"
@@ -406,7 +406,7 @@ void TickAllTasks(benchmark::State& state) {
 void TickAllTasksFloor(benchmark::State& state) {
   Ctr_VelmoraNew control;
   init(control, largeAccountDatabase(), kHomeHelpWithTemplates);
-  const auto overrides = overridesOf(Variable::R_TableDurees);
+  const auto overrides = overridesOf(CtrInspector(control).Variable().R_TableDurees);
   static const bool checked = [&] {
     control.Cac_TouteTache.toggle();
     checkSameRows(state, rowsOf(control.Lst_Possible, control.Lst_CodePos),

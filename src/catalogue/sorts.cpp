@@ -5,11 +5,9 @@
 
 #include <velmora/control/ctr_velmora_new.h>
 #include "catalogue/selection_order.h"
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -61,7 +59,7 @@ void Ctr_VelmoraNew::Trie_Selectionne() {
     Lst_CodeSelect.swapRows(m, i);
     // The observation follows its row, as the exchange of attributes through a temporary
     // does: an observation list shorter than the selection grows to the rows exchanged.
-    R_Obs->swapAttributes(m + 1, i + 1);
+    Variable().R_Obs->swapAttributes(m + 1, i + 1);
   });
   Etq_Imperativite.setVisible(AuMoinsUneTacheImperative() != kFalse);
 }

@@ -4,14 +4,13 @@
 #include <optional>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "rows/row_format.h"
 #include "search/task_catalogue.h"
 #include "search/working_table.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -28,33 +27,33 @@ TaskAnswers runCatalogueQueries() {
   request.set(2, u"TYPETACHE");
   request.set(3, u"0 1");
   TaskAnswers answers;
-  answers.types = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.types = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   request.set(u"");
   request.set(1, u"SSELECT GROUPETACHE PAR 2 PAR 1");
   request.set(2, u"GROUPETACHE");
   request.set(3, u"0 1 2");
-  answers.groups = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.groups = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   request.set(u"");
   request.set(1, u"SSELECT TACHE PAR 2 PAR 1");
   request.set(2, u"TACHE");
   request.set(3, u"0 1 2 5");
-  answers.tasks = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.tasks = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   return answers;
 }
 
 // The durations of R_TableDurees, or nothing when the table does not exist yet.
 std::optional<search::DurationOverrides> knownDurations() {
-  if (R_TableDurees.empty()) return std::nullopt;
-  return search::DurationOverrides(*R_TableDurees);
+  if (Variable().R_TableDurees.empty()) return std::nullopt;
+  return search::DurationOverrides(*Variable().R_TableDurees);
 }
 
 // The duration override of the row just added: positions 81-85 take the last duration
 // of the client's table for that code, under errors ignored statement by statement.
 void applyOverride(toolkit::ListBox& list, const std::optional<search::DurationOverrides>& known,
                    const Text& code) {
-  Err.Clear();
+  Err().Clear();
   if (!known) {
-    Err.Number = errors::kObjectNotSet;
+    Err().Number = errors::kObjectNotSet;
     return;
   }
   const auto* found = known->find(code);
@@ -72,12 +71,12 @@ void applyOverride(toolkit::ListBox& list, const std::optional<search::DurationO
 
 void Ctr_VelmoraNew::Cac_TouteTache_Click() {
   // 1.
-  if (W_ClicActif == kFalse) return;
+  if (d_->W_ClicActif == kFalse) return;
   // 2.
   Lst_Possible.Clear();
   Lst_CodePos.Clear();
   // 3. The task catalogue.
-  if (Cac_TouteTache.Value() == 1 && W_TypeAct == u"AUTRE") {
+  if (Cac_TouteTache.Value() == 1 && d_->W_TypeAct == u"AUTRE") {
     const auto answers = runCatalogueQueries();
     const NorvikRecord& T = *answers.types;
     const NorvikRecord& G = *answers.groups;
@@ -100,12 +99,12 @@ void Ctr_VelmoraNew::Cac_TouteTache_Click() {
     }
   }
   // 4. The care-act catalogue.
-  if (Cac_TouteTache.Value() == 1 && W_TypeAct != u"AUTRE") Remplir_Soins();
+  if (Cac_TouteTache.Value() == 1 && d_->W_TypeAct != u"AUTRE") Remplir_Soins();
   // 5. Back to what filled the proposals.
   if (Cac_TouteTache.Value() != 1) {
-    if (W_CleLue != kFalse) {
+    if (d_->W_CleLue != kFalse) {
       Affiche_Tache_ClicDroit();
-    } else if (W_Flot != kFalse) {
+    } else if (d_->W_Flot != kFalse) {
       Boolean remplirBas = kFalse;
       Recherche_SemaineTypeFlot(remplirBas);
     } else {

@@ -2,14 +2,13 @@
 // record that Init read with the key; the proposal shows, for home help, the client's
 // latest task list at the key's date and, for care, the care-act catalogue.
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_columns.h"
 #include "search/working_table.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -24,30 +23,31 @@ struct StoredItems {
 }  // namespace
 
 void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
+  const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
   // 1.
   Lst_Selectionne.Clear();
   Etq_Imperativite.setVisible(false);
   Lst_CodeSelect.Clear();
-  R_TableSelection = newRecord();
+  Variable().R_TableSelection = newRecord();
   W_Total = Currency();
   Lst_Possible.Clear();
   Lst_CodePos.Clear();
   // 2. The client's list valid at the key's date, the latest first.
-  if (W_TypeAct == u"AUTRE") {
+  if (d_->W_TypeAct == u"AUTRE") {
     NorvikRecord request;
-    request.set(1, u"SELECT AIDEDETAILTACHE AVEC 0 = \"" + W_Code + u"]\" AND AVEC 0 <= \"[" +
-                       W_DateCle + u"\" PAR-DECR 0");
+    request.set(1, u"SELECT AIDEDETAILTACHE AVEC 0 = \"" + d_->W_Code + u"]\" AND AVEC 0 <= \"[" +
+                       d_->W_DateCle + u"\" PAR-DECR 0");
     request.set(2, u"AIDEDETAILTACHE");
     request.set(3, u"0");
     long nombre = 0;
-    const RecordRef answer = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+    const RecordRef answer = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
     if (!search::defaultIsEmpty(*answer)) {
-      R_TableDurees = newRecord();
-      R_AideDetail = F_AideDetail->ReadRecord(answer->r(1));
-      NorvikRecord& table = *R_TableSelection;
-      NorvikRecord& durees = *R_TableDurees;
-      const NorvikRecord& list = *R_AideDetail;
+      Variable().R_TableDurees = newRecord();
+      Variable().R_AideDetail = Variable().F_AideDetail->ReadRecord(answer->r(1));
+      NorvikRecord& table = *Variable().R_TableSelection;
+      NorvikRecord& durees = *Variable().R_TableDurees;
+      const NorvikRecord& list = *Variable().R_AideDetail;
       int j = 0;
       const int count = list.DCount(1);
       for (int k = 1; k <= count; ++k) {
@@ -73,13 +73,14 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
   Lst_Selectionne.Clear();
   Etq_Imperativite.setVisible(false);
   Lst_CodeSelect.Clear();
-  R_TableSelection = newRecord();
+  Variable().R_TableSelection = newRecord();
   // 6. Every value is copied, also an empty one.
-  const StoredItems source = W_SemType == kFalse ? StoredItems{R_DetailsInterv, 7, 8, 9}
-                             : W_Flot == kFalse  ? StoredItems{R_SemType, 4, 5, 8}
-                                                 : StoredItems{R_SemTypeFlot, 4, 5, 8};
+  const StoredItems source =
+      d_->W_SemType == kFalse ? StoredItems{Variable().R_DetailsInterv, 7, 8, 9}
+      : d_->W_Flot == kFalse  ? StoredItems{Variable().R_SemType, 4, 5, 8}
+                              : StoredItems{Variable().R_SemTypeFlot, 4, 5, 8};
   const NorvikRecord& stored = *source.record;
-  NorvikRecord& table = *R_TableSelection;
+  NorvikRecord& table = *Variable().R_TableSelection;
   const int count = stored.DCount(source.codes);
   for (int k = 1; k <= count; ++k) {
     table.set(k, 1, stored.r(source.codes, k));
@@ -92,19 +93,20 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit() {
 }
 
 void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitement) {
+  const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
-  const bool autre = W_TypeAct == u"AUTRE";
+  const bool autre = d_->W_TypeAct == u"AUTRE";
   toolkit::ListBox& rowsList = Traitement == 1 ? Lst_Possible : Lst_Selectionne;
   toolkit::ListBox& codes = Traitement == 1 ? Lst_CodePos : Lst_CodeSelect;
   // 1.
   W_Total = Currency();
   // 2.
   int count = 0;
-  resumeNext([&] { count = R_TableSelection->DCount(); });
+  resumeNext([&] { count = Variable().R_TableSelection->DCount(); });
   for (int i = 1; i <= count; ++i) {
-    const Text code = R_TableSelection->r(i, 1);
-    const Text duration = R_TableSelection->r(i, 2);
-    const Text observation = R_TableSelection->r(i, 3);
+    const Text code = Variable().R_TableSelection->r(i, 1);
+    const Text duration = Variable().R_TableSelection->r(i, 2);
+    const Text observation = Variable().R_TableSelection->r(i, 3);
     if (!search::readItemRecords(autre, code)) continue;
     Text row;
     search::appendColumns(row, autre, code);
@@ -114,7 +116,7 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitem
     resumeNext([&] { codes.AddItem(code); });
     // The observation goes with the row's own number, so that a left-out item does not
     // shift the observations of the rows behind it.
-    resumeNext([&] { R_Obs->set(rowsList.ListCount(), observation); });
+    resumeNext([&] { Variable().R_Obs->set(rowsList.ListCount(), observation); });
     if (!duration.empty()) resumeNext([&] { W_Total += Currency::fromText(duration); });
   }
   // 3.

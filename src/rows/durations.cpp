@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 
 namespace velmora {
 
@@ -25,18 +26,18 @@ double minutesOf(const Text& shown) {
 
 void Ctr_VelmoraNew::Txt_Duree_Change() {
   // 1. Our own write below comes back here: nothing to do then.
-  if (W_ChangeActif == kFalse) return;
+  if (d_->W_ChangeActif == kFalse) return;
   // 2.
   if (Txt_Duree.getText().empty()) return;
   // 3.
-  W_ChangeActif = kFalse;
+  d_->W_ChangeActif = kFalse;
   // 4. Hours by the floor, so that a negative total reads back to itself: -5 is -1h55.
   double T = 0;
   try {
     T = minutesOf(Txt_Duree.getText());
   } catch (const Failure&) {
     // Leave the text as written and re-arm the guard, so that the next write converts.
-    W_ChangeActif = kTrue;
+    d_->W_ChangeActif = kTrue;
     throw;
   }
   const double hours = std::floor(T / 60);
@@ -46,7 +47,7 @@ void Ctr_VelmoraNew::Txt_Duree_Change() {
   // 6.
   Txt_Duree.setText(H + u"h" + M);
   // 7.
-  W_ChangeActif = kTrue;
+  d_->W_ChangeActif = kTrue;
 }
 
 void Ctr_VelmoraNew::Txt_DureeSoin_KeyPress(int& KeyAscii) {

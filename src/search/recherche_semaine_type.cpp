@@ -2,6 +2,7 @@
 // into the proposal; the fixed templates whose weekday and time slot meet the
 // intervention also fill the selection.
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_merge.h"
@@ -10,8 +11,6 @@
 #include "search/working_table.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -38,89 +37,94 @@ bool fixedDayMet(const Text& jour, const Text& key) {
 }  // namespace
 
 void Ctr_VelmoraNew::Recherche_SemaineType(Boolean& RemplirBas) {
+  const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
   // 1. Guard.
-  if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
-      W_TypeAct.empty() || W_Jour.empty()) {
+  if (d_->W_Code.empty() || d_->W_DateDeb.empty() || d_->W_HeureDe.empty() ||
+      d_->W_HeureA.empty() || d_->W_TypeAct.empty() || d_->W_Jour.empty()) {
     return;
   }
   // 2. Fresh key lists.
-  W_ListeSem = newRecord();
-  W_ListeFlot = newRecord();
-  const search::SearchCriteria criteria{W_Code, W_DateDeb, W_DateFin, W_TypeAct};
+  d_->W_ListeSem = newRecord();
+  d_->W_ListeFlot = newRecord();
+  const search::SearchCriteria criteria{d_->W_Code, d_->W_DateDeb, d_->W_DateFin, d_->W_TypeAct};
   long nombre = 0;
   // 3. Floating query.
   resumeNext([&] {
-    W_ListeFlot = Variable::TheDatabase->RunQuery(
+    d_->W_ListeFlot = Variable().TheDatabase->RunQuery(
         search::templateRequest(search::kFloatingTemplates, criteria), u"", nombre);
   });
   // 4. Times.
-  const auto times = search::searchTimes(W_CleLue != kFalse, W_HeureDe, W_HeureA);
+  const auto times = search::searchTimes(d_->W_CleLue != kFalse, d_->W_HeureDe, d_->W_HeureA);
   // 5. Fixed query.
   resumeNext([&] {
-    W_ListeSem = Variable::TheDatabase->RunQuery(
+    d_->W_ListeSem = Variable().TheDatabase->RunQuery(
         search::templateRequest(search::kFixedTemplates, criteria), u"", nombre);
   });
 
   // Fixed keys first, then the floating ones, each in the store's order.
   int floating = 0;
-  resumeNext([&] { floating = W_ListeFlot->DCount(); });
+  resumeNext([&] { floating = d_->W_ListeFlot->DCount(); });
   for (int i = 1; i <= floating; ++i) {
-    resumeNext([&] { W_ListeSem->set(W_ListeSem->DCount() + 1, W_ListeFlot->r(i)); });
+    resumeNext([&] { d_->W_ListeSem->set(d_->W_ListeSem->DCount() + 1, d_->W_ListeFlot->r(i)); });
   }
 
   // Preparation.
-  R_TableDurees = newRecord();
-  if (testOrTrue([&] { return search::defaultIsEmpty(*W_ListeSem); })) {
+  Variable().R_TableDurees = newRecord();
+  if (testOrTrue([&] { return search::defaultIsEmpty(*d_->W_ListeSem); })) {
     W_AfficheTache = kFalse;
-    if (W_TypeAct == u"AUTRE") {
+    if (d_->W_TypeAct == u"AUTRE") {
       resumeNext([&] { Charge_AideTache(); });
     } else {
       resumeNext([&] { Remplir_Soins(); });
     }
-    W_ListeSem = nullptr;
+    d_->W_ListeSem = nullptr;
     return;
   }
-  R_TablePossible = newRecord();
-  R_TableSelection = newRecord();
+  Variable().R_TablePossible = newRecord();
+  Variable().R_TableSelection = newRecord();
   W_AfficheTache = kTrue;
   W_Total = Currency();
   resumeNext([&] { Txt_Duree.setText(u""); });
 
   // The walk.
-  search::TemplateMerge merge(*R_TablePossible, *R_TableSelection, *R_TableDurees);
+  search::TemplateMerge merge(*Variable().R_TablePossible, *Variable().R_TableSelection,
+                              *Variable().R_TableDurees);
   int keys = 0;
-  resumeNext([&] { keys = W_ListeSem->DCount(); });
+  resumeNext([&] { keys = d_->W_ListeSem->DCount(); });
   for (int n = 1; n <= keys; ++n) {
-    const Text key = W_ListeSem->r(n);
+    const Text key = d_->W_ListeSem->r(n);
     const bool fixedKey = key.size() == kFixedKeyLength;
-    resumeNext([&] { R_SemType = (fixedKey ? F_SemType : F_SemTypeFlot)->ReadRecord(key); });
+    resumeNext([&] {
+      Variable().R_SemType =
+          (fixedKey ? Variable().F_SemType : Variable().F_SemTypeFlot)->ReadRecord(key);
+    });
     bool matched = false;
     if (fixedKey) {
-      const bool day = fixedDayMet(W_Jour, key);
+      const bool day = fixedDayMet(d_->W_Jour, key);
       if (testOrTrue([&] {
             const bool startsInTime = mid(key, 12, 4) <= times.end;
-            const bool endsInTime = R_SemType->r(2) >= times.start;
+            const bool endsInTime = Variable().R_SemType->r(2) >= times.start;
             return day && startsInTime && endsInTime;
           })) {
         matched = true;
       }
     }
     int items = 0;
-    resumeNext([&] { items = R_SemType->DCount(4); });
+    resumeNext([&] { items = Variable().R_SemType->DCount(4); });
     for (int v = 1; v <= items; ++v) {
-      const NorvikRecord& tpl = *R_SemType;
+      const NorvikRecord& tpl = *Variable().R_SemType;
       merge.mergeWeekly({tpl.r(4, v), tpl.r(5, v), tpl.r(8, v)}, fixedKey, matched,
-                        W_CleLue != kFalse);
+                        d_->W_CleLue != kFalse);
     }
   }
 
   // The fill, then the key list goes.
-  const search::SearchFill fill{*this, W_TypeAct == u"AUTRE", search::RowEnd::kWeekly,
+  const search::SearchFill fill{*this, d_->W_TypeAct == u"AUTRE", search::RowEnd::kWeekly,
                                 [this] { Trie_Possible(); }, [this] { Trie_Selectionne(); }};
   search::fillUpperList(fill);
   if (RemplirBas == kTrue) search::fillLowerHalf(fill);
-  W_ListeSem = nullptr;
+  d_->W_ListeSem = nullptr;
 }
 
 }  // namespace velmora

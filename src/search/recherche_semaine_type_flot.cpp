@@ -1,6 +1,7 @@
 // Recherche_SemaineTypeFlot: the floating templates alone, the one search that selects
 // from them, by the list of days each template holds in attribute 10.
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "search/item_merge.h"
@@ -9,8 +10,6 @@
 #include "search/working_table.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -35,69 +34,71 @@ bool floatingDayMet(const Text& jour, const RecordRef& tpl) {
 }  // namespace
 
 void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
+  const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
   // 1. Guard.
-  if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
-      W_TypeAct.empty() || W_Jour.empty()) {
+  if (d_->W_Code.empty() || d_->W_DateDeb.empty() || d_->W_HeureDe.empty() ||
+      d_->W_HeureA.empty() || d_->W_TypeAct.empty() || d_->W_Jour.empty()) {
     return;
   }
   // 2. Times.
-  const auto times = search::searchTimes(W_CleLue != kFalse, W_HeureDe, W_HeureA);
+  const auto times = search::searchTimes(d_->W_CleLue != kFalse, d_->W_HeureDe, d_->W_HeureA);
   // 3. Floating query; W_ListeSem keeps what it held when the query fails.
-  const search::SearchCriteria criteria{W_Code, W_DateDeb, W_DateFin, W_TypeAct};
+  const search::SearchCriteria criteria{d_->W_Code, d_->W_DateDeb, d_->W_DateFin, d_->W_TypeAct};
   long nombre = 0;
   resumeNext([&] {
-    W_ListeSem = Variable::TheDatabase->RunQuery(
+    d_->W_ListeSem = Variable().TheDatabase->RunQuery(
         search::templateRequest(search::kFloatingTemplates, criteria), u"", nombre);
   });
 
   // Preparation.
-  R_TableDurees = newRecord();
-  if (testOrTrue([&] { return search::defaultIsEmpty(*W_ListeSem); })) {
+  Variable().R_TableDurees = newRecord();
+  if (testOrTrue([&] { return search::defaultIsEmpty(*d_->W_ListeSem); })) {
     W_AfficheTache = kFalse;
-    if (W_TypeAct == u"AUTRE") {
+    if (d_->W_TypeAct == u"AUTRE") {
       resumeNext([&] { Charge_AideTache(); });
     } else {
       resumeNext([&] { Remplir_Soins(); });
     }
-    W_ListeSem = nullptr;
+    d_->W_ListeSem = nullptr;
     return;
   }
-  R_TablePossible = newRecord();
-  R_TableSelection = newRecord();
+  Variable().R_TablePossible = newRecord();
+  Variable().R_TableSelection = newRecord();
   W_AfficheTache = kTrue;
   W_Total = Currency();
   resumeNext([&] { Txt_Duree.setText(u""); });
 
   // The walk.
-  search::TemplateMerge merge(*R_TablePossible, *R_TableSelection, *R_TableDurees);
+  search::TemplateMerge merge(*Variable().R_TablePossible, *Variable().R_TableSelection,
+                              *Variable().R_TableDurees);
   int keys = 0;
-  resumeNext([&] { keys = W_ListeSem->DCount(); });
+  resumeNext([&] { keys = d_->W_ListeSem->DCount(); });
   for (int n = 1; n <= keys; ++n) {
-    const Text key = W_ListeSem->r(n);
-    resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(key); });
+    const Text key = d_->W_ListeSem->r(n);
+    resumeNext([&] { Variable().R_SemTypeFlot = Variable().F_SemTypeFlot->ReadRecord(key); });
     bool matched = false;
-    const bool day = floatingDayMet(W_Jour, R_SemTypeFlot);
+    const bool day = floatingDayMet(d_->W_Jour, Variable().R_SemTypeFlot);
     if (testOrTrue([&] {
           const bool startsInTime = mid(key, 11, 4) <= times.end;
-          const bool endsInTime = R_SemTypeFlot->r(2) >= times.start;
+          const bool endsInTime = Variable().R_SemTypeFlot->r(2) >= times.start;
           return day && startsInTime && endsInTime;
         })) {
       matched = true;
     }
     int items = 0;
-    resumeNext([&] { items = R_SemTypeFlot->DCount(4); });
+    resumeNext([&] { items = Variable().R_SemTypeFlot->DCount(4); });
     for (int v = 1; v <= items; ++v) {
-      const NorvikRecord& tpl = *R_SemTypeFlot;
-      merge.mergeFloating({tpl.r(4, v), tpl.r(5, v), tpl.r(8, v)}, matched, W_CleLue != kFalse);
+      const NorvikRecord& tpl = *Variable().R_SemTypeFlot;
+      merge.mergeFloating({tpl.r(4, v), tpl.r(5, v), tpl.r(8, v)}, matched, d_->W_CleLue != kFalse);
     }
   }
 
-  const search::SearchFill fill{*this, W_TypeAct == u"AUTRE", search::RowEnd::kFloating,
+  const search::SearchFill fill{*this, d_->W_TypeAct == u"AUTRE", search::RowEnd::kFloating,
                                 [this] { Trie_Possible(); }, [this] { Trie_Selectionne(); }};
   search::fillUpperList(fill);
   if (RemplirBas == kTrue) search::fillLowerHalf(fill);
-  W_ListeSem = nullptr;
+  d_->W_ListeSem = nullptr;
 }
 
 }  // namespace velmora

@@ -1,28 +1,28 @@
 #include "search/search_fill.h"
 
 #include "control/error_regime.h"
+#include "control/session_state.h"
 #include "rows/row_format.h"
 #include "search/item_columns.h"
 
 namespace velmora::search {
-
-using namespace Variable;
 
 void fillUpperList(const SearchFill& fill) {
   auto& c = fill.control;
   resumeNext([&] { c.Lst_Possible.Clear(); });
   resumeNext([&] { c.Lst_CodePos.Clear(); });
   int count = 0;
-  resumeNext([&] { count = R_TablePossible->DCount(); });
+  resumeNext([&] { count = Variable().R_TablePossible->DCount(); });
   for (int i = 1; i <= count; ++i) {
     Text code;
-    resumeNext([&] { code = R_TablePossible->r(i, 1); });
+    resumeNext([&] { code = Variable().R_TablePossible->r(i, 1); });
     if (!readItemRecords(fill.autre, code)) continue;
     Text row;
     appendColumns(row, fill.autre, code);
-    appendDuration(row, R_TablePossible->r(i, 2), 7);
+    appendDuration(row, Variable().R_TablePossible->r(i, 2), 7);
     resumeNext([&] {
-      row += fill.end == RowEnd::kFloating ? Text(u"  *") : u"  " + R_TablePossible->r(i, 3);
+      row += fill.end == RowEnd::kFloating ? Text(u"  *")
+                                           : u"  " + Variable().R_TablePossible->r(i, 3);
     });
     resumeNext([&] { c.Lst_Possible.AddItem(row, wholeColumns(fill.autre, code)); });
     resumeNext([&] { c.Lst_CodePos.AddItem(code); });
@@ -35,11 +35,11 @@ void fillLowerHalf(const SearchFill& fill) {
   resumeNext([&] { c.Lst_Selectionne.Clear(); });
   resumeNext([&] { c.Lst_CodeSelect.Clear(); });
   int count = 0;
-  resumeNext([&] { count = R_TableSelection->DCount(); });
+  resumeNext([&] { count = Variable().R_TableSelection->DCount(); });
   for (int i = 1; i <= count; ++i) {
-    const Text code = R_TableSelection->r(i, 1);
-    const Text duration = R_TableSelection->r(i, 2);
-    const Text observation = R_TableSelection->r(i, 3);
+    const Text code = Variable().R_TableSelection->r(i, 1);
+    const Text duration = Variable().R_TableSelection->r(i, 2);
+    const Text observation = Variable().R_TableSelection->r(i, 3);
     if (readItemRecords(fill.autre, code)) {
       Text row;
       appendColumns(row, fill.autre, code);
@@ -48,7 +48,7 @@ void fillLowerHalf(const SearchFill& fill) {
       resumeNext([&] { c.Lst_Selectionne.AddItem(row, wholeColumns(fill.autre, code)); });
       resumeNext([&] { c.Lst_CodeSelect.AddItem(code); });
       // By table row: a dropped item leaves its number unused.
-      resumeNext([&] { R_Obs->set(i, observation); });
+      resumeNext([&] { Variable().R_Obs->set(i, observation); });
       resumeNext([&] { c.W_Total += Currency::fromText(duration); });
     }
     // Sum first, then show: the text box turns the minutes into NhMM at once.

@@ -2,11 +2,10 @@
 
 #include <velmora/store/record.h>
 #include "control/error_regime.h"
+#include "control/session_state.h"
 #include "search/time_conversion.h"
 
 namespace velmora::search {
-
-using namespace Variable;
 
 const TemplateFile kFixedTemplates{u"TPSSEMAINETYPE",
                                    u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = ",
@@ -26,7 +25,8 @@ Text quoted(TextView v) {
 }
 
 Text endOfValidityTest(const Text& dateDeb) {
-  return u" AND AVEC 1 >= " + quoted(TheDates().TexteVersDate(dateDeb)) + u" OR = " + quoted(u"");
+  return u" AND AVEC 1 >= " + quoted(Variable().TheDates().TexteVersDate(dateDeb)) + u" OR = " +
+         quoted(u"");
 }
 
 }  // namespace
@@ -38,7 +38,8 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
   append(Text(file.head) + quoted(criteria.code));
   if (!criteria.dateFin.empty()) {
     resumeNext([&] {
-      append(Text(file.startDateTest) + quoted(TheDates().TexteVersDate(criteria.dateFin)) +
+      append(Text(file.startDateTest) +
+             quoted(Variable().TheDates().TexteVersDate(criteria.dateFin)) +
              endOfValidityTest(criteria.dateDeb));
     });
   } else {
@@ -54,7 +55,7 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
 
 SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA) {
   if (cleLue) return {heureDe, heureA};
-  const bool decimal = !R_Param.empty() && R_Param->r(20) == u"1";
+  const bool decimal = !Variable().R_Param.empty() && Variable().R_Param->r(20) == u"1";
   const auto convert = decimal ? decimalToFourDigit : minutesToFourDigit;
   SearchTimes times;
   resumeNext([&] { times.start = convert(heureDe); });

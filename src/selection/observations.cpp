@@ -2,7 +2,7 @@
 // and the row's marker at position 79 follows whether the text went empty or not.
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/control/frm_ajout_obs_tache.h>
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
 namespace velmora {
 
@@ -25,13 +25,13 @@ void Ctr_VelmoraNew::Cmd_Obs_Click() {
   form.Txt_Groupe.setText(mid(row, 27, 25));
   form.Txt_Tache.setText(mid(row, 53, 25));
   // 4-6.
-  Variable::N_LigneObs = Lst_Selectionne.ListIndex() + 1;
-  form.Txt_Obs.setText(Variable::R_Obs->r(Variable::N_LigneObs));
-  const Text before = Variable::R_Obs->r(Variable::N_LigneObs);
+  Variable().N_LigneObs = Lst_Selectionne.ListIndex() + 1;
+  form.Txt_Obs.setText(Variable().R_Obs->r(Variable().N_LigneObs));
+  const Text before = Variable().R_Obs->r(Variable().N_LigneObs);
   // 7.
   services().ShowModal(form);
   // 8. Exact comparison with "": a blank is an observation.
-  const Text after = Variable::R_Obs->r(Variable::N_LigneObs);
+  const Text after = Variable().R_Obs->r(Variable().N_LigneObs);
   const int current = Lst_Selectionne.ListIndex();
   if (after.empty() && !before.empty()) {
     Lst_Selectionne.setList(current, withMarker(Lst_Selectionne.List(current), u"  "));

@@ -1,7 +1,8 @@
 // Taking the current row out of the selection, after a question to the planner. The
 // row, its code and its observation go together; Lst_Possible keeps the item.
 #include <velmora/control/ctr_velmora_new.h>
-#include "control/module_slots.h"
+#include "control/control_private.h"
+#include "control/session_state.h"
 #include "selection/total.h"
 
 namespace velmora {
@@ -15,7 +16,7 @@ constexpr std::u16string_view kQuestionTask = u"Etes-vous sûr de vouloir suppri
 void Ctr_VelmoraNew::Cmd_SupprVelmora_Click() {
   // The question comes whatever the state: after the host's Vider_Tache the button is
   // still enabled without a row, and a removal then fails where it reaches the row.
-  const TextView question = W_TypeAct == u"SSIAD" ? kQuestionAct : kQuestionTask;
+  const TextView question = d_->W_TypeAct == u"SSIAD" ? kQuestionAct : kQuestionTask;
   const int answer = services().MsgBox(question, toolkit::kStyleYesNoQuestion, kQuestionTitle);
   if (answer == toolkit::kMsgBoxYes) Supprime_Ligne();
   Etq_Imperativite.setVisible(AuMoinsUneTacheImperative() != kFalse);
@@ -32,7 +33,7 @@ void Ctr_VelmoraNew::Supprime_Ligne() {
     W_Total = rows::readBack(Txt_Duree.getText());
   }
   // 4-6. The observation, then the code, then the row, which ends the current row.
-  Variable::R_Obs->Delete(Lst_Selectionne.ListIndex() + 1);
+  Variable().R_Obs->Delete(Lst_Selectionne.ListIndex() + 1);
   Lst_CodeSelect.RemoveItem(Lst_Selectionne.ListIndex());
   Lst_Selectionne.RemoveItem(Lst_Selectionne.ListIndex());
   // 7-8. An edit under way ends with its row.
