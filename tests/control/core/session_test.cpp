@@ -35,7 +35,7 @@ const std::vector<std::vector<std::string>> kNorth{{"010101", "Toilette complèt
                                                    {"010102", "Change", "10"}};
 const std::vector<std::vector<std::string>> kSouth{{"010109", "Pansement", "20"}};
 
-// What a planner sees proposed: the act of each row, by its code beside it.
+// What a planner sees proposed: the act of each row (sorted by name), by its code beside it.
 Rows proposed(const Ctr_VelmoraNew& c) {
   return items(c.Lst_CodePos);
 }
@@ -73,7 +73,7 @@ TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
   south.Init(b);
   north.Remplir_Soins();
   south.Remplir_Soins();
-  EXPECT_EQ(proposed(north), (Rows{"010101", "010102"}));
+  EXPECT_EQ(proposed(north), (Rows{"010102", "010101"}));
   EXPECT_EQ(proposed(south), (Rows{"010109"}));
 
   // A gesture works on its own control's session: the selection's observations go there.
@@ -112,7 +112,7 @@ TEST_F(Sessions, ControlsOnTheirOwnSessionsRunOnTwoThreadsAtOnce) {
   std::thread second(run, std::ref(south), std::ref(southSeen));
   first.join();
   second.join();
-  EXPECT_EQ(northSeen, std::vector<Rows>(20, Rows{"010101", "010102"}));
+  EXPECT_EQ(northSeen, std::vector<Rows>(20, Rows{"010102", "010101"}));
   EXPECT_EQ(southSeen, std::vector<Rows>(20, Rows{"010109"}));
 }
 
@@ -127,8 +127,8 @@ TEST(DefaultSession, TwoControlsShareTheConnectionAndItsRelease) {
   first.TheDatabase(store.account.open());
   showCatalogue(first);
   showCatalogue(second);  // no TheDatabase of its own
-  EXPECT_EQ(proposed(first), (Rows{"010101", "010102"}));
-  EXPECT_EQ(proposed(second), (Rows{"010101", "010102"}));
+  EXPECT_EQ(proposed(first), (Rows{"010102", "010101"}));
+  EXPECT_EQ(proposed(second), (Rows{"010102", "010101"}));
   EXPECT_EQ(&CtrInspector(first).session(), &CtrInspector(second).session());
 
   second.Vider_liste();
