@@ -13,7 +13,10 @@ namespace {
 // The session whose control runs on this thread; none outside the control's procedures.
 thread_local Session::State* tInUse = nullptr;
 
-// Each file with its handle, in the order Ouvre_Fichiers opens them.
+// Each file with its handle, in the order Ouvre_Fichiers opens them. The store's list of
+// the thirteen files (kAccountFiles, which makes an account) names the same files, but
+// it cannot name the handles of a session, which live here; the names stay beside their
+// handles so that neither list has to follow the other's order.
 struct FileSlot {
   const char16_t* name;
   FileRef SessionVariables::*handle;
