@@ -7,7 +7,7 @@
 #include "catalogue/selection_order.h"
 #include "control/module_slots.h"
 
-namespace velmora {
+namespace velmora::catalogue {
 
 using namespace Variable;
 
@@ -46,8 +46,14 @@ std::vector<TextView> rowKeys(const toolkit::ListBox& list) {
 
 }  // namespace
 
+}  // namespace velmora::catalogue
+
+namespace velmora {
+
+using namespace Variable;
+
 void Ctr_VelmoraNew::Trie_Possible() {
-  auto ranks = catalogue::denseRanks(proposalKeys(Lst_Possible), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::proposalKeys(Lst_Possible), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Possible.swapRows(m, i);
     Lst_CodePos.swapRows(m, i);
@@ -55,7 +61,7 @@ void Ctr_VelmoraNew::Trie_Possible() {
 }
 
 void Ctr_VelmoraNew::Trie_Selectionne() {
-  auto ranks = catalogue::denseRanks(rowKeys(Lst_Selectionne), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::rowKeys(Lst_Selectionne), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Selectionne.swapRows(m, i);
     Lst_CodeSelect.swapRows(m, i);

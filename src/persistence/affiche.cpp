@@ -1,14 +1,12 @@
 // The way back: a stored selection in W_Aff becomes selection rows again, behind what
 // the selection holds already.
-#include <optional>
-
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
-#include "rows/row_format.h"
-#include "selection/total.h"
+#include "rows/item_row.h"
+#include "rows/total.h"
 
-namespace velmora {
+namespace velmora::persistence {
 
 namespace {
 
@@ -28,6 +26,10 @@ bool readOrDrop(const FileRef& file, const Text& key, RecordRef& cursor) {
 
 }  // namespace
 
+}  // namespace velmora::persistence
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Affiche() {
   const ProcedureSnapshot snapshot;
   using namespace Variable;
@@ -37,24 +39,22 @@ void Ctr_VelmoraNew::Affiche() {
     const Text code = W_Aff->r(i, 1);
     const Text duration = W_Aff->r(i, 2);
     const Text observation = W_Aff->r(i, 3);
-    // 1-2. An item without its task or its group is left out without a word.
+    // An item without its task or its group is left out without a word.
+    using persistence::readOrDrop;
     if (!readOrDrop(F_Tache, code, R_Tache) ||
         !readOrDrop(F_GroupeTache, R_Tache->r(2), R_GroupeTache)) {
       leftOut = true;
       continue;
     }
-    // 3-4.
-    Lst_Selectionne.AddItem(rows::textColumn(R_GroupeTache->r(2)) +
-                                rows::textColumn(R_Tache->r(2)) + rows::textColumn(code) +
-                                rows::selectionMarkerAndDuration(!observation.empty(), duration),
-                            rows::wholeColumns(R_GroupeTache->r(2), R_Tache->r(2), code));
-    Lst_CodeSelect.AddItem(code);
-    // 5. Attribute i. Behind a left-out item i runs ahead of the rows: the observation
-    // then goes with the row just appended.
+    // The row and its code; a duration too wide for the row fails here, before both.
+    rows::addSelectionRow({Lst_Selectionne, Lst_CodeSelect}, true, code, !observation.empty(),
+                          duration, rows::OnFailure::kReachHost);
+    // The observation goes to attribute i; behind a left-out item i runs ahead of the
+    // rows, and the observation then goes with the row just appended.
     R_Obs->set(leftOut ? Lst_Selectionne.ListCount() : i, observation);
-    // 6.
+    // The item's duration, if any, goes onto the total.
     const Text d = trimBlanks(duration);
-    if (!d.empty()) W_Total = selection::addToShownTotal(Txt_Duree, d);
+    if (!d.empty()) W_Total = rows::addToShownTotal(Txt_Duree, d);
   }
   Trie_Selectionne();
 }

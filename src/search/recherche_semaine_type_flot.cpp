@@ -3,16 +3,14 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
-#include "search/item_merge.h"
-#include "search/search_fill.h"
-#include "search/template_query.h"
-#include "search/working_table.h"
+#include "search/key_layouts.h"
+#include "search/template_search.h"
 
-namespace velmora {
-
-using namespace Variable;
+namespace velmora::search {
 
 namespace {
+
+using namespace Variable;
 
 // Days 0 to 5 only: the seventh character of the mask and a digit 6 in the template are
 // never looked at. A mask character that is not a number makes the test fail, and a
@@ -32,72 +30,53 @@ bool floatingDayMet(const Text& jour, const RecordRef& tpl) {
   return day;
 }
 
+// The search times, then the floating query; the key list keeps what it held when the
+// query fails.
+SearchTimes findFloatingKeys(const SearchCriteria& criteria, bool cleLue, RecordRef& listeSem) {
+  const SearchTimes times = searchTimes(cleLue, criteria);
+  long nombre = 0;
+  resumeNext([&] {
+    listeSem =
+        Variable::TheDatabase->RunQuery(templateRequest(kFloatingTemplates, criteria), u"", nombre);
+  });
+  return times;
+}
+
+// Every floating template is tested on its days and its time slot.
+TemplateVisit visitFloatingKey(const Text& key, const Text& jour, const SearchTimes& times) {
+  resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(key); });
+  bool matched = false;
+  const bool day = floatingDayMet(jour, R_SemTypeFlot);
+  if (testOrTrue([&] {
+        const bool startsInTime = FloatingTemplateKey::start.in(key) <= times.end;
+        const bool endsInTime = R_SemTypeFlot->r(2) >= times.start;
+        return day && startsInTime && endsInTime;
+      })) {
+    matched = true;
+  }
+  return {R_SemTypeFlot, matched, tables::TemplateMerge::Mark::kNone};
+}
+
 }  // namespace
+
+}  // namespace velmora::search
+
+namespace velmora {
 
 void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
   const ProcedureSnapshot snapshot;
-  // 1. Guard.
-  if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
-      W_TypeAct.empty() || W_Jour.empty()) {
-    return;
-  }
-  // 2. Times.
-  const auto times = search::searchTimes(W_CleLue != kFalse, W_HeureDe, W_HeureA);
-  // 3. Floating query; W_ListeSem keeps what it held when the query fails.
-  const search::SearchCriteria criteria{W_Code, W_DateDeb, W_DateFin, W_TypeAct};
-  long nombre = 0;
-  resumeNext([&] {
-    W_ListeSem = Variable::TheDatabase->RunQuery(
-        search::templateRequest(search::kFloatingTemplates, criteria), u"", nombre);
-  });
-
-  // Preparation.
-  R_TableDurees = newRecord();
-  if (testOrTrue([&] { return search::defaultIsEmpty(*W_ListeSem); })) {
-    W_AfficheTache = kFalse;
-    if (W_TypeAct == u"AUTRE") {
-      resumeNext([&] { Charge_AideTache(); });
-    } else {
-      resumeNext([&] { Remplir_Soins(); });
-    }
-    W_ListeSem = nullptr;
-    return;
-  }
-  R_TablePossible = newRecord();
-  R_TableSelection = newRecord();
-  W_AfficheTache = kTrue;
-  W_Total = Currency();
-  resumeNext([&] { Txt_Duree.setText(u""); });
-
-  // The walk.
-  search::TemplateMerge merge(*R_TablePossible, *R_TableSelection, *R_TableDurees);
-  int keys = 0;
-  resumeNext([&] { keys = W_ListeSem->DCount(); });
-  for (int n = 1; n <= keys; ++n) {
-    const Text key = W_ListeSem->r(n);
-    resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(key); });
-    bool matched = false;
-    const bool day = floatingDayMet(W_Jour, R_SemTypeFlot);
-    if (testOrTrue([&] {
-          const bool startsInTime = mid(key, 11, 4) <= times.end;
-          const bool endsInTime = R_SemTypeFlot->r(2) >= times.start;
-          return day && startsInTime && endsInTime;
-        })) {
-      matched = true;
-    }
-    int items = 0;
-    resumeNext([&] { items = R_SemTypeFlot->DCount(4); });
-    for (int v = 1; v <= items; ++v) {
-      const NorvikRecord& tpl = *R_SemTypeFlot;
-      merge.mergeFloating({tpl.r(4, v), tpl.r(5, v), tpl.r(8, v)}, matched, W_CleLue != kFalse);
-    }
-  }
-
-  const search::SearchFill fill{*this, W_TypeAct == u"AUTRE", search::RowEnd::kFloating,
-                                [this] { Trie_Possible(); }, [this] { Trie_Selectionne(); }};
-  search::fillUpperList(fill);
-  if (RemplirBas == kTrue) search::fillLowerHalf(fill);
-  W_ListeSem = nullptr;
+  const search::SearchCriteria criteria{W_Code,    W_DateDeb, W_DateFin, W_TypeAct,
+                                        W_HeureDe, W_HeureA,  W_Jour};
+  const bool cleLue = W_CleLue != kFalse;
+  const search::TemplateSearch floating{
+      [&] { return search::findFloatingKeys(criteria, cleLue, W_ListeSem); },
+      [&](const Text& key, const search::SearchTimes& times) {
+        return search::visitFloatingKey(key, W_Jour, times);
+      },
+      search::RowEnd::kFloating};
+  search::runTemplateSearch({*this, criteria, W_ListeSem, cleLue, [this] { Trie_Possible(); },
+                             [this] { Trie_Selectionne(); }},
+                            floating, RemplirBas);
 }
 
 }  // namespace velmora

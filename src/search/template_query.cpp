@@ -1,3 +1,5 @@
+// The query on a template file that both template searches run, and the search times
+// they compare the templates with, in the four-digit form of the keys.
 #include "search/template_query.h"
 
 #include <velmora/store/record.h>
@@ -52,7 +54,9 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
   return request.r();
 }
 
-SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA) {
+SearchTimes searchTimes(bool cleLue, const SearchCriteria& criteria) {
+  const Text& heureDe = criteria.heureDe;
+  const Text& heureA = criteria.heureA;
   if (cleLue) return {heureDe, heureA};
   const bool decimal = !R_Param.empty() && R_Param->r(20) == u"1";
   const auto convert = decimal ? decimalToFourDigit : minutesToFourDigit;

@@ -8,13 +8,21 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/record.h>
-#include "search/item_merge.h"
-#include "search/task_catalogue.h"
-#include "search/working_table.h"
+#include "catalogue/task_catalogue.h"
 #include "support/account.h"
+#include "tables/item_merge.h"
+#include "tables/working_table.h"
 
-namespace velmora::search {
+namespace velmora {
 namespace {
+
+using catalogue::CatalogueRow;
+using catalogue::DurationOverrides;
+using catalogue::taskCatalogueWalk;
+using catalogue::withOverriddenDuration;
+using tables::ClientListMerge;
+using tables::TemplateItem;
+using tables::TemplateMerge;
 
 using Answer = std::vector<std::vector<std::string>>;  // a store's answer, row by row
 using testing::makeRecord;
@@ -172,8 +180,9 @@ TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
     for (const auto& tpl : templates) {
       for (const auto& item : tpl.items) {
         const TemplateItem in{item.code, item.duration, item.observation};
-        floating ? merge.mergeFloating(in, tpl.matched, cleLue)
-                 : merge.mergeWeekly(in, tpl.fixedKey, tpl.matched, cleLue);
+        using Mark = TemplateMerge::Mark;
+        const Mark mark = floating ? Mark::kNone : tpl.fixedKey ? Mark::kFixed : Mark::kFloating;
+        merge.merge(in, mark, tpl.matched, cleLue);
       }
     }
     ASSERT_EQ(indexed.possible.r(), direct.possible.r()) << "seed " << seed;
@@ -205,4 +214,4 @@ TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
 }
 
 }  // namespace
-}  // namespace velmora::search
+}  // namespace velmora

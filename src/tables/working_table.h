@@ -9,7 +9,7 @@
 #include <velmora/store/record.h>
 #include "base/text_map.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 // True when attribute `row` reads "" (also past the end).
 bool rowIsEmpty(const NorvikRecord& table, int row);
@@ -35,4 +35,4 @@ class TableScan {
   TextMap<int> firstRow_;
 };
 
-}  // namespace velmora::search
+}  // namespace velmora::tables

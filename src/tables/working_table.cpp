@@ -1,6 +1,8 @@
-#include "search/working_table.h"
+// The working tables' end and emptiness tests, and the index that answers a merge's
+// scan for a code in constant time while the table grows.
+#include "tables/working_table.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 bool rowIsEmpty(const NorvikRecord& table, int row) {
   const auto& attributes = table.attributes();
@@ -41,4 +43,4 @@ void TableScan::advanceFirstEmpty(const NorvikRecord& table) {
   while (!rowIsEmpty(table, firstEmpty_)) ++firstEmpty_;
 }
 
-}  // namespace velmora::search
+}  // namespace velmora::tables
