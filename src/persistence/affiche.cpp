@@ -5,6 +5,7 @@
 #include "control/read_snapshot.h"
 #include "rows/item_row.h"
 #include "rows/total.h"
+#include "tables/working_table.h"
 
 namespace velmora::persistence {
 
@@ -36,9 +37,7 @@ void Ctr_VelmoraNew::Affiche() {
   const int count = W_Aff->DCount();
   bool leftOut = false;  // an item of this call has been left out
   for (int i = 1; i <= count; ++i) {
-    const Text code = W_Aff->r(i, 1);
-    const Text duration = W_Aff->r(i, 2);
-    const Text observation = W_Aff->r(i, 3);
+    const auto [code, duration, observation] = tables::tableItem(*W_Aff, i);
     // An item without its task or its group is left out without a word.
     using persistence::readOrDrop;
     if (!readOrDrop(F_Tache, code, R_Tache) ||

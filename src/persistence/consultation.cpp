@@ -107,16 +107,16 @@ void Ctr_VelmoraNew::Affiche_Tache_ClicDroit_TraiteTableau(std::int16_t& Traitem
   int count = 0;
   resumeNext([&] { count = R_TableSelection->DCount(); });
   for (int i = 1; i <= count; ++i) {
-    const Text code = R_TableSelection->r(i, 1);
-    const Text duration = R_TableSelection->r(i, 2);
-    const Text observation = R_TableSelection->r(i, 3);
-    if (!rows::readItemRecords(autre, code)) continue;
-    rows::addSelectionRow({rowsList, codes}, autre, code, !observation.empty(), duration,
-                          rows::OnFailure::kContinue);
+    const auto item = tables::tableItem(*R_TableSelection, i);
+    if (!rows::readItemRecords(autre, item.code)) continue;
+    rows::addSelectionRow({rowsList, codes}, autre, item.code, !item.observation.empty(),
+                          item.duration, rows::OnFailure::kContinue);
     // The observation goes with the row's own number, so that a left-out item does not
     // shift the observations of the rows behind it.
-    resumeNext([&] { R_Obs->set(rowsList.ListCount(), observation); });
-    if (!duration.empty()) resumeNext([&] { W_Total += Currency::fromText(duration); });
+    resumeNext([&] { R_Obs->set(rowsList.ListCount(), item.observation); });
+    if (!item.duration.empty()) {
+      resumeNext([&] { W_Total += Currency::fromText(item.duration); });
+    }
   }
   // The list just filled is sorted.
   if (Traitement == 1) {

@@ -81,15 +81,13 @@ void fillLowerHalf(const SearchControl& search) {
   int count = 0;
   resumeNext([&] { count = R_TableSelection->DCount(); });
   for (int i = 1; i <= count; ++i) {
-    const Text code = R_TableSelection->r(i, 1);
-    const Text duration = R_TableSelection->r(i, 2);
-    const Text observation = R_TableSelection->r(i, 3);
-    if (rows::readItemRecords(autre, code)) {
-      rows::addSelectionRow({c.Lst_Selectionne, c.Lst_CodeSelect}, autre, code,
-                            !observation.empty(), duration, rows::OnFailure::kContinue);
+    const auto item = tables::tableItem(*R_TableSelection, i);
+    if (rows::readItemRecords(autre, item.code)) {
+      rows::addSelectionRow({c.Lst_Selectionne, c.Lst_CodeSelect}, autre, item.code,
+                            !item.observation.empty(), item.duration, rows::OnFailure::kContinue);
       // By table row: a dropped item leaves its number unused.
-      resumeNext([&] { R_Obs->set(i, observation); });
-      resumeNext([&] { c.W_Total += Currency::fromText(duration); });
+      resumeNext([&] { R_Obs->set(i, item.observation); });
+      resumeNext([&] { c.W_Total += Currency::fromText(item.duration); });
     }
     // Sum first, then show: the text box turns the minutes into NhMM at once.
     resumeNext([&] { c.Txt_Duree.setText(c.W_Total.toText()); });

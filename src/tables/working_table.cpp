@@ -17,6 +17,10 @@ bool defaultIsEmpty(const NorvikRecord& record) {
   return attributes.size() == 1 && rowIsEmpty(record, 1);
 }
 
+TableItem tableItem(const NorvikRecord& table, int row) {
+  return {table.r(row, 1), table.r(row, 2), table.r(row, 3)};
+}
+
 TableScan::TableScan(const NorvikRecord& table) {
   const int count = static_cast<int>(table.attributes().size());
   for (int row = 1; row <= count; ++row) {

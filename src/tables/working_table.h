@@ -16,6 +16,15 @@ bool rowIsEmpty(const NorvikRecord& table, int row);
 // True when the record's default value is "": no attribute, or one empty attribute.
 bool defaultIsEmpty(const NorvikRecord& record);
 
+// Values 1, 2 and 3 of a row of a selection table (R_TableSelection, W_Aff): the item's
+// code, duration and observation.
+struct TableItem {
+  Text code;
+  Text duration;
+  Text observation;
+};
+TableItem tableItem(const NorvikRecord& table, int row);
+
 class TableScan {
  public:
   // Indexes the rows the table holds now.
