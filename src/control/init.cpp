@@ -7,6 +7,7 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
+#include "search/key_layouts.h"
 
 namespace velmora {
 
@@ -120,26 +121,29 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
     NorvikDates& dates = TheDates();
     if (W_SemType == kFalse) {
       resumeNext([&] { R_DetailsInterv = F_DetailsInterv->ReadRecord(Code); });
-      W_Code = mid(Code, 6, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 11, 5)); });
+      using Key = search::DetailKey;
+      W_Code = Key::client.in(Code);
+      resumeNext([&] { W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { W_DateFin = dates.DateVersTexte(R_DetailsInterv->r(1)); });
-      W_HeureDe = mid(Code, 23, 4);
+      W_HeureDe = Key::start.in(Code);
       resumeNext([&] { W_HeureA = R_DetailsInterv->r(2); });
-      W_Jour = mid(Code, 22, 1);
+      W_Jour = Key::day.in(Code);
     } else if (W_Flot == kFalse) {
-      resumeNext([&] { R_SemType = F_SemType->ReadRecord(mid(Code, 1, 17)); });
-      W_Code = mid(Code, 1, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
+      using Key = search::FixedTemplateKey;
+      resumeNext([&] { R_SemType = F_SemType->ReadRecord(Key::record.in(Code)); });
+      W_Code = Key::client.in(Code);
+      resumeNext([&] { W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { W_DateFin = dates.DateVersTexte(R_SemType->r(1)); });
-      W_HeureDe = mid(Code, 12, 4);
+      W_HeureDe = Key::start.in(Code);
       resumeNext([&] { W_HeureA = R_SemType->r(2); });
-      W_Jour = mid(Code, 11, 1);
+      W_Jour = Key::day.in(Code);
     } else {
-      resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(mid(Code, 1, 16)); });
-      W_Code = mid(Code, 1, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
+      using Key = search::FloatingTemplateKey;
+      resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(Key::record.in(Code)); });
+      W_Code = Key::client.in(Code);
+      resumeNext([&] { W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { W_DateFin = dates.DateVersTexte(R_SemTypeFlot->r(1)); });
-      W_HeureDe = mid(Code, 11, 4);
+      W_HeureDe = Key::start.in(Code);
       resumeNext([&] { W_HeureA = R_SemTypeFlot->r(2); });
       resumeNext([&] { W_Jour = R_SemTypeFlot->r(10); });
     }
