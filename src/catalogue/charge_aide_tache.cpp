@@ -1,5 +1,6 @@
 // Charge_AideTache: the client's dated task lists merged into one, latest first, each
-// task once with the duration of the latest list that names it.
+// task once with the duration of the latest list that names it. The proposal then shows
+// the merged tasks still in the catalogue, and R_TableDurees keeps every duration seen.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"

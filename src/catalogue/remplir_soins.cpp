@@ -1,4 +1,5 @@
-// Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label.
+// Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label. An act
+// whose regroupment or care type is missing is left out; the selection is not touched.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"

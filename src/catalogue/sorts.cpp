@@ -1,5 +1,6 @@
-// Trie_Possible and Trie_Selectionne: the list boxes don't sort themselves, since rows,
-// codes and observations live side by side and must move together.
+// Trie_Possible and Trie_Selectionne, the selection sorts of the two visible lists. The
+// list boxes don't sort themselves, since rows, codes and observations live side by side
+// and must move together.
 #include <functional>
 #include <vector>
 

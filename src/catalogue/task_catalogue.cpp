@@ -1,5 +1,6 @@
 // The show-all switch's walk over the task catalogue, answered from first positions
-// computed once, and the durations known for the client that override the catalogue's.
+// computed once. Beside it, the durations known for the client that override the
+// catalogue's.
 #include "catalogue/task_catalogue.h"
 
 #include <velmora/base/failure.h>

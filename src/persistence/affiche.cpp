@@ -1,5 +1,5 @@
-// The way back: a stored selection in W_Aff becomes selection rows again, behind what
-// the selection holds already.
+// Affiche, the way back: a stored selection in W_Aff becomes selection rows again, behind
+// what the selection holds already. An item whose task or group is gone is left out.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"

@@ -1,5 +1,5 @@
-// The total's display: code writes a plain number of minutes into Txt_Duree and its
-// change notification turns it at once into hours and minutes, NhMM.
+// The total's display and the duration box's keys. Code writes a plain number of minutes
+// into Txt_Duree, and its change notification turns it at once into hours and minutes.
 #include <cmath>
 
 #include <velmora/control/ctr_velmora_new.h>

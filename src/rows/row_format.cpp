@@ -1,5 +1,5 @@
-// The fixed-width rows of the lists, written and read back: text columns, the durations
-// of proposal and selection rows, and the total's NhMM display form read as minutes.
+// The fixed-width rows of the lists, written and read back: text columns and the
+// durations of proposal and selection rows. Also the total's NhMM form read as minutes.
 #include "rows/row_format.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // Recherche_SemaineType: the weekly templates of the client, fixed and floating, merged
-// into the proposal; the fixed templates whose weekday and time slot meet the
+// into the proposal. The fixed templates whose weekday and time slot meet the
 // intervention also fill the selection.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"

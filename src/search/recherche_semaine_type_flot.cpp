@@ -1,5 +1,6 @@
-// Recherche_SemaineTypeFlot: the floating templates alone, the one search that selects
-// from them, by the list of days each template holds in attribute 10.
+// Recherche_SemaineTypeFlot: the floating templates alone, merged into the proposal. It
+// is the one search that selects from them, by the list of days each template holds in
+// attribute 10.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"

@@ -1,5 +1,5 @@
-// The query on a template file that both template searches run, and the search times
-// they compare the templates with, in the four-digit form of the keys.
+// The query on a template file that both template searches run, clause by clause. Beside
+// it, the search times they compare the templates with, in the four-digit form of keys.
 #include "search/template_query.h"
 
 #include <velmora/store/record.h>

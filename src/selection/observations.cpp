@@ -1,5 +1,6 @@
-// The observation of the current selected row: the dialog edits R_Obs at N_LigneObs,
-// and the row's marker at position 79 follows whether the text went empty or not.
+// Cmd_Obs_Click: the observation of the current selected row, edited in the dialog at
+// N_LigneObs of R_Obs. The row's marker at position 79 follows whether the text went
+// empty or not.
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include "control/module_slots.h"

@@ -1,5 +1,5 @@
-// The working tables' end and emptiness tests, and the index that answers a merge's
-// scan for a code in constant time while the table grows.
+// The working tables' end and emptiness tests, and the reading of an item's row. The
+// index of a table answers a merge's scan for a code in constant time as the table grows.
 #include "tables/working_table.h"
 
 namespace velmora::tables {
