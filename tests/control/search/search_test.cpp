@@ -6,7 +6,6 @@
 
 #include <velmora/base/failure.h>
 #include "control/fixture.h"
-#include "search/time_conversion.h"
 
 namespace velmora::testing {
 namespace {
@@ -178,7 +177,9 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
 }
 
 // The fixed templates that touch the slot at either end match, times in minutes (08:01 is
-// 0802) or as the parameter says in decimal hours; with no end date, later ones too.
+// 0802, the separator is not read) or as the parameter says in decimal hours (a comma
+// too); with no end date, later ones too. A time that is no number is left empty: an
+// empty start lets every template end in time.
 TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   struct Case {
     const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM
@@ -187,7 +188,11 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   const std::vector<Case> cases{
       {"0", "09:00", "10:00", "30/11/2026", "B:6: A:5:"},
       {"0", "08:01", "08:59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
+      {"0", "08h01", "08h59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
       {"1", "8.5", "9", "30/11/2026", "D:8: B:6: E:9:"},
+      {"1", "8,5", "9,0", "30/11/2026", "D:8: B:6: E:9:"},
+      {"0", "08:xx", "09:00", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
+      {"1", "huit", "9", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
       {"0", "09:00", "10:00", "", "B:6: A:5: F:4:"},
       // An end date that is no date drops both date tests.
       {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
@@ -309,20 +314,6 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
   EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
   EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
-}
-
-TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
-  EXPECT_EQ(search::minutesToFourDigit(u"07h05"), u"0708");
-  for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
-           {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
-    EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
-  }
-  for (const Text bad : {u"08:xx", u"8", u""}) {
-    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
-        << toUtf8(bad);
-  }
-  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
-            errors::kTypeMismatch);
 }
 
 }  // namespace
