@@ -301,6 +301,17 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
 }
 
+// Ticked, the switch shows each task with the last duration of the key's list that fits
+// its five places, "" and "0" passed over; a task the list does not name keeps its own.
+TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
+  putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
+  account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
+  init("AUTRE", detailKey, "23/11/2026");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 C:12345 D:40"));
+}
+
 // A template key shows the template's items; care ticks the switch and locks it.
 TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   putFixed('2', "0930",

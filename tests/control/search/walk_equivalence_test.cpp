@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include <velmora/base/failure.h>
 #include <velmora/store/record.h>
 #include "catalogue/task_catalogue.h"
 #include "support/account.h"
@@ -17,9 +16,7 @@ namespace velmora {
 namespace {
 
 using catalogue::CatalogueRow;
-using catalogue::DurationOverrides;
 using catalogue::taskCatalogueWalk;
-using catalogue::withOverriddenDuration;
 using tables::ClientListMerge;
 using tables::TemplateItem;
 using tables::TemplateMerge;
@@ -48,20 +45,6 @@ std::vector<CatalogueRow> directCatalogueWalk(const NorvikRecord& T, const Norvi
     } while (G.r(j, 3) == T.r(i, 1) && !G.r(j, 3).empty());
   }
   return rows;
-}
-
-// Every row of the table that names the code with a duration neither "" nor "0"
-// rewrites the row; a rewrite that fails is skipped.
-Text directOverride(const NorvikRecord& durees, const Text& code, Text row) {
-  for (int l = 1; l <= durees.DCount(); ++l) {
-    if (durees.r(l, 1) == code && !durees.r(l, 2).empty() && durees.r(l, 2) != u"0") {
-      try {
-        row = withOverriddenDuration(row, durees.r(l, 2));
-      } catch (const Failure&) {
-      }
-    }
-  }
-  return row;
 }
 
 int directScan(const NorvikRecord& table, const Text& code) {
@@ -148,23 +131,6 @@ TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
     nonEmpty += expected.empty() ? 0 : 1;
   }
   EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
-}
-
-TEST(DurationOverrides, TheLastValidDurationWinsAsInTheDocumentedWalk) {
-  const Text row = Text(78, u'x') + u"     99";
-  for (unsigned seed = 1; seed <= 2000; ++seed) {
-    Random rnd(seed);
-    Answer rows(static_cast<std::size_t>(rnd.below(10)));
-    for (auto& r : rows) r = {rnd.pick(Random::kCodes), rnd.pick(Random::kDurations)};
-    const auto table = makeRecord(rows);
-    const DurationOverrides indexed(table);
-    for (const auto& code : Random::kCodes) {
-      const auto* found = indexed.find(fromUtf8(code));
-      ASSERT_EQ(found && found->duration ? withOverriddenDuration(row, *found->duration) : row,
-                directOverride(table, fromUtf8(code), row))
-          << "seed " << seed << " code '" << code << "'";
-    }
-  }
 }
 
 TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
