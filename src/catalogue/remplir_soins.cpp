@@ -1,20 +1,21 @@
-// Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label.
+// Remplir_Soins: the whole care-act catalogue in Lst_Possible, sorted by label. An act
+// whose regroupment or care type is missing is left out; the selection is not touched.
 #include <velmora/control/ctr_velmora_new.h>
 #include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
 #include "rows/row_format.h"
-#include "search/working_table.h"
+#include "tables/working_table.h"
 
 namespace velmora {
 
 void Ctr_VelmoraNew::Remplir_Soins() {
   const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
-  // 1.
+  // The proposal starts empty.
   resumeNext([&] { Lst_Possible.Clear(); });
   resumeNext([&] { Lst_CodePos.Clear(); });
-  // 2.
+  // Every care act, sorted by label, with its label and duration.
   NorvikRecord request;
   request.set(1, u"SSELECT SSIADSOINS PAR 1");
   request.set(2, u"SSIADSOINS");
@@ -22,9 +23,9 @@ void Ctr_VelmoraNew::Remplir_Soins() {
   RecordRef answer;
   long nombre = 0;
   resumeNext([&] { answer = Variable().TheDatabase->RunQuery(request.r(), u"", nombre); });
-  // 3. A failing test runs its true branch: nothing to walk either way.
-  if (testOrTrue([&] { return search::defaultIsEmpty(*answer); })) return;
-  // 4.
+  // A failing test runs its true branch: nothing to walk either way.
+  if (testOrTrue([&] { return tables::defaultIsEmpty(*answer); })) return;
+  // A row for each act whose regroupment and care type are found.
   const int count = answer->DCount();
   for (int i = 1; i <= count; ++i) {
     const Text& code = answer->r(i, 1);
@@ -49,7 +50,6 @@ void Ctr_VelmoraNew::Remplir_Soins() {
     resumeNext([&] { Lst_Possible.AddItem(row, std::move(whole)); });
     resumeNext([&] { Lst_CodePos.AddItem(code); });
   }
-  // 5.
   resumeNext([&] { Trie_Possible(); });
 }
 

@@ -1,5 +1,6 @@
-// Trie_Possible and Trie_Selectionne: the list boxes don't sort themselves, since rows,
-// codes and observations live side by side and must move together.
+// Trie_Possible and Trie_Selectionne, the selection sorts of the two visible lists. The
+// list boxes don't sort themselves, since rows, codes and observations live side by side
+// and must move together.
 #include <functional>
 #include <vector>
 
@@ -7,7 +8,7 @@
 #include "catalogue/selection_order.h"
 #include "control/session_state.h"
 
-namespace velmora {
+namespace velmora::catalogue {
 
 namespace {
 
@@ -44,8 +45,12 @@ std::vector<TextView> rowKeys(const toolkit::ListBox& list) {
 
 }  // namespace
 
+}  // namespace velmora::catalogue
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Trie_Possible() {
-  auto ranks = catalogue::denseRanks(proposalKeys(Lst_Possible), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::proposalKeys(Lst_Possible), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Possible.swapRows(m, i);
     Lst_CodePos.swapRows(m, i);
@@ -53,7 +58,7 @@ void Ctr_VelmoraNew::Trie_Possible() {
 }
 
 void Ctr_VelmoraNew::Trie_Selectionne() {
-  auto ranks = catalogue::denseRanks(rowKeys(Lst_Selectionne), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::rowKeys(Lst_Selectionne), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Selectionne.swapRows(m, i);
     Lst_CodeSelect.swapRows(m, i);

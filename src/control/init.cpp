@@ -8,6 +8,7 @@
 #include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
+#include "search/key_layouts.h"
 
 namespace velmora {
 
@@ -121,29 +122,32 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
     if (d_->W_SemType == kFalse) {
       resumeNext(
           [&] { Variable().R_DetailsInterv = Variable().F_DetailsInterv->ReadRecord(Code); });
-      d_->W_Code = mid(Code, 6, 5);
-      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(mid(Code, 11, 5)); });
+      using Key = search::DetailKey;
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_DetailsInterv->r(1)); });
-      d_->W_HeureDe = mid(Code, 23, 4);
+      d_->W_HeureDe = Key::start.in(Code);
       resumeNext([&] { d_->W_HeureA = Variable().R_DetailsInterv->r(2); });
-      d_->W_Jour = mid(Code, 22, 1);
+      d_->W_Jour = Key::day.in(Code);
     } else if (d_->W_Flot == kFalse) {
+      using Key = search::FixedTemplateKey;
       resumeNext(
-          [&] { Variable().R_SemType = Variable().F_SemType->ReadRecord(mid(Code, 1, 17)); });
-      d_->W_Code = mid(Code, 1, 5);
-      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
+          [&] { Variable().R_SemType = Variable().F_SemType->ReadRecord(Key::record.in(Code)); });
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_SemType->r(1)); });
-      d_->W_HeureDe = mid(Code, 12, 4);
+      d_->W_HeureDe = Key::start.in(Code);
       resumeNext([&] { d_->W_HeureA = Variable().R_SemType->r(2); });
-      d_->W_Jour = mid(Code, 11, 1);
+      d_->W_Jour = Key::day.in(Code);
     } else {
+      using Key = search::FloatingTemplateKey;
       resumeNext([&] {
-        Variable().R_SemTypeFlot = Variable().F_SemTypeFlot->ReadRecord(mid(Code, 1, 16));
+        Variable().R_SemTypeFlot = Variable().F_SemTypeFlot->ReadRecord(Key::record.in(Code));
       });
-      d_->W_Code = mid(Code, 1, 5);
-      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
       resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_SemTypeFlot->r(1)); });
-      d_->W_HeureDe = mid(Code, 11, 4);
+      d_->W_HeureDe = Key::start.in(Code);
       resumeNext([&] { d_->W_HeureA = Variable().R_SemTypeFlot->r(2); });
       resumeNext([&] { d_->W_Jour = Variable().R_SemTypeFlot->r(10); });
     }

@@ -5,7 +5,7 @@
 #include "control/error_regime.h"
 #include "rows/row_format.h"
 
-namespace velmora {
+namespace velmora::persistence {
 
 namespace {
 
@@ -17,13 +17,17 @@ Text sixDigits(const Text& code) {
 
 }  // namespace
 
+}  // namespace velmora::persistence
+
+namespace velmora {
+
 void Ctr_VelmoraNew::MAJ_Enr() {
   const SessionInUse inUse(d_->session);
   W_Enr = newRecord();
   for (int i = 0; i < Lst_Selectionne.ListCount(); ++i) {
     const int n = i + 1;
     const Text& code = Lst_CodeSelect.List(i);
-    W_Enr->set(n, 1, d_->W_TypeAct == u"SSIAD" ? sixDigits(code) : code);
+    W_Enr->set(n, 1, d_->W_TypeAct == u"SSIAD" ? persistence::sixDigits(code) : code);
     W_Enr->set(n, 2, rows::rowDuration(Lst_Selectionne.List(i)));
     W_Enr->set(n, 3, Variable().R_Obs->r(n));
   }

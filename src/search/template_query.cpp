@@ -1,3 +1,5 @@
+// The query on a template file that both template searches run, clause by clause. Beside
+// it, the search times they compare the templates with, in the four-digit form of keys.
 #include "search/template_query.h"
 
 #include <velmora/store/record.h>
@@ -53,7 +55,9 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
   return request.r();
 }
 
-SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA) {
+SearchTimes searchTimes(bool cleLue, const SearchCriteria& criteria) {
+  const Text& heureDe = criteria.heureDe;
+  const Text& heureA = criteria.heureA;
   if (cleLue) return {heureDe, heureA};
   const bool decimal = !Variable().R_Param.empty() && Variable().R_Param->r(20) == u"1";
   const auto convert = decimal ? decimalToFourDigit : minutesToFourDigit;

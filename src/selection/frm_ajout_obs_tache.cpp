@@ -1,3 +1,5 @@
+// Frm_AjoutObsTache, the observations dialog: its controls and their layout. Its two
+// buttons are the only way to close it, and OK writes the text into R_Obs at N_LigneObs.
 #include <velmora/control/frm_ajout_obs_tache.h>
 
 #include "control/session_state.h"

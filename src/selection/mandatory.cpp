@@ -10,9 +10,9 @@ namespace velmora {
 Boolean Ctr_VelmoraNew::AuMoinsUneTacheImperative() {
   const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
-  // 1. Care acts have no mandatory mark.
+  // Care acts have no mandatory mark.
   if (d_->W_TypeAct != u"AUTRE") return kFalse;
-  // 2. In list order; the first mandatory task ends the walk.
+  // In list order; the first mandatory task ends the walk.
   const int n = Lst_CodeSelect.ListCount();
   for (int i = 0; i < n; ++i) {
     try {
@@ -24,7 +24,6 @@ Boolean Ctr_VelmoraNew::AuMoinsUneTacheImperative() {
     }
     if (Variable().R_Tache->r(4) == u"O") return kTrue;
   }
-  // 3.
   return kFalse;
 }
 

@@ -28,11 +28,11 @@ TEST(RowFormat, ColumnsAndDurationsHaveTheirPlaces) {
 
 // The total's box turns minutes into hours and minutes as they are written, once Init
 // has armed it, and the control reads them back when it changes the total.
-TEST(Durations, MinutesShowAsHoursAndReadBack) {
-  Session session;
-  Ctr_VelmoraNew c(session);
-  InitArguments a{u"AUTRE", u"00001", u"", u"", u"", u"", u"1000000"};
-  c.Init(a);
+using Durations = ControlTest;
+
+TEST_F(Durations, MinutesShowAsHoursAndReadBack) {
+  init("AUTRE", "00001", "", "", "", "", "1000000");
+  Ctr_VelmoraNew& c = ctl;
   const std::vector<std::pair<Text, Text>> cases{
       {u"0", u"0h00"},         {u"5", u"0h05"},    {u"65", u"1h05"},   {u"1500", u"25h00"},
       {u"100000", u"1666h40"}, {u"-5", u"-1h55"},  {u"-60", u"-1h00"}, {u"-61", u"-2h59"},

@@ -6,7 +6,6 @@
 
 #include <velmora/base/failure.h>
 #include "control/fixture.h"
-#include "search/time_conversion.h"
 
 namespace velmora::testing {
 namespace {
@@ -178,7 +177,9 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
 }
 
 // The fixed templates that touch the slot at either end match, times in minutes (08:01 is
-// 0802) or as the parameter says in decimal hours; with no end date, later ones too.
+// 0802, the separator is not read) or as the parameter says in decimal hours (a comma
+// too); with no end date, later ones too. A time that is no number is left empty: an
+// empty start lets every template end in time.
 TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   struct Case {
     const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM
@@ -187,7 +188,11 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   const std::vector<Case> cases{
       {"0", "09:00", "10:00", "30/11/2026", "B:6: A:5:"},
       {"0", "08:01", "08:59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
+      {"0", "08h01", "08h59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
       {"1", "8.5", "9", "30/11/2026", "D:8: B:6: E:9:"},
+      {"1", "8,5", "9,0", "30/11/2026", "D:8: B:6: E:9:"},
+      {"0", "08:xx", "09:00", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
+      {"1", "huit", "9", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
       {"0", "09:00", "10:00", "", "B:6: A:5: F:4:"},
       // An end date that is no date drops both date tests.
       {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
@@ -296,6 +301,17 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
 }
 
+// Ticked, the switch shows each task with the last duration of the key's list that fits
+// its five places, "" and "0" passed over; a task the list does not name keeps its own.
+TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
+  putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
+  account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
+  init("AUTRE", detailKey, "23/11/2026");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 C:12345 D:40"));
+}
+
 // A template key shows the template's items; care ticks the switch and locks it.
 TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   putFixed('2', "0930",
@@ -309,20 +325,6 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
   EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
   EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"", "obs D"}));
-}
-
-TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
-  EXPECT_EQ(search::minutesToFourDigit(u"07h05"), u"0708");
-  for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
-           {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
-    EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
-  }
-  for (const Text bad : {u"08:xx", u"8", u""}) {
-    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
-        << toUtf8(bad);
-  }
-  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
-            errors::kTypeMismatch);
 }
 
 }  // namespace
