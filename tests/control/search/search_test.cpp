@@ -251,10 +251,12 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
   putList("01/10/2026", {"A", "B"}, {"12", "45"});
   account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
-  search("AUTRE", "0000001");
-  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
-  expectShown(catalogue("A:12 B:30 C:"), "", "");
+  for (const std::string& code : {kClient, kClient + "FLOT"}) {  // fixed or floating search
+    search("AUTRE", "0000001", code);
+    EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+    EXPECT_EQ(words(Variable::R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+    expectShown(catalogue("A:12 B:30 C:"), "", "");
+  }
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
