@@ -19,6 +19,7 @@ std::string columns(const std::string& code) {
       {"B", col("MENAGE") + col("ENTRETIEN") + col("B")},
       {"C", col("SOINS") + col("TOILETTE") + col("C")},
       {"D", col("SOINS") + col("TOILETTE") + col("D")},
+      {"E", col("MENAGE") + col("ENTRETIEN") + col("E")},
       {"010101", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
       {"010102", col("Soins de base") + col("Hygiène") + col("Change")},
       {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
@@ -307,11 +308,13 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
 // its five places, "" and "0" passed over; a task the list does not name keeps its own.
 TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
   putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  // E comes first in the catalogue's order and takes its place among the sorted rows.
+  account.put("TACHE", "E", {{"0"}, {"ENTRETIEN"}, {""}, {""}, {"5"}});
   const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
   account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
   init("AUTRE", detailKey, "23/11/2026");
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 C:12345 D:40"));
+  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 E:5 C:12345 D:40"));
 }
 
 // A template key shows the template's items; care ticks the switch and locks it.
