@@ -41,7 +41,7 @@ SearchTimes findWeeklyKeys(const SearchCriteria& criteria, bool cleLue, RecordRe
     listeFlot = Variable().TheDatabase->RunQuery(templateRequest(kFloatingTemplates, criteria), u"",
                                                  nombre);
   });
-  const SearchTimes times = searchTimes(cleLue, criteria);
+  SearchTimes times = searchTimes(cleLue, criteria);
   resumeNext([&] {
     listeSem =
         Variable().TheDatabase->RunQuery(templateRequest(kFixedTemplates, criteria), u"", nombre);

@@ -33,7 +33,7 @@ bool floatingDayMet(const Text& jour, const RecordRef& tpl) {
 // The search times, then the floating query; the key list keeps what it held when the
 // query fails.
 SearchTimes findFloatingKeys(const SearchCriteria& criteria, bool cleLue, RecordRef& listeSem) {
-  const SearchTimes times = searchTimes(cleLue, criteria);
+  SearchTimes times = searchTimes(cleLue, criteria);
   long nombre = 0;
   resumeNext([&] {
     listeSem = Variable().TheDatabase->RunQuery(templateRequest(kFloatingTemplates, criteria), u"",

@@ -19,6 +19,7 @@ std::string columns(const std::string& code) {
       {"B", col("MENAGE") + col("ENTRETIEN") + col("B")},
       {"C", col("SOINS") + col("TOILETTE") + col("C")},
       {"D", col("SOINS") + col("TOILETTE") + col("D")},
+      {"E", col("MENAGE") + col("ENTRETIEN") + col("E")},
       {"010101", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
       {"010102", col("Soins de base") + col("Hygiène") + col("Change")},
       {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
@@ -251,10 +252,12 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
   putList("01/10/2026", {"A", "B"}, {"12", "45"});
   account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
-  search("AUTRE", "0000001");
-  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_EQ(words(slots().R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
-  expectShown(catalogue("A:12 B:30 C:"), "", "");
+  for (const std::string& code : {kClient, kClient + "FLOT"}) {  // fixed or floating search
+    search("AUTRE", "0000001", code);
+    EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+    EXPECT_EQ(words(slots().R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+    expectShown(catalogue("A:12 B:30 C:"), "", "");
+  }
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
@@ -305,11 +308,13 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
 // its five places, "" and "0" passed over; a task the list does not name keeps its own.
 TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
   putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  // E comes first in the catalogue's order and takes its place among the sorted rows.
+  account.put("TACHE", "E", {{"0"}, {"ENTRETIEN"}, {""}, {""}, {"5"}});
   const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
   account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
   init("AUTRE", detailKey, "23/11/2026");
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 C:12345 D:40"));
+  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 E:5 C:12345 D:40"));
 }
 
 // A template key shows the template's items; care ticks the switch and locks it.

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <velmora/base/failure.h>
 #include <velmora/store/record.h>
 #include "catalogue/task_catalogue.h"
 #include "support/account.h"
