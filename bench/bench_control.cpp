@@ -16,9 +16,9 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/control/ctr_velmora_new.h>
-#include "control/module_slots.h"
+#include "catalogue/task_catalogue.h"
+#include "control/inspection.h"
 #include "rows/row_format.h"
-#include "search/task_catalogue.h"
 #include "support/interventions.h"
 #include "support/large_account.h"
 #include "support/store_calls.h"
@@ -184,7 +184,7 @@ Rows taskCatalogueFloor(const DatabaseRef& database,
     row += rows::textColumn(code);
     row += rows::proposalDuration(tasks.r(k, 3));
     const auto known = overrides.find(code);
-    if (known != overrides.end()) row = search::withOverriddenDuration(row, known->second);
+    if (known != overrides.end()) row = catalogue::withOverriddenDuration(row, known->second);
     rows.emplace_back(std::move(row), code);
   }
   std::sort(rows.begin(), rows.end(), proposalLess);
@@ -406,7 +406,7 @@ void TickAllTasks(benchmark::State& state) {
 void TickAllTasksFloor(benchmark::State& state) {
   Ctr_VelmoraNew control;
   init(control, largeAccountDatabase(), kHomeHelpWithTemplates);
-  const auto overrides = overridesOf(Variable::R_TableDurees);
+  const auto overrides = overridesOf(CtrInspector(control).Variable().R_TableDurees);
   static const bool checked = [&] {
     control.Cac_TouteTache.toggle();
     checkSameRows(state, rowsOf(control.Lst_Possible, control.Lst_CodePos),

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include <velmora/store/record.h>
-#include "search/item_merge.h"
-#include "search/task_catalogue.h"
+#include "catalogue/task_catalogue.h"
 #include "support/summary.h"
+#include "tables/item_merge.h"
 
 namespace velmora::bench {
 namespace {
@@ -77,9 +77,10 @@ BENCHMARK(RowByRowTemplateMerge)->Unit(benchmark::kMillisecond);
 void IndexedTemplateMerge(benchmark::State& state) {
   for (auto _ : state) {
     NorvikRecord possible, selection, durees;
-    search::TemplateMerge merge(possible, selection, durees);
+    tables::TemplateMerge merge(possible, selection, durees);
     for (const auto& item : templateItems()) {
-      merge.mergeWeekly({item.code, item.duration, item.observation}, true, true, false);
+      merge.merge({item.code, item.duration, item.observation}, tables::TemplateMerge::Mark::kFixed,
+                  true, false);
     }
     benchmark::DoNotOptimize(possible);
   }
@@ -109,9 +110,10 @@ Merged mergedByHash() {
 void TemplateMergeFloor(benchmark::State& state) {
   Merged indexed;
   {
-    search::TemplateMerge merge(indexed.possible, indexed.selection, indexed.durees);
+    tables::TemplateMerge merge(indexed.possible, indexed.selection, indexed.durees);
     for (const auto& item : templateItems()) {
-      merge.mergeWeekly({item.code, item.duration, item.observation}, true, true, false);
+      merge.merge({item.code, item.duration, item.observation}, tables::TemplateMerge::Mark::kFixed,
+                  true, false);
     }
   }
   const Merged floor = mergedByHash();
@@ -176,18 +178,18 @@ BENCHMARK(RowByRowCatalogueWalk)->Unit(benchmark::kMillisecond);
 
 void IndexedCatalogueWalk(benchmark::State& state) {
   const auto& [T, G, K] = catalogue();
-  for (auto _ : state) benchmark::DoNotOptimize(search::taskCatalogueWalk(T, G, K));
+  for (auto _ : state) benchmark::DoNotOptimize(catalogue::taskCatalogueWalk(T, G, K));
 }
 BENCHMARK(IndexedCatalogueWalk)->Unit(benchmark::kMillisecond);
 
 // The least work giving the same rows: the groups of each type and the tasks of each
 // group in hash maps, in answer order.
-std::vector<search::CatalogueRow> catalogueByHash(const NorvikRecord& T, const NorvikRecord& G,
-                                                  const NorvikRecord& K) {
+std::vector<catalogue::CatalogueRow> catalogueByHash(const NorvikRecord& T, const NorvikRecord& G,
+                                                     const NorvikRecord& K) {
   std::unordered_map<TextView, std::vector<int>> groupsOfType, tasksOfGroup;
   for (int j = 1; j <= G.DCount(); ++j) groupsOfType[G.r(j, 3)].push_back(j);
   for (int k = 1; k <= K.DCount(); ++k) tasksOfGroup[K.r(k, 3)].push_back(k);
-  std::vector<search::CatalogueRow> rows;
+  std::vector<catalogue::CatalogueRow> rows;
   rows.reserve(static_cast<std::size_t>(K.DCount()));
   for (int i = 1; i <= T.DCount(); ++i) {
     const auto groups = groupsOfType.find(T.r(i, 1));
@@ -203,7 +205,7 @@ std::vector<search::CatalogueRow> catalogueByHash(const NorvikRecord& T, const N
 
 void CatalogueWalkFloor(benchmark::State& state) {
   const auto& [T, G, K] = catalogue();
-  if (catalogueByHash(T, G, K) != search::taskCatalogueWalk(T, G, K)) {
+  if (catalogueByHash(T, G, K) != catalogue::taskCatalogueWalk(T, G, K)) {
     state.SkipWithError("the floor's rows differ from the walk's");
     return;
   }

@@ -17,7 +17,7 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "store/engine/read_connection.h"
 #include "support/interventions.h"
 #include "support/large_account.h"

@@ -9,23 +9,14 @@
 #include <vector>
 
 #include <velmora/control/ctr_velmora_new.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "rows/row_format.h"
 #include "support/summary.h"
 
 namespace velmora {
 
-// Calls the private sort directly: the fills that end with it would measure the store.
-class CtrDriver {
- public:
-  explicit CtrDriver(Ctr_VelmoraNew& c) : c_(c) {}
-  void Trie_Possible() { c_.Trie_Possible(); }
-  void Trie_Selectionne() { c_.Trie_Selectionne(); }
-
- private:
-  Ctr_VelmoraNew& c_;
-};
-
+// The sorts are called directly through CtrDriver: the fills that end with them would
+// measure the store.
 namespace bench {
 namespace {
 
@@ -56,8 +47,8 @@ void load(toolkit::ListBox& rows, toolkit::ListBox& codes, const std::vector<Tex
 
 void TriePossible(benchmark::State& state) {
   const auto content = rowsOf(static_cast<int>(state.range(0)));
-  Variable::resetAll();
-  Ctr_VelmoraNew control;
+  Session session;
+  Ctr_VelmoraNew control(session);
   CtrDriver driver(control);
   for (auto _ : state) {
     state.PauseTiming();
@@ -70,14 +61,15 @@ void TriePossible(benchmark::State& state) {
 
 void TrieSelectionne(benchmark::State& state) {
   const auto content = rowsOf(static_cast<int>(state.range(0)));
-  Variable::resetAll();
-  Ctr_VelmoraNew control;
+  Session session;
+  Ctr_VelmoraNew control(session);
   CtrDriver driver(control);
   for (auto _ : state) {
     state.PauseTiming();
     load(control.Lst_Selectionne, control.Lst_CodeSelect, content);
-    Variable::R_Obs = newRecord();
-    for (int a = 1; a <= static_cast<int>(content.size()); a += 3) Variable::R_Obs->set(a, u"obs");
+    CtrInspector(control).Variable().R_Obs = newRecord();
+    for (int a = 1; a <= static_cast<int>(content.size()); a += 3)
+      CtrInspector(control).Variable().R_Obs->set(a, u"obs");
     state.ResumeTiming();
     driver.Trie_Selectionne();
   }
@@ -125,14 +117,14 @@ void runFloor(benchmark::State& state, Less less, bool selection) {
   const auto content = rowsOf(static_cast<int>(state.range(0)));
   const auto entries = entriesOf(content);
   {
-    Variable::resetAll();
-    Ctr_VelmoraNew control;
+    Session session;
+    Ctr_VelmoraNew control(session);
     CtrDriver driver(control);
     auto sorted = entries;
     std::sort(sorted.begin(), sorted.end(), less);
     if (selection) {
       load(control.Lst_Selectionne, control.Lst_CodeSelect, content);
-      Variable::R_Obs = newRecord();
+      CtrInspector(control).Variable().R_Obs = newRecord();
       driver.Trie_Selectionne();
     } else {
       load(control.Lst_Possible, control.Lst_CodePos, content);

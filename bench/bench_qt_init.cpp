@@ -11,7 +11,7 @@
 
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "support/large_account.h"
 #include "support/summary.h"
@@ -26,7 +26,7 @@ InitArguments careCatalogue() {
 }
 
 void init(Ctr_VelmoraNew& control) {
-  Variable::resetAll();
+  CtrInspector(control).session().state().clear();
   control.TheDatabase(largeAccountDatabase());
   InitArguments arguments = careCatalogue();
   control.Init(arguments);
@@ -72,6 +72,5 @@ int main(int argc, char** argv) {
   largeAccountDatabase();  // builds the large account before any timing
   const int status = runWithSummary(
       argc, argv, {RatioGoal{"InitCareCatalogueShown", "InitCareCatalogueHeadless", 1.1}}, {});
-  velmora::Variable::resetAll();
   return status;
 }

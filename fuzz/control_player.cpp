@@ -12,7 +12,7 @@
 
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include <velmora/store/sample_account.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 
 namespace velmora::fuzz {
 
@@ -128,7 +128,6 @@ Player::Player(DatabaseRef database, bool checkTotal)
     : database_(std::move(database)),
       checkTotal_(checkTotal),
       services_(std::make_shared<toolkit::ScriptedServices>()) {
-  Variable::resetAll();
   control_.setServices(services_);
   // As a host does: a failure of a gesture is shown, and the planner goes on.
   control_.setFailureHandler([this](const Failure& f) {
@@ -146,7 +145,6 @@ Player::~Player() {
     } catch (const Failure&) {
     }
   }
-  Variable::resetAll();
 }
 
 void Player::init(Bytes& in) {

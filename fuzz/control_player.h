@@ -71,7 +71,8 @@ class Player {
 
   DatabaseRef database_;
   bool checkTotal_;
-  Ctr_VelmoraNew control_;
+  Session session_;
+  Ctr_VelmoraNew control_{session_};
   std::shared_ptr<toolkit::ScriptedServices> services_;
   // No failure since the last Init: the state is one the documented operations made.
   bool clean_ = true;

@@ -18,7 +18,6 @@
 #include <velmora/toolkit/services.h>
 #include "base/message.h"
 #include "command.h"
-#include "control/module_slots.h"
 #include "play_script.h"
 #include "report.h"
 
@@ -319,7 +318,8 @@ class Player {
 
   DatabaseRef db_;
   bool json_;
-  Ctr_VelmoraNew control_;
+  Session session_;
+  Ctr_VelmoraNew control_{session_};
   std::shared_ptr<WatchedServices> services_ = std::make_shared<WatchedServices>();
   int line_ = 0;
   Json shows_ = Json::array();
@@ -347,12 +347,8 @@ int play(Arguments& args) {
     }
   }
   const DatabaseRef db = openDatabase(path);
-  Variable::resetAll();
-  {
-    Player player(db, json);
-    player.play(steps);
-  }
-  Variable::resetAll();
+  Player player(db, json);
+  player.play(steps);
   return 0;
 }
 

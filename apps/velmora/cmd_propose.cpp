@@ -16,7 +16,6 @@
 #include <velmora/toolkit/services.h>
 #include "base/message.h"
 #include "command.h"
-#include "control/module_slots.h"
 #include "report.h"
 
 namespace velmora::cli {
@@ -153,8 +152,8 @@ void timeOption(Arguments& args, const DatabaseRef& db, Text& from, Text& to) {
 
 // Creates the control as a host does, runs Init and prints the result.
 int showControl(const DatabaseRef& db, InitArguments& init, bool json) {
-  Variable::resetAll();
-  Ctr_VelmoraNew control;
+  Session session;
+  Ctr_VelmoraNew control(session);
   control.setServices(std::make_shared<toolkit::ScriptedServices>());
   control.TheDatabase(db);
   control.Init(init);
@@ -163,7 +162,6 @@ int showControl(const DatabaseRef& db, InitArguments& init, bool json) {
   } else {
     printReport(std::cout, control);
   }
-  Variable::resetAll();
   return 0;
 }
 

@@ -1,5 +1,5 @@
 #include "report.h"
-#include "control/module_slots.h"
+#include "control/inspection.h"
 
 #include <algorithm>
 #include <string>
@@ -26,10 +26,10 @@ std::vector<std::string> rowsOf(const toolkit::ListBox& list) {
 }
 
 // The observation of each selected row: attribute n + 1 of R_Obs for row n.
-std::vector<std::string> observations(int rows) {
+std::vector<std::string> observations(const Ctr_VelmoraNew& control, int rows) {
   std::vector<std::string> out;
   out.reserve(static_cast<std::size_t>(std::max(rows, 0)));
-  const RecordRef& obs = Variable::R_Obs;
+  const RecordRef& obs = CtrInspector(control).Variable().R_Obs;
   for (int i = 0; i < rows; ++i) out.push_back(obs.empty() ? "" : toUtf8(obs->r(i + 1)));
   return out;
 }
@@ -93,7 +93,7 @@ void printReport(std::ostream& out, const Ctr_VelmoraNew& c) {
             nullptr);
   out << "\n";
   const auto selected = rowsOf(c.Lst_Selectionne);
-  const auto obs = observations(static_cast<int>(selected.size()));
+  const auto obs = observations(c, static_cast<int>(selected.size()));
   printList(out, "Lst_Selectionne", selected, "Lst_CodeSelect", rowsOf(c.Lst_CodeSelect), &obs);
   out << "\n";
   out << "Txt_Duree " << inQuotes(c.Txt_Duree.getText()) << "\n";
@@ -118,7 +118,7 @@ Json reportJson(const Ctr_VelmoraNew& c) {
   out["Lst_CodePos"] = rowsOf(c.Lst_CodePos);
   out["Lst_Selectionne"] = selected;
   out["Lst_CodeSelect"] = rowsOf(c.Lst_CodeSelect);
-  out["R_Obs"] = observations(static_cast<int>(selected.size()));
+  out["R_Obs"] = observations(c, static_cast<int>(selected.size()));
   out["Txt_Duree"] = toUtf8(c.Txt_Duree.getText());
   // Whole minutes as an integer, a fraction as a decimal number.
   if (c.W_Total.units() % 10000 == 0) {

@@ -5,7 +5,7 @@
 
 #include <velmora/base/text.h>
 #include <velmora/control/ctr_velmora_new.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 
 namespace velmora::bench {
 
@@ -15,9 +15,9 @@ inline InitArguments intervention(const char16_t* typeAct, const std::string& cl
                        u"08:00", u"09:30",         u"1000000"};
 }
 
-// What Init needs each time: fresh module slots and the connection.
+// What Init needs each time: a fresh session and the connection.
 inline void init(Ctr_VelmoraNew& control, const DatabaseRef& database, InitArguments arguments) {
-  Variable::resetAll();
+  CtrInspector(control).session().state().clear();
   control.TheDatabase(database);
   control.Init(arguments);
 }

@@ -11,8 +11,12 @@
  * - Handles are opaque; each one made by a create call is given back exactly once
  *   (velmora_control_destroy, velmora_factory_release).
  * - Threads: like the control itself, all calls belong to one thread, the host's
- *   user-interface thread. The connection and the files are shared by every control of
- *   the process: velmora_control_set_database on one control connects them all.
+ *   user-interface thread. Every control made here is on the process's default session:
+ *   the connection and the files are shared by every control of the process, so
+ *   velmora_control_set_database on one control connects them all, and destroying a
+ *   control releases nothing that the others use.
+ * - Ownership: the connection belongs to that session; it stays open until the process
+ *   ends or another velmora_control_set_database replaces it.
  *
  * The functions are found by name (dlsym or the linker), never by position: adding one
  * never moves another, and the order of the declarations below carries no meaning for
@@ -48,19 +52,24 @@ typedef int32_t velmora_status;
 #define VELMORA_CLASS_NAME "Velmora.Ctr_VelmoraNew"
 
 /* The last failure of the calling thread. The number is the control's own failure
- * number for VELMORA_E_CONTROL (91 object not set, -2147221489 a database that cannot be
- * used...), errno for VELMORA_E_REGISTRY, otherwise the status. The message is in
- * English for the host's log, valid until the next call on this thread. */
+ * number for VELMORA_E_CONTROL, as the C++ header <velmora/base/failure.h> names them:
+ * 91 errors::kObjectNotSet (a call through an empty reference), 5 errors::kInvalidCall,
+ * 13 errors::kTypeMismatch, -2147221493 errors::kRecordNotFound, -2147221489
+ * errors::kDatabase (a database that cannot be used), -2147221487 errors::kBusy (another
+ * program holds the store's lock)...; errno for VELMORA_E_REGISTRY; otherwise the status.
+ * The message is in English for the host's log, valid until the next call on this
+ * thread. */
 VELMORA_C_API int32_t velmora_last_error_number(void);
 VELMORA_C_API const char* velmora_last_error_message(void);
 
-/* The library's version, "major.minor.patch". */
+/* The library's version, "major.minor.patch" (the project's, e.g. "0.2.0"). */
 VELMORA_C_API const char* velmora_version(void);
 
 /* ---- The in-process server ---- */
 
 /* Registration writes the description of the class, a small JSON object
- *   {"class": "Velmora.Ctr_VelmoraNew", "version": "0.1.0", "library": "/abs/libvelmora_c.so"}
+ *   {"class": "Velmora.Ctr_VelmoraNew", "version": "0.2.0", "library": "/abs/libvelmora_c.so"}
+ * ("version" is velmora_version())
  * as velmora/classes/Velmora.Ctr_VelmoraNew.json under a data directory: the user's
  * ($XDG_DATA_HOME, by default ~/.local/share) or the system's (the first directory of
  * $XDG_DATA_DIRS, by default /usr/local/share). A loader lists that folder, reads

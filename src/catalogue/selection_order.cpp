@@ -1,3 +1,5 @@
+// The exchanges of the lists' selection sort, replayed with a tournament tree over the
+// ranks of the keys. A long list thus sorts in O(n log n), in the very same order.
 #include "catalogue/selection_order.h"
 
 #include <cstddef>

@@ -1,15 +1,14 @@
-// Trie_Possible and Trie_Selectionne: the list boxes don't sort themselves, since rows,
-// codes and observations live side by side and must move together.
+// Trie_Possible and Trie_Selectionne, the selection sorts of the two visible lists. The
+// list boxes don't sort themselves, since rows, codes and observations live side by side
+// and must move together.
 #include <functional>
 #include <vector>
 
 #include <velmora/control/ctr_velmora_new.h>
 #include "catalogue/selection_order.h"
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
-namespace velmora {
-
-using namespace Variable;
+namespace velmora::catalogue {
 
 namespace {
 
@@ -46,8 +45,12 @@ std::vector<TextView> rowKeys(const toolkit::ListBox& list) {
 
 }  // namespace
 
+}  // namespace velmora::catalogue
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Trie_Possible() {
-  auto ranks = catalogue::denseRanks(proposalKeys(Lst_Possible), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::proposalKeys(Lst_Possible), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Possible.swapRows(m, i);
     Lst_CodePos.swapRows(m, i);
@@ -55,13 +58,13 @@ void Ctr_VelmoraNew::Trie_Possible() {
 }
 
 void Ctr_VelmoraNew::Trie_Selectionne() {
-  auto ranks = catalogue::denseRanks(rowKeys(Lst_Selectionne), std::less<>());
+  auto ranks = catalogue::denseRanks(catalogue::rowKeys(Lst_Selectionne), std::less<>());
   catalogue::selectionSortExchanges(std::move(ranks), [this](int m, int i) {
     Lst_Selectionne.swapRows(m, i);
     Lst_CodeSelect.swapRows(m, i);
     // The observation follows its row, as the exchange of attributes through a temporary
     // does: an observation list shorter than the selection grows to the rows exchanged.
-    R_Obs->swapAttributes(m + 1, i + 1);
+    Variable().R_Obs->swapAttributes(m + 1, i + 1);
   });
   Etq_Imperativite.setVisible(AuMoinsUneTacheImperative() != kFalse);
 }

@@ -4,14 +4,13 @@
 #include <optional>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "catalogue/task_catalogue.h"
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "rows/row_format.h"
-#include "search/task_catalogue.h"
-#include "search/working_table.h"
+#include "tables/working_table.h"
 
-namespace velmora {
-
-using namespace Variable;
+namespace velmora::catalogue {
 
 namespace {
 
@@ -28,63 +27,67 @@ TaskAnswers runCatalogueQueries() {
   request.set(2, u"TYPETACHE");
   request.set(3, u"0 1");
   TaskAnswers answers;
-  answers.types = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.types = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   request.set(u"");
   request.set(1, u"SSELECT GROUPETACHE PAR 2 PAR 1");
   request.set(2, u"GROUPETACHE");
   request.set(3, u"0 1 2");
-  answers.groups = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.groups = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   request.set(u"");
   request.set(1, u"SSELECT TACHE PAR 2 PAR 1");
   request.set(2, u"TACHE");
   request.set(3, u"0 1 2 5");
-  answers.tasks = Variable::TheDatabase->RunQuery(request.r(), u"", nombre);
+  answers.tasks = Variable().TheDatabase->RunQuery(request.r(), u"", nombre);
   return answers;
 }
 
 // The durations of R_TableDurees, or nothing when the table does not exist yet.
-std::optional<search::DurationOverrides> knownDurations() {
-  if (R_TableDurees.empty()) return std::nullopt;
-  return search::DurationOverrides(*R_TableDurees);
+std::optional<catalogue::DurationOverrides> knownDurations() {
+  if (Variable().R_TableDurees.empty()) return std::nullopt;
+  return catalogue::DurationOverrides(*Variable().R_TableDurees);
 }
 
 // The duration override of the row just added: positions 81-85 take the last duration
 // of the client's table for that code, under errors ignored statement by statement.
-void applyOverride(toolkit::ListBox& list, const std::optional<search::DurationOverrides>& known,
+void applyOverride(toolkit::ListBox& list, const std::optional<catalogue::DurationOverrides>& known,
                    const Text& code) {
-  Err.Clear();
+  Err().Clear();
   if (!known) {
-    Err.Number = errors::kObjectNotSet;
+    Err().Number = errors::kObjectNotSet;
     return;
   }
   const auto* found = known->find(code);
   if (found == nullptr) return;
   const int last = list.ListCount() - 1;
   if (found->duration) {
-    list.setList(last, search::withOverriddenDuration(list.List(last), *found->duration));
+    list.setList(last, catalogue::withOverriddenDuration(list.List(last), *found->duration));
   }
   if (found->anyTooWide) {
-    resumeNext([&] { (void)search::withOverriddenDuration(list.List(last), u"000000"); });
+    resumeNext([&] { (void)catalogue::withOverriddenDuration(list.List(last), u"000000"); });
   }
 }
 
 }  // namespace
 
+}  // namespace velmora::catalogue
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Cac_TouteTache_Click() {
-  // 1.
-  if (W_ClicActif == kFalse) return;
-  // 2.
+  // While Init resets the switch, its click does nothing.
+  if (d_->W_ClicActif == kFalse) return;
+  // The proposal starts empty; the selection is not touched.
   Lst_Possible.Clear();
   Lst_CodePos.Clear();
-  // 3. The task catalogue.
-  if (Cac_TouteTache.Value() == 1 && W_TypeAct == u"AUTRE") {
-    const auto answers = runCatalogueQueries();
+  // Ticked for home help: the whole task catalogue.
+  if (Cac_TouteTache.Value() == 1 && d_->W_TypeAct == u"AUTRE") {
+    const auto answers = catalogue::runCatalogueQueries();
     const NorvikRecord& T = *answers.types;
     const NorvikRecord& G = *answers.groups;
     const NorvikRecord& K = *answers.tasks;
-    if (!search::defaultIsEmpty(T)) {
-      const auto known = knownDurations();
-      for (const auto& at : search::taskCatalogueWalk(T, G, K)) {
+    if (!tables::defaultIsEmpty(T)) {
+      const auto known = catalogue::knownDurations();
+      for (const auto& at : catalogue::taskCatalogueWalk(T, G, K)) {
         const Text& code = K.r(at.task, 1);
         Text row;
         row.reserve(85);
@@ -94,18 +97,18 @@ void Ctr_VelmoraNew::Cac_TouteTache_Click() {
         rows::appendProposalDuration(row, K.r(at.task, 4));
         Lst_Possible.AddItem(row, rows::wholeColumns(T.r(at.type, 1), G.r(at.group, 1), code));
         Lst_CodePos.AddItem(code);
-        applyOverride(Lst_Possible, known, code);
+        catalogue::applyOverride(Lst_Possible, known, code);
       }
       Trie_Possible();
     }
   }
-  // 4. The care-act catalogue.
-  if (Cac_TouteTache.Value() == 1 && W_TypeAct != u"AUTRE") Remplir_Soins();
-  // 5. Back to what filled the proposals.
+  // Ticked for care: the care-act catalogue.
+  if (Cac_TouteTache.Value() == 1 && d_->W_TypeAct != u"AUTRE") Remplir_Soins();
+  // Unticked: back to what filled the proposals.
   if (Cac_TouteTache.Value() != 1) {
-    if (W_CleLue != kFalse) {
+    if (d_->W_CleLue != kFalse) {
       Affiche_Tache_ClicDroit();
-    } else if (W_Flot != kFalse) {
+    } else if (d_->W_Flot != kFalse) {
       Boolean remplirBas = kFalse;
       Recherche_SemaineTypeFlot(remplirBas);
     } else {

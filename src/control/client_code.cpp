@@ -1,3 +1,5 @@
+// What a host checks of a client code before Init: its form, and whether the store knows
+// the client. The check keeps quotes and brackets out of the control's queries.
 #include <velmora/control/client_code.h>
 
 #include <array>

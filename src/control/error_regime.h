@@ -6,23 +6,34 @@
 #include <utility>
 
 #include <velmora/base/failure.h>
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
 namespace velmora {
 
-inline void recordFailure(const Failure& failure) {
-  Err.Number = failure.number();
-  Err.Description = fromUtf8(failure.what());
+inline void recordFailure(ErrObject& err, const Failure& failure) {
+  err.Number = failure.number();
+  err.Description = fromUtf8(failure.what());
 }
 
-// Runs one statement; a failure is recorded instead of propagating.
+// Into the error object of the session in use.
+inline void recordFailure(const Failure& failure) {
+  recordFailure(Err(), failure);
+}
+
+// Runs one statement; a failure is recorded in err instead of propagating.
 template <class Statement>
-void resumeNext(Statement&& statement) {
+void resumeNext(ErrObject& err, Statement&& statement) {
   try {
     std::forward<Statement>(statement)();
   } catch (const Failure& failure) {
-    recordFailure(failure);
+    recordFailure(err, failure);
   }
+}
+
+// Runs one statement; a failure is recorded in the session in use.
+template <class Statement>
+void resumeNext(Statement&& statement) {
+  resumeNext(Err(), std::forward<Statement>(statement));
 }
 
 // Evaluates the test of a conditional; a failure is recorded and counts as true.

@@ -1,16 +1,16 @@
-// Init: opens the files, resets the control, decodes what Code is (a client with the
-// criteria apart, an intervention detail, a weekly template, fixed or floating), and
-// starts the fill that suits it.
+// Init, the control's entry for each intervention. It opens the files, resets the
+// control, decodes what Code is (a client with the criteria apart, an intervention
+// detail, a weekly template, fixed or floating), and starts the fill that suits it.
 #include <cmath>
 #include <optional>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
+#include "search/key_layouts.h"
 
 namespace velmora {
-
-using namespace Variable;
 
 namespace {
 
@@ -41,7 +41,7 @@ constexpr Captions kCareCaptions{u"Regroupement", u"Type", u"Soin", u"Afficher t
 
 // What a store that cannot be read leaves: no proposal, no selection, no total.
 void emptyLists(Ctr_VelmoraNew& c) {
-  Variable::R_Obs = newRecord();
+  Variable().R_Obs = newRecord();
   for (toolkit::ListBox* list :
        {&c.Lst_Selectionne, &c.Lst_Possible, &c.Lst_CodeSelect, &c.Lst_CodePos}) {
     list->Clear();
@@ -55,6 +55,7 @@ void emptyLists(Ctr_VelmoraNew& c) {
 
 void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFin, Text& HeureDe,
                           Text& HeureA, Text& Jour) {
+  const SessionInUse inUse(d_->session);
   // One snapshot of the store for the whole of Init. A store that cannot be read (locked
   // past the wait, damaged) fails Init at once; the lists of an earlier Init are emptied
   // first, so that they are never taken for the proposal of this intervention.
@@ -66,30 +67,30 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
     throw;
   }
 
-  // 1. Files. From here on, continue on error.
-  Procedure::Ouvre_Fichiers();
+  // The files, through the session's connection. From here on, continue on error.
+  Procedure().Ouvre_Fichiers();
 
-  // 2.
-  W_ChangeActif = kTrue;
+  // The total's text box converts what it is given again.
+  d_->W_ChangeActif = kTrue;
 
-  // 3. Reset the switch with its click disarmed: the design value is ticked.
-  W_ClicActif = kFalse;
+  // Reset the switch with its click disarmed: the design value is ticked.
+  d_->W_ClicActif = kFalse;
   resumeNext([&] { Cac_TouteTache.setEnabled(true); });
   resumeNext([&] { Cac_TouteTache.setValue(0); });
-  W_ClicActif = kTrue;
+  d_->W_ClicActif = kTrue;
 
-  // 4. Flags. A bare floating code loses its flag, wherever it stood.
-  W_SemType = toBoolean(instr(Code, u"SEMTYPE") > 0);
-  W_Flot = toBoolean(instr(Code, u"FLOT") > 0);
-  if (W_SemType == kFalse && W_Flot == kTrue) {
+  // Flags. A bare floating code loses its flag, wherever it stood.
+  d_->W_SemType = toBoolean(instr(Code, u"SEMTYPE") > 0);
+  d_->W_Flot = toBoolean(instr(Code, u"FLOT") > 0);
+  if (d_->W_SemType == kFalse && d_->W_Flot == kTrue) {
     Code = left(Code, static_cast<std::ptrdiff_t>(Code.size()) - 4);
   }
 
-  // 5. Parameter record; an absent one leaves the cursor as it was.
-  resumeNext([] { R_Param = F_Param->ReadRecord(u"1"); });
+  // The parameter record; an absent one leaves the cursor as it was.
+  resumeNext([] { Variable().R_Param = Variable().F_Param->ReadRecord(u"1"); });
 
-  // 6. Reset.
-  R_Obs = newRecord();
+  // Reset the lists, the total, the host's flags and the observations.
+  Variable().R_Obs = newRecord();
   resumeNext([&] { Lst_Selectionne.Clear(); });
   resumeNext([&] { Etq_Imperativite.setVisible(false); });
   resumeNext([&] { Lst_Possible.Clear(); });
@@ -99,72 +100,79 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
   resumeNext([&] { Txt_Duree.setText(u""); });
   W_AfficheTache = kFalse;
   W_DoubleClic = kFalse;
-  W_TypeAct = TypeAct;
+  d_->W_TypeAct = TypeAct;
 
-  // 7. A bare client code: the criteria come apart.
+  // A bare client code: the criteria come apart.
   if (Code.size() == 5) {
-    W_Code = Code;
-    W_DateDeb = DateDeb;
-    W_DateFin = DateFin;
-    W_HeureDe = HeureDe;
-    W_HeureA = HeureA;
-    W_Jour = Jour;
-    W_CleLue = kFalse;
+    d_->W_Code = Code;
+    d_->W_DateDeb = DateDeb;
+    d_->W_DateFin = DateFin;
+    d_->W_HeureDe = HeureDe;
+    d_->W_HeureA = HeureA;
+    d_->W_Jour = Jour;
+    d_->W_CleLue = kFalse;
   } else {
-    // 8. Key forms: the date handed over names the key's day; the caller gets it back empty.
-    resumeNext([&] { W_DateCle = TheDates().TexteVersDate(DateDeb); });
+    // Key forms: the date handed over names the key's day; the caller gets it back empty.
+    resumeNext([&] { d_->W_DateCle = Variable().TheDates().TexteVersDate(DateDeb); });
     DateDeb.clear();
-    Err.Number = 0;
+    Err().Number = 0;
 
-    // 9. Read the record of the form and take the criteria from the key and the record.
-    NorvikDates& dates = TheDates();
-    if (W_SemType == kFalse) {
-      resumeNext([&] { R_DetailsInterv = F_DetailsInterv->ReadRecord(Code); });
-      W_Code = mid(Code, 6, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 11, 5)); });
-      resumeNext([&] { W_DateFin = dates.DateVersTexte(R_DetailsInterv->r(1)); });
-      W_HeureDe = mid(Code, 23, 4);
-      resumeNext([&] { W_HeureA = R_DetailsInterv->r(2); });
-      W_Jour = mid(Code, 22, 1);
-    } else if (W_Flot == kFalse) {
-      resumeNext([&] { R_SemType = F_SemType->ReadRecord(mid(Code, 1, 17)); });
-      W_Code = mid(Code, 1, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
-      resumeNext([&] { W_DateFin = dates.DateVersTexte(R_SemType->r(1)); });
-      W_HeureDe = mid(Code, 12, 4);
-      resumeNext([&] { W_HeureA = R_SemType->r(2); });
-      W_Jour = mid(Code, 11, 1);
+    // Read the record of the form and take the criteria from the key and the record.
+    NorvikDates& dates = Variable().TheDates();
+    if (d_->W_SemType == kFalse) {
+      resumeNext(
+          [&] { Variable().R_DetailsInterv = Variable().F_DetailsInterv->ReadRecord(Code); });
+      using Key = search::DetailKey;
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
+      resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_DetailsInterv->r(1)); });
+      d_->W_HeureDe = Key::start.in(Code);
+      resumeNext([&] { d_->W_HeureA = Variable().R_DetailsInterv->r(2); });
+      d_->W_Jour = Key::day.in(Code);
+    } else if (d_->W_Flot == kFalse) {
+      using Key = search::FixedTemplateKey;
+      resumeNext(
+          [&] { Variable().R_SemType = Variable().F_SemType->ReadRecord(Key::record.in(Code)); });
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
+      resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_SemType->r(1)); });
+      d_->W_HeureDe = Key::start.in(Code);
+      resumeNext([&] { d_->W_HeureA = Variable().R_SemType->r(2); });
+      d_->W_Jour = Key::day.in(Code);
     } else {
-      resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(mid(Code, 1, 16)); });
-      W_Code = mid(Code, 1, 5);
-      resumeNext([&] { W_DateDeb = dates.DateVersTexte(mid(Code, 6, 5)); });
-      resumeNext([&] { W_DateFin = dates.DateVersTexte(R_SemTypeFlot->r(1)); });
-      W_HeureDe = mid(Code, 11, 4);
-      resumeNext([&] { W_HeureA = R_SemTypeFlot->r(2); });
-      resumeNext([&] { W_Jour = R_SemTypeFlot->r(10); });
+      using Key = search::FloatingTemplateKey;
+      resumeNext([&] {
+        Variable().R_SemTypeFlot = Variable().F_SemTypeFlot->ReadRecord(Key::record.in(Code));
+      });
+      d_->W_Code = Key::client.in(Code);
+      resumeNext([&] { d_->W_DateDeb = dates.DateVersTexte(Key::date.in(Code)); });
+      resumeNext([&] { d_->W_DateFin = dates.DateVersTexte(Variable().R_SemTypeFlot->r(1)); });
+      d_->W_HeureDe = Key::start.in(Code);
+      resumeNext([&] { d_->W_HeureA = Variable().R_SemTypeFlot->r(2); });
+      resumeNext([&] { d_->W_Jour = Variable().R_SemTypeFlot->r(10); });
     }
 
-    // 10. The weekday mask: one day for a fixed key, the template's days for a floating one.
+    // The weekday mask: one day for a fixed key, the template's days for a floating one.
     Text mask;
-    if (W_Flot == kFalse) {
-      resumeNext([&] { W_Jour = textOfNumber(numberOf(W_Jour) + 1); });
+    if (d_->W_Flot == kFalse) {
+      resumeNext([&] { d_->W_Jour = textOfNumber(numberOf(d_->W_Jour) + 1); });
       for (int i = 1; i <= 7; ++i) {
         // A day that is not a number fails the test, which counts as true.
-        mask += testOrTrue([&] { return numberOf(W_Jour) == i; }) ? u"1" : u"0";
+        mask += testOrTrue([&] { return numberOf(d_->W_Jour) == i; }) ? u"1" : u"0";
       }
     } else {
       for (int i = 1; i <= 6; ++i) {
-        mask += instr(W_Jour, numberText(i - 1)) > 0 ? u"1" : u"0";
+        mask += instr(d_->W_Jour, numberText(i - 1)) > 0 ? u"1" : u"0";
       }
     }
-    W_Jour = mask;
-    W_CleLue = kTrue;
+    d_->W_Jour = mask;
+    d_->W_CleLue = kTrue;
   }
 
-  // 11. Fill.
-  if (W_CleLue == kTrue) {
+  // Fill the lists: what the key holds, or the search of the client's templates.
+  if (d_->W_CleLue == kTrue) {
     resumeNext([&] { Affiche_Tache_ClicDroit(); });
-  } else if (W_Flot == kFalse) {
+  } else if (d_->W_Flot == kFalse) {
     Boolean remplirBas = kTrue;
     resumeNext([&] { Recherche_SemaineType(remplirBas); });
   } else {
@@ -172,8 +180,8 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
     resumeNext([&] { Recherche_SemaineTypeFlot(remplirBas); });
   }
 
-  // 12. Captions of the vocabulary: only "AUTRE" is home help.
-  const Captions& captions = W_TypeAct == u"AUTRE" ? kTaskCaptions : kCareCaptions;
+  // Captions of the vocabulary: only "AUTRE" is home help.
+  const Captions& captions = d_->W_TypeAct == u"AUTRE" ? kTaskCaptions : kCareCaptions;
   Etq_Pos1.setCaption(captions.first);
   Etq_Sel1.setCaption(captions.first);
   Etq_Pos2.setCaption(captions.second);
@@ -182,7 +190,7 @@ void Ctr_VelmoraNew::Init(Text& TypeAct, Text& Code, Text& DateDeb, Text& DateFi
   Etq_Sel3.setCaption(captions.third);
   Cac_TouteTache.setCaption(captions.showAll);
 
-  // 13.
+  // Nothing is selected yet: the buttons of a selected row wait for one.
   Cmd_SupprVelmora.setEnabled(false);
   Cmd_Obs.setEnabled(false);
   Cmd_OKVelmora.setEnabled(false);

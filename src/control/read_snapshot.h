@@ -6,14 +6,14 @@
 
 #include <memory>
 
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
 namespace velmora {
 
 class ProcedureSnapshot {
  public:
   ProcedureSnapshot() {
-    if (Variable::TheDatabase) hold_ = Variable::TheDatabase->holdSnapshot();
+    if (Variable().TheDatabase) hold_ = Variable().TheDatabase->holdSnapshot();
   }
 
  private:

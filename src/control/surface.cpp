@@ -1,9 +1,11 @@
-// The control's child controls with their documented places (twips), tab indexes,
-// captions and defaults.
+// The control's surface: its child controls with their documented places (twips), tab
+// indexes, captions and defaults, and the event procedures wired to them. Every event runs
+// with the control's session in use, in one read snapshot when it reads the store.
 #include <algorithm>
 #include <optional>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/read_snapshot.h"
 
 namespace velmora {
@@ -18,7 +20,9 @@ const FontSpec kListFont{"Courier New", 8.25, false};
 const FontSpec kWarningFont{"MS Sans Serif", 13.5, false};
 }  // namespace
 
-Ctr_VelmoraNew::Ctr_VelmoraNew()
+Ctr_VelmoraNew::Ctr_VelmoraNew() : Ctr_VelmoraNew(Session::processDefault()) {}
+
+Ctr_VelmoraNew::Ctr_VelmoraNew(Session& session)
     : Cac_TouteTache("Cac_TouteTache", Geometry{120, 120, 2415, 255}, 22,
                      u"Afficher toutes les tâches", 1),
       Cdr_Soins("Cdr_Soins", Geometry{0, 480, 9930, 5415}, 0),
@@ -47,7 +51,8 @@ Ctr_VelmoraNew::Ctr_VelmoraNew()
       Etq_Pos2("Etq_Pos2", Geometry{2760, 120, 735, 255}, 14, u"Groupe"),
       Etq_Pos3("Etq_Pos3", Geometry{5640, 120, 615, 255}, 13, u"Tâche"),
       Etq_Sel2("Etq_Sel2", Geometry{2880, 3120, 735, 255}, 12, u"Groupe"),
-      Etq_Sel1("Etq_Sel1", Geometry{120, 3120, 1215, 255}, 11, u"Type") {
+      Etq_Sel1("Etq_Sel1", Geometry{120, 3120, 1215, 255}, 11, u"Type"),
+      d_(std::make_unique<Private>(session)) {
   Lst_Possible.font = kListFont;
   Lst_Selectionne.font = kListFont;
   Lst_CodePos.setVisible(false);
@@ -68,10 +73,12 @@ Ctr_VelmoraNew::Ctr_VelmoraNew()
   Etq_Imperativite.foreground = Rgb{255, 0, 0};
   Etq_Imperativite.font = kWarningFont;
   Label1.alignment = Alignment::Center;
-  failureHandler_ = std::make_shared<toolkit::FailureHandler>();
-  for (toolkit::Control* c : controls()) c->setFailureHandler(failureHandler_);
+  d_->failureHandler_ = std::make_shared<toolkit::FailureHandler>();
+  for (toolkit::Control* c : controls()) c->setFailureHandler(d_->failureHandler_);
   wireEvents();
 }
+
+Ctr_VelmoraNew::~Ctr_VelmoraNew() = default;
 
 std::vector<toolkit::Control*> Ctr_VelmoraNew::controls() {
   return {&Cac_TouteTache,   &Cdr_Soins,       &Lst_CodePos,
@@ -93,63 +100,70 @@ void Ctr_VelmoraNew::wireEvents() {
   // The gestures that read the store run in one snapshot, taken before they change
   // anything. Cmd_SupprVelmora reads only after its question, through
   // AuMoinsUneTacheImperative, which takes its own: no lock is held while a planner
-  // thinks over a question box, and Cmd_Obs does not read.
-  Cac_TouteTache.Click = [this] {
+  // thinks over a question box, and Cmd_Obs does not read. Each runs with the control's
+  // session in use, the observations dialog it may open included.
+  const auto inSession = [this](auto event) {
+    return [this, event](auto&... arguments) {
+      const SessionInUse inUse(d_->session);
+      event(arguments...);
+    };
+  };
+  Cac_TouteTache.Click = inSession([this] {
     // While Init resets the switch its click does nothing, and reads nothing.
-    if (W_ClicActif == kFalse) return Cac_TouteTache_Click();
+    if (d_->W_ClicActif == kFalse) return Cac_TouteTache_Click();
     std::optional<ProcedureSnapshot> snapshot;
     try {
       snapshot.emplace();
     } catch (const Failure&) {
       // The switch goes back to what the list still shows.
-      W_ClicActif = kFalse;
+      d_->W_ClicActif = kFalse;
       Cac_TouteTache.setValue(Cac_TouteTache.Value() == 0 ? 1 : 0);
-      W_ClicActif = kTrue;
+      d_->W_ClicActif = kTrue;
       throw;
     }
     Cac_TouteTache_Click();
-  };
-  Lst_Possible.Click = [this] { Lst_Possible_Click(); };
-  Lst_Possible.DblClick = [this] {
+  });
+  Lst_Possible.Click = inSession([this] { Lst_Possible_Click(); });
+  Lst_Possible.DblClick = inSession([this] {
     const ProcedureSnapshot snapshot;
     Lst_Possible_DblClick();
-  };
-  Cmd_Select.Click = [this] {
+  });
+  Cmd_Select.Click = inSession([this] {
     const ProcedureSnapshot snapshot;
     Cmd_Select_Click();
-  };
-  Lst_Selectionne.Click = [this] { Lst_Selectionne_Click(); };
-  Lst_Selectionne.DblClick = [this] { Lst_Selectionne_DblClick(); };
+  });
+  Lst_Selectionne.Click = inSession([this] { Lst_Selectionne_Click(); });
+  Lst_Selectionne.DblClick = inSession([this] { Lst_Selectionne_DblClick(); });
   // A sort writes the rows in place; only an open edit follows its item.
   const auto editOpen = [this] { return W_DoubleClic != kFalse; };
   Lst_Selectionne.currentFollows = editOpen;
   Lst_CodeSelect.currentFollows = editOpen;
-  Cmd_OKVelmora.Click = [this] {
+  Cmd_OKVelmora.Click = inSession([this] {
     const ProcedureSnapshot snapshot;
     Cmd_OKVelmora_Click();
-  };
-  Cmd_AnnulerVelmora.Click = [this] { Cmd_AnnulerVelmora_Click(); };
-  Cmd_SupprVelmora.Click = [this] { Cmd_SupprVelmora_Click(); };
-  Cmd_Obs.Click = [this] { Cmd_Obs_Click(); };
-  Txt_Duree.Change = [this] { Txt_Duree_Change(); };
-  Txt_DureeSoin.KeyPress = [this](int& key) { Txt_DureeSoin_KeyPress(key); };
-  Txt_DureeSoin.LostFocus = [this] { Txt_DureeSoin_LostFocus(); };
+  });
+  Cmd_AnnulerVelmora.Click = inSession([this] { Cmd_AnnulerVelmora_Click(); });
+  Cmd_SupprVelmora.Click = inSession([this] { Cmd_SupprVelmora_Click(); });
+  Cmd_Obs.Click = inSession([this] { Cmd_Obs_Click(); });
+  Txt_Duree.Change = inSession([this] { Txt_Duree_Change(); });
+  Txt_DureeSoin.KeyPress = inSession([this](int& key) { Txt_DureeSoin_KeyPress(key); });
+  Txt_DureeSoin.LostFocus = inSession([this] { Txt_DureeSoin_LostFocus(); });
 }
 
 void Ctr_VelmoraNew::setFailureHandler(toolkit::FailureHandler handler) {
-  *failureHandler_ = std::move(handler);
+  *d_->failureHandler_ = std::move(handler);
 }
 
 void Ctr_VelmoraNew::setServices(std::shared_ptr<toolkit::Services> services) {
-  services_ = std::move(services);
+  d_->services_ = std::move(services);
 }
 
 toolkit::Services& Ctr_VelmoraNew::services() const {
-  if (!services_) {
+  if (!d_->services_) {
     throw Failure(errors::kObjectNotSet,
                   "objet non défini : l'hôte n'a pas donné de services d'écran au contrôle");
   }
-  return *services_;
+  return *d_->services_;
 }
 
 }  // namespace velmora

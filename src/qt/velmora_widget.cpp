@@ -14,6 +14,7 @@
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/qt_services.h>
 #include <velmora/qt/twips.h>
+#include "control/inspection.h"
 #include "qt/accessibility.h"
 #include "qt/control_views.h"
 

@@ -1,10 +1,11 @@
-// The total's display: code writes a plain number of minutes into Txt_Duree and its
-// change notification turns it at once into hours and minutes, NhMM.
+// The total's display and the duration box's keys. Code writes a plain number of minutes
+// into Txt_Duree, and its change notification turns it at once into hours and minutes.
 #include <cmath>
 
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 
-namespace velmora {
+namespace velmora::rows {
 
 namespace {
 
@@ -23,30 +24,33 @@ double minutesOf(const Text& shown) {
 
 }  // namespace
 
+}  // namespace velmora::rows
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Txt_Duree_Change() {
-  // 1. Our own write below comes back here: nothing to do then.
-  if (W_ChangeActif == kFalse) return;
-  // 2.
+  // Our own write below comes back here: nothing to do then.
+  if (d_->W_ChangeActif == kFalse) return;
+  // A cleared total stays cleared.
   if (Txt_Duree.getText().empty()) return;
-  // 3.
-  W_ChangeActif = kFalse;
-  // 4. Hours by the floor, so that a negative total reads back to itself: -5 is -1h55.
+  // The write below must not convert again.
+  d_->W_ChangeActif = kFalse;
+  // Hours by the floor, so that a negative total reads back to itself: -5 is -1h55.
   double T = 0;
   try {
-    T = minutesOf(Txt_Duree.getText());
+    T = rows::minutesOf(Txt_Duree.getText());
   } catch (const Failure&) {
     // Leave the text as written and re-arm the guard, so that the next write converts.
-    W_ChangeActif = kTrue;
+    d_->W_ChangeActif = kTrue;
     throw;
   }
   const double hours = std::floor(T / 60);
   const Text H = numberText(static_cast<long long>(hours));
-  // 5. "00": at least two digits, a fraction rounded to whole.
+  // Minutes in "00": at least two digits, a fraction rounded to whole.
   const Text M = zeroPadded(T - 60 * hours, 2);
-  // 6.
   Txt_Duree.setText(H + u"h" + M);
-  // 7.
-  W_ChangeActif = kTrue;
+  // Armed again for the next write.
+  d_->W_ChangeActif = kTrue;
 }
 
 void Ctr_VelmoraNew::Txt_DureeSoin_KeyPress(int& KeyAscii) {

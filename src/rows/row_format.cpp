@@ -1,3 +1,5 @@
+// The fixed-width rows of the lists, written and read back: text columns and the
+// durations of proposal and selection rows. Also the total's NhMM form read as minutes.
 #include "rows/row_format.h"
 
 #include <algorithm>
@@ -56,6 +58,10 @@ Text selectionMarkerAndDuration(bool hasObservation, TextView d) {
 
 Text rowDuration(TextView row) {
   return trimBlanks(mid(row, 81, 5));
+}
+
+Text rowLabel(TextView row) {
+  return trimBlanks(mid(row, 53, 25));
 }
 
 Currency readBack(TextView shown) {

@@ -33,6 +33,8 @@ void appendProposalDuration(Text& row, TextView d);
 Text selectionMarkerAndDuration(bool hasObservation, TextView d);
 // Positions 81-85 of a row with blanks trimmed: the item's duration, "" for none.
 Text rowDuration(TextView row);
+// Positions 53-77 of a row with blanks trimmed: the label that tells two items apart.
+Text rowLabel(TextView row);
 
 // The read-back of the total's display form NhMM: the number before the first "h"
 // times 60 plus the number after it.

@@ -1,16 +1,14 @@
-// Recherche_SemaineTypeFlot: the floating templates alone, the one search that selects
-// from them, by the list of days each template holds in attribute 10.
+// Recherche_SemaineTypeFlot: the floating templates alone, merged into the proposal. It
+// is the one search that selects from them, by the list of days each template holds in
+// attribute 10.
 #include <velmora/control/ctr_velmora_new.h>
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/read_snapshot.h"
-#include "search/item_merge.h"
-#include "search/search_fill.h"
-#include "search/template_query.h"
-#include "search/working_table.h"
+#include "search/key_layouts.h"
+#include "search/template_search.h"
 
-namespace velmora {
-
-using namespace Variable;
+namespace velmora::search {
 
 namespace {
 
@@ -32,72 +30,54 @@ bool floatingDayMet(const Text& jour, const RecordRef& tpl) {
   return day;
 }
 
-}  // namespace
-
-void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
-  const ProcedureSnapshot snapshot;
-  // 1. Guard.
-  if (W_Code.empty() || W_DateDeb.empty() || W_HeureDe.empty() || W_HeureA.empty() ||
-      W_TypeAct.empty() || W_Jour.empty()) {
-    return;
-  }
-  // 2. Times.
-  const auto times = search::searchTimes(W_CleLue != kFalse, W_HeureDe, W_HeureA);
-  // 3. Floating query; W_ListeSem keeps what it held when the query fails.
-  const search::SearchCriteria criteria{W_Code, W_DateDeb, W_DateFin, W_TypeAct};
+// The search times, then the floating query; the key list keeps what it held when the
+// query fails.
+SearchTimes findFloatingKeys(const SearchCriteria& criteria, bool cleLue, RecordRef& listeSem) {
+  SearchTimes times = searchTimes(cleLue, criteria);
   long nombre = 0;
   resumeNext([&] {
-    W_ListeSem = Variable::TheDatabase->RunQuery(
-        search::templateRequest(search::kFloatingTemplates, criteria), u"", nombre);
+    listeSem = Variable().TheDatabase->RunQuery(templateRequest(kFloatingTemplates, criteria), u"",
+                                                nombre);
   });
+  return times;
+}
 
-  // Preparation.
-  R_TableDurees = newRecord();
-  if (testOrTrue([&] { return search::defaultIsEmpty(*W_ListeSem); })) {
-    W_AfficheTache = kFalse;
-    if (W_TypeAct == u"AUTRE") {
-      resumeNext([&] { Charge_AideTache(); });
-    } else {
-      resumeNext([&] { Remplir_Soins(); });
-    }
-    W_ListeSem = nullptr;
-    return;
+// Every floating template is tested on its days and its time slot.
+TemplateVisit visitFloatingKey(const Text& key, const Text& jour, const SearchTimes& times) {
+  resumeNext([&] { Variable().R_SemTypeFlot = Variable().F_SemTypeFlot->ReadRecord(key); });
+  bool matched = false;
+  const bool day = floatingDayMet(jour, Variable().R_SemTypeFlot);
+  if (testOrTrue([&] {
+        const bool startsInTime = FloatingTemplateKey::start.in(key) <= times.end;
+        const bool endsInTime = Variable().R_SemTypeFlot->r(2) >= times.start;
+        return day && startsInTime && endsInTime;
+      })) {
+    matched = true;
   }
-  R_TablePossible = newRecord();
-  R_TableSelection = newRecord();
-  W_AfficheTache = kTrue;
-  W_Total = Currency();
-  resumeNext([&] { Txt_Duree.setText(u""); });
+  return {Variable().R_SemTypeFlot, matched, tables::TemplateMerge::Mark::kNone};
+}
 
-  // The walk.
-  search::TemplateMerge merge(*R_TablePossible, *R_TableSelection, *R_TableDurees);
-  int keys = 0;
-  resumeNext([&] { keys = W_ListeSem->DCount(); });
-  for (int n = 1; n <= keys; ++n) {
-    const Text key = W_ListeSem->r(n);
-    resumeNext([&] { R_SemTypeFlot = F_SemTypeFlot->ReadRecord(key); });
-    bool matched = false;
-    const bool day = floatingDayMet(W_Jour, R_SemTypeFlot);
-    if (testOrTrue([&] {
-          const bool startsInTime = mid(key, 11, 4) <= times.end;
-          const bool endsInTime = R_SemTypeFlot->r(2) >= times.start;
-          return day && startsInTime && endsInTime;
-        })) {
-      matched = true;
-    }
-    int items = 0;
-    resumeNext([&] { items = R_SemTypeFlot->DCount(4); });
-    for (int v = 1; v <= items; ++v) {
-      const NorvikRecord& tpl = *R_SemTypeFlot;
-      merge.mergeFloating({tpl.r(4, v), tpl.r(5, v), tpl.r(8, v)}, matched, W_CleLue != kFalse);
-    }
-  }
+}  // namespace
 
-  const search::SearchFill fill{*this, W_TypeAct == u"AUTRE", search::RowEnd::kFloating,
-                                [this] { Trie_Possible(); }, [this] { Trie_Selectionne(); }};
-  search::fillUpperList(fill);
-  if (RemplirBas == kTrue) search::fillLowerHalf(fill);
-  W_ListeSem = nullptr;
+}  // namespace velmora::search
+
+namespace velmora {
+
+void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
+  const SessionInUse inUse(d_->session);
+  const ProcedureSnapshot snapshot;
+  const search::SearchCriteria criteria{d_->W_Code,    d_->W_DateDeb, d_->W_DateFin, d_->W_TypeAct,
+                                        d_->W_HeureDe, d_->W_HeureA,  d_->W_Jour};
+  const bool cleLue = d_->W_CleLue != kFalse;
+  const search::TemplateSearch floating{
+      [&] { return search::findFloatingKeys(criteria, cleLue, d_->W_ListeSem); },
+      [&](const Text& key, const search::SearchTimes& times) {
+        return search::visitFloatingKey(key, d_->W_Jour, times);
+      },
+      search::RowEnd::kFloating};
+  search::runTemplateSearch({*this, criteria, d_->W_ListeSem, cleLue, [this] { Trie_Possible(); },
+                             [this] { Trie_Selectionne(); }},
+                            floating, RemplirBas);
 }
 
 }  // namespace velmora

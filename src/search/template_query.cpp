@@ -1,12 +1,13 @@
+// The query on a template file that both template searches run, clause by clause. Beside
+// it, the search times they compare the templates with, in the four-digit form of keys.
 #include "search/template_query.h"
 
 #include <velmora/store/record.h>
 #include "control/error_regime.h"
+#include "control/session_state.h"
 #include "search/time_conversion.h"
 
 namespace velmora::search {
-
-using namespace Variable;
 
 const TemplateFile kFixedTemplates{u"TPSSEMAINETYPE",
                                    u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = ",
@@ -26,7 +27,8 @@ Text quoted(TextView v) {
 }
 
 Text endOfValidityTest(const Text& dateDeb) {
-  return u" AND AVEC 1 >= " + quoted(TheDates().TexteVersDate(dateDeb)) + u" OR = " + quoted(u"");
+  return u" AND AVEC 1 >= " + quoted(Variable().TheDates().TexteVersDate(dateDeb)) + u" OR = " +
+         quoted(u"");
 }
 
 }  // namespace
@@ -38,7 +40,8 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
   append(Text(file.head) + quoted(criteria.code));
   if (!criteria.dateFin.empty()) {
     resumeNext([&] {
-      append(Text(file.startDateTest) + quoted(TheDates().TexteVersDate(criteria.dateFin)) +
+      append(Text(file.startDateTest) +
+             quoted(Variable().TheDates().TexteVersDate(criteria.dateFin)) +
              endOfValidityTest(criteria.dateDeb));
     });
   } else {
@@ -52,9 +55,11 @@ Text templateRequest(const TemplateFile& file, const SearchCriteria& criteria) {
   return request.r();
 }
 
-SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA) {
+SearchTimes searchTimes(bool cleLue, const SearchCriteria& criteria) {
+  const Text& heureDe = criteria.heureDe;
+  const Text& heureA = criteria.heureA;
   if (cleLue) return {heureDe, heureA};
-  const bool decimal = !R_Param.empty() && R_Param->r(20) == u"1";
+  const bool decimal = !Variable().R_Param.empty() && Variable().R_Param->r(20) == u"1";
   const auto convert = decimal ? decimalToFourDigit : minutesToFourDigit;
   SearchTimes times;
   resumeNext([&] { times.start = convert(heureDe); });

@@ -20,11 +20,21 @@ struct TemplateFile {
 extern const TemplateFile kFixedTemplates;     // TPSSEMAINETYPE
 extern const TemplateFile kFloatingTemplates;  // TPSSEMAINETYPEFLOT
 
+// The criteria of a search, as Init left them in the control.
 struct SearchCriteria {
   const Text& code;
   const Text& dateDeb;
   const Text& dateFin;
   const Text& typeAct;
+  const Text& heureDe;
+  const Text& heureA;
+  const Text& jour;
+
+  // A search runs only when every criterion but the end date is given.
+  bool complete() const {
+    return !code.empty() && !dateDeb.empty() && !heureDe.empty() && !heureA.empty() &&
+           !typeAct.empty() && !jour.empty();
+  }
 };
 
 // The whole text of the request record, assembled clause by clause under continue on
@@ -40,6 +50,6 @@ struct SearchTimes {
 // Keys decoded by Init carry four-digit times already. Otherwise attribute 20 of the
 // parameter record says "1" for decimal hours, anything else (or no record) HH:MM. A time
 // that cannot be converted leaves its value empty.
-SearchTimes searchTimes(bool cleLue, const Text& heureDe, const Text& heureA);
+SearchTimes searchTimes(bool cleLue, const SearchCriteria& criteria);
 
 }  // namespace velmora::search

@@ -1,3 +1,5 @@
+// The times a host hands over with a bare client code, HH:MM or decimal hours, turned
+// into the four-digit times of the template keys. Digits that are no number fail.
 #include "search/time_conversion.h"
 
 #include <cmath>

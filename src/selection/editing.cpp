@@ -4,9 +4,10 @@
 #include <string>
 
 #include <velmora/control/ctr_velmora_new.h>
-#include "selection/total.h"
+#include "rows/row_format.h"
+#include "selection/duration_edit.h"
 
-namespace velmora {
+namespace velmora::selection {
 
 namespace {
 
@@ -32,6 +33,20 @@ void checkEditedDuration(const Text& typed) {
 
 }  // namespace
 
+void closeDurationEdit(Ctr_VelmoraNew& control) {
+  control.Cmd_OKVelmora.setEnabled(false);
+  control.Cmd_AnnulerVelmora.setEnabled(false);
+  control.Txt_DureeSoin.setEnabled(false);
+  control.Lst_Selectionne.setListIndex(-1);
+  control.Lst_CodeSelect.setListIndex(-1);
+  control.W_DoubleClic = kFalse;
+  control.Lst_Selectionne.setEnabled(true);
+}
+
+}  // namespace velmora::selection
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Lst_Selectionne_Click() {
   const bool hasRow = Lst_Selectionne.ListIndex() != -1;
   Cmd_Obs.setEnabled(hasRow);
@@ -53,48 +68,31 @@ void Ctr_VelmoraNew::Lst_Selectionne_DblClick() {
 void Ctr_VelmoraNew::Cmd_OKVelmora_Click() {
   // Without a current row (the host emptied the selection during the edit) the steps
   // run as written until the row's rewrite fails.
-  checkEditedDuration(Txt_DureeSoin.getText());
+  selection::checkEditedDuration(Txt_DureeSoin.getText());
   const int current = Lst_Selectionne.ListIndex();
 
-  // 1.
+  // A total never shown counts as 0.
   if (Txt_Duree.getText().empty()) Txt_Duree.setText(u"0");
-  // 2. The old duration comes off the total.
+  // The old duration comes off the total, the new one goes on.
   const Text old = rows::rowDuration(Lst_Selectionne.List(current));
   Currency v = rows::readBack(Txt_Duree.getText());
   if (!old.empty()) v -= Currency::fromText(old);
-  // 3. The new one goes on.
   if (!Txt_DureeSoin.getText().empty()) v += Currency::fromText(Txt_DureeSoin.getText());
-  // 4.
   Txt_Duree.setText(v.toText());
-  // 5. Positions 1-79 stay, the marker with them.
+  // The row keeps positions 1-79, the marker with them, and takes the new duration.
   const Text t = trimBlanks(Txt_DureeSoin.getText());
   Lst_Selectionne.setList(current,
                           padRight(left(Lst_Selectionne.List(current), 79), 79) + padLeft(t, 6));
-  // 6-7.
+  // The edit box empties, the total is read back from what is shown, the edit ends.
   Txt_DureeSoin.setText(u"");
   W_Total = rows::readBack(Txt_Duree.getText());
-  // 8.
-  Cmd_OKVelmora.setEnabled(false);
-  Cmd_AnnulerVelmora.setEnabled(false);
-  Txt_DureeSoin.setEnabled(false);
-  // 9. The Click of Lst_Selectionne disables Cmd_Obs and Cmd_SupprVelmora.
-  Lst_Selectionne.setListIndex(-1);
-  Lst_CodeSelect.setListIndex(-1);
-  // 10-12.
-  W_DoubleClic = kFalse;
-  Lst_Selectionne.setEnabled(true);
+  selection::closeDurationEdit(*this);
   Etq_Imperativite.setVisible(AuMoinsUneTacheImperative() != kFalse);
 }
 
 void Ctr_VelmoraNew::Cmd_AnnulerVelmora_Click() {
   Txt_DureeSoin.setText(u"");
-  Cmd_OKVelmora.setEnabled(false);
-  Cmd_AnnulerVelmora.setEnabled(false);
-  Txt_DureeSoin.setEnabled(false);
-  Lst_Selectionne.setListIndex(-1);
-  Lst_CodeSelect.setListIndex(-1);
-  W_DoubleClic = kFalse;
-  Lst_Selectionne.setEnabled(true);
+  selection::closeDurationEdit(*this);
 }
 
 }  // namespace velmora

@@ -1,6 +1,8 @@
+// Frm_AjoutObsTache, the observations dialog: its controls and their layout. Its two
+// buttons are the only way to close it, and OK writes the text into R_Obs at N_LigneObs.
 #include <velmora/control/frm_ajout_obs_tache.h>
 
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
 namespace velmora {
 
@@ -51,7 +53,7 @@ void Frm_AjoutObsTache::Form_Unload(std::int16_t& Cancel) {
 }
 
 void Frm_AjoutObsTache::Cmd_OkObs_Click() {
-  Variable::R_Obs->set(Variable::N_LigneObs, Txt_Obs.getText());
+  Variable().R_Obs->set(Variable().N_LigneObs, Txt_Obs.getText());
   FermetureAutorisee = kTrue;
   Unload();
 }

@@ -1,9 +1,9 @@
 // Moving marked proposal rows into the selection. Selecting copies: Lst_Possible keeps
 // its rows, so an item taken out of the selection can be chosen again.
 #include <velmora/control/ctr_velmora_new.h>
-#include "selection/total.h"
+#include "rows/total.h"
 
-namespace velmora {
+namespace velmora::selection {
 
 namespace {
 
@@ -26,12 +26,16 @@ int duplicateCandidate(const toolkit::ListBox& selection, const Text& label) {
   int j = 0;
   while (true) {
     const Text& row = selection.List(j);
-    if (selection::rowLabel(row) == label || row.empty()) return j;
+    if (rows::rowLabel(row) == label || row.empty()) return j;
     ++j;
   }
 }
 
 }  // namespace
+
+}  // namespace velmora::selection
+
+namespace velmora {
 
 void Ctr_VelmoraNew::Lst_Possible_Click() {
   Cmd_Select.setEnabled(true);
@@ -47,31 +51,30 @@ void Ctr_VelmoraNew::Cmd_Select_Click() {
     if (!Lst_Possible.Selected(i)) continue;
     const Text proposal = Lst_Possible.List(i);
 
-    // 1-2. Duplicate search and test: an item whose label is in the selection already
+    // Duplicate search and test: an item whose label is in the selection already
     // only loses its mark. An empty label always counts as a duplicate.
-    const Text label = selection::rowLabel(proposal);
-    const int j = duplicateCandidate(Lst_Selectionne, label);
-    if (label != selection::rowLabel(Lst_Selectionne.List(j))) {
-      // 3. Working row.
+    const Text label = rows::rowLabel(proposal);
+    const int j = selection::duplicateCandidate(Lst_Selectionne, label);
+    if (label != rows::rowLabel(Lst_Selectionne.List(j))) {
+      // The row as proposed, duration included.
       Text working = left(proposal, 85);
-      // 4. Columns from above, for rows whose column 1 is blank.
-      if (columnBlank(proposal, 1)) {
-        const int k1 = rowAboveWithColumn(Lst_Possible, i, 1);
+      // Columns from above, for rows whose column 1 is blank.
+      if (selection::columnBlank(proposal, 1)) {
+        const int k1 = selection::rowAboveWithColumn(Lst_Possible, i, 1);
         if (k1 != -1) working = mid(Lst_Possible.List(k1), 1, 26);
-        const int k2 = rowAboveWithColumn(Lst_Possible, i, 27);
+        const int k2 = selection::rowAboveWithColumn(Lst_Possible, i, 27);
         if (k2 != -1) working += mid(Lst_Possible.List(k2), 27, 26);
         working += mid(proposal, 53, 33);
       }
-      // 5. Append, at least 80 long so that the marker and position 80 exist.
+      // Appended, at least 80 long so that the marker and position 80 exist.
       Lst_Selectionne.AddItem(working.size() < 80 ? padRight(working, 80) : working,
                               Lst_Possible.wholeColumns(i));
-      // 6. Code.
       Lst_CodeSelect.AddItem(Lst_CodePos.List(i));
-      // 7. Duration.
+      // Its duration, if any, goes onto the total.
       const Text d = rows::rowDuration(working);
-      if (!d.empty()) W_Total = selection::addToShownTotal(Txt_Duree, d);
+      if (!d.empty()) W_Total = rows::addToShownTotal(Txt_Duree, d);
     }
-    // 8. Every marked row loses its mark, added or not.
+    // Every marked row loses its mark, added or not.
     Lst_Possible.setSelected(i, false);
     Lst_CodePos.setSelected(i, false);
   }

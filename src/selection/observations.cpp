@@ -1,10 +1,11 @@
-// The observation of the current selected row: the dialog edits R_Obs at N_LigneObs,
-// and the row's marker at position 79 follows whether the text went empty or not.
+// Cmd_Obs_Click: the observation of the current selected row, edited in the dialog at
+// N_LigneObs of R_Obs. The row's marker at position 79 follows whether the text went
+// empty or not.
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/control/frm_ajout_obs_tache.h>
-#include "control/module_slots.h"
+#include "control/session_state.h"
 
-namespace velmora {
+namespace velmora::selection {
 
 namespace {
 
@@ -14,29 +15,32 @@ Text withMarker(TextView row, TextView marker) {
 
 }  // namespace
 
+}  // namespace velmora::selection
+
+namespace velmora {
+
 void Ctr_VelmoraNew::Cmd_Obs_Click() {
-  // 1-2.
+  // The usual pointer, and the dialog loaded.
   services().setMousePointer(0);
   Frm_AjoutObsTache& form = DefaultFrm_AjoutObsTache();
   form.Load();
-  // 3. The columns as they stand, blanks and all.
+  // The columns as they stand, blanks and all.
   const Text row = Lst_Selectionne.List(Lst_Selectionne.ListIndex());
   form.Txt_Type.setText(mid(row, 1, 25));
   form.Txt_Groupe.setText(mid(row, 27, 25));
   form.Txt_Tache.setText(mid(row, 53, 25));
-  // 4-6.
-  Variable::N_LigneObs = Lst_Selectionne.ListIndex() + 1;
-  form.Txt_Obs.setText(Variable::R_Obs->r(Variable::N_LigneObs));
-  const Text before = Variable::R_Obs->r(Variable::N_LigneObs);
-  // 7.
+  // The dialog edits the observation of the current row, kept before it opens.
+  Variable().N_LigneObs = Lst_Selectionne.ListIndex() + 1;
+  form.Txt_Obs.setText(Variable().R_Obs->r(Variable().N_LigneObs));
+  const Text before = Variable().R_Obs->r(Variable().N_LigneObs);
   services().ShowModal(form);
-  // 8. Exact comparison with "": a blank is an observation.
-  const Text after = Variable::R_Obs->r(Variable::N_LigneObs);
+  // The marker follows the observation: exact comparison with "", a blank is one.
+  const Text after = Variable().R_Obs->r(Variable().N_LigneObs);
   const int current = Lst_Selectionne.ListIndex();
   if (after.empty() && !before.empty()) {
-    Lst_Selectionne.setList(current, withMarker(Lst_Selectionne.List(current), u"  "));
+    Lst_Selectionne.setList(current, selection::withMarker(Lst_Selectionne.List(current), u"  "));
   } else if (!after.empty() && before.empty()) {
-    Lst_Selectionne.setList(current, withMarker(Lst_Selectionne.List(current), u"X "));
+    Lst_Selectionne.setList(current, selection::withMarker(Lst_Selectionne.List(current), u"X "));
   }
 }
 

@@ -1,3 +1,5 @@
+// The base of every child control: name, place, tab index, visibility and enabled state,
+// and the one path by which a failure of an event reaches the control's handler.
 #include <velmora/toolkit/control.h>
 
 #include <algorithm>

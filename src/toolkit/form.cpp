@@ -1,3 +1,5 @@
+// A modal form of the toolkit: its children, and Load and Unload with the events that
+// let a form refuse to close.
 #include <velmora/toolkit/form.h>
 
 namespace velmora::toolkit {

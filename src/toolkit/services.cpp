@@ -1,3 +1,5 @@
+// The scripted screen services: questions and dialogs answered in advance, for the tests
+// and tools that drive the control without a screen. An unscripted one fails loudly.
 #include <velmora/toolkit/services.h>
 
 namespace velmora::toolkit {

@@ -1,3 +1,5 @@
+// The toolkit's widgets as the control's procedures use them: list, text, check and command
+// boxes, labels and the frame, with the events their gestures fire.
 #include <velmora/toolkit/widgets.h>
 
 #include <algorithm>

@@ -15,7 +15,7 @@
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include <velmora/store/dates.h>
 #include <velmora/toolkit/services.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "support/account.h"
 #include "support/failure_number.h"
 #include "support/rows.h"
@@ -89,7 +89,8 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   s.rows = items(c.Lst_Selectionne);
   s.codes = items(c.Lst_CodeSelect);
   for (int i = 1; i <= c.Lst_Selectionne.ListCount(); ++i) {
-    s.obs.push_back(Variable::R_Obs ? toUtf8(Variable::R_Obs->r(i)) : "<no R_Obs>");
+    const RecordRef& obs = CtrInspector(c).Variable().R_Obs;
+    s.obs.push_back(obs ? toUtf8(obs->r(i)) : "<no R_Obs>");
   }
   s.duree = toUtf8(c.Txt_Duree.getText());
   s.total = toUtf8(c.W_Total.toText());
@@ -106,11 +107,10 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
 
 class ControlTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    Variable::resetAll();
-    ctl.setServices(services);
-  }
-  void TearDown() override { Variable::resetAll(); }
+  void SetUp() override { ctl.setServices(services); }
+
+  // The slots of the test's own session.
+  SessionVariables& slots() { return session.state().Variable; }
 
   InitArguments init(std::string_view typeAct, std::string_view code, std::string_view dateDeb,
                      std::string_view dateFin = "", std::string_view heureDe = "",
@@ -158,7 +158,8 @@ class ControlTest : public ::testing::Test {
   }
 
   TempAccount account;
-  Ctr_VelmoraNew ctl;
+  Session session;
+  Ctr_VelmoraNew ctl{session};
   std::shared_ptr<toolkit::ScriptedServices> services =
       std::make_shared<toolkit::ScriptedServices>();
 };

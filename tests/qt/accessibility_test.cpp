@@ -6,7 +6,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -39,13 +39,13 @@ void hear(QAccessibleEvent* event) {
 class Accessibility : public ::testing::Test {
  protected:
   void SetUp() override {
-    Variable::resetAll();
+    Session::processDefault().state().clear();
     putTaskCatalogue(account);
     // A task whose name is longer than the 25 characters of its column.
     account.put("TACHE", "Aide à la toilette complète du matin",
                 {{"1"}, {"Entretien"}, {""}, {"N"}, {"35"}});
   }
-  void TearDown() override { Variable::resetAll(); }
+  void TearDown() override { Session::processDefault().state().clear(); }
 
   TempAccount account;
 };

@@ -5,7 +5,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -18,7 +18,7 @@ using qt::VelmoraWidget;
 class Focus : public ::testing::Test {
  protected:
   void SetUp() override {
-    Variable::resetAll();
+    Session::processDefault().state().clear();
     putTaskCatalogue(account);
     w.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
@@ -26,7 +26,7 @@ class Focus : public ::testing::Test {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&w));
     initClient(c, account);
   }
-  void TearDown() override { Variable::resetAll(); }
+  void TearDown() override { Session::processDefault().state().clear(); }
 
   // A key to whatever has the focus, as the planner's keyboard sends it.
   static void press(Qt::Key key) {

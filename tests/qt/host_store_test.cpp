@@ -5,7 +5,7 @@
 #include <velmora/qt/host_store.h>
 #include <velmora/qt/sample_database.h>
 #include <velmora/store/sqlite_database.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -20,7 +20,7 @@ const qt::Intervention kMonday{.client = u"00001",
                                .kind = u"AUTRE"};
 
 TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
-  Variable::resetAll();
+  Session::processDefault().state().clear();
   QTemporaryDir dir;
   ASSERT_TRUE(dir.isValid());
   const std::string path = dir.filePath(QStringLiteral("sample.db")).toStdString();
@@ -50,7 +50,7 @@ TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   const Snapshot s = snapshot(ctl);
   EXPECT_EQ(std::tie(s.rows, s.codes, s.obs, s.duree, s.total),
             std::tie(before.rows, before.codes, before.obs, before.duree, before.total));
-  Variable::resetAll();
+  Session::processDefault().state().clear();
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/qt_services.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 class HostWidget : public ::testing::Test {
  protected:
-  void SetUp() override { Variable::resetAll(); }
-  void TearDown() override { Variable::resetAll(); }
+  void SetUp() override { Session::processDefault().state().clear(); }
+  void TearDown() override { Session::processDefault().state().clear(); }
 
   TempAccount account;
 };

@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <QScreen>
 
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -68,7 +68,7 @@ void expectObservationsDialogAsDesigned(QWidget& dialog) {
 }
 
 TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade) {
-  Variable::resetAll();
+  Session::processDefault().state().clear();
   TempAccount account;
   putTaskCatalogue(account);
   int questions = 0;
@@ -185,7 +185,7 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     EXPECT_EQ(c.W_Enr->DCount(), 2);
     EXPECT_EQ(w.property("total").toDouble(), 55.0);
   }
-  Variable::resetAll();
+  Session::processDefault().state().clear();
   ASSERT_EQ(s.size(), 10u);
   EXPECT_EQ(questions, 2);
   EXPECT_EQ(dialogs, 2);

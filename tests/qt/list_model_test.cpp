@@ -3,7 +3,7 @@
 // reach the rows they aim at.
 #include <QSignalSpy>
 
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -15,8 +15,8 @@ using qt::ListBoxView;
 
 class ListModel : public ::testing::Test {
  protected:
-  void SetUp() override { Variable::resetAll(); }
-  void TearDown() override { Variable::resetAll(); }
+  void SetUp() override { Session::processDefault().state().clear(); }
+  void TearDown() override { Session::processDefault().state().clear(); }
 
   QString shown(int row) const { return model().index(row).data().toString(); }
   bool marked(int row) const { return model().index(row).data(ListBoxModel::kMarkedRole).toBool(); }

@@ -14,7 +14,7 @@
 
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "support/account.h"
 #include "support/rows.h"
@@ -54,7 +54,8 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   }
   for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
     s.rows.push_back(toUtf8(c.Lst_Selectionne.List(i)));
-    s.obs.push_back(Variable::R_Obs ? toUtf8(Variable::R_Obs->r(i + 1)) : "<none>");
+    const RecordRef& obs = CtrInspector(c).Variable().R_Obs;
+    s.obs.push_back(obs ? toUtf8(obs->r(i + 1)) : "<none>");
   }
   for (int i = 0; i < c.Lst_CodeSelect.ListCount(); ++i) {
     s.codes.push_back(toUtf8(c.Lst_CodeSelect.List(i)));

@@ -8,7 +8,7 @@
 #include <QLineEdit>
 
 #include <velmora/qt/twips.h>
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt_support.h"
 
@@ -169,7 +169,7 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   putTaskCatalogue(account);
   for (const Route& route : routes) {
     SCOPED_TRACE(route.name);
-    Variable::resetAll();
+    Session::processDefault().state().clear();
     Snapshot expected;
     {
       Ctr_VelmoraNew c;
@@ -178,7 +178,7 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
       route.headless(c);
       expected = snapshot(c);
     }
-    Variable::resetAll();
+    Session::processDefault().state().clear();
     Ctr_VelmoraNew c;
     VelmoraWidget w(c);
     w.show();
@@ -191,7 +191,7 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
     EXPECT_EQ(snapshot(c), expected);
     expectScreenAgrees(w, c);
   }
-  Variable::resetAll();
+  Session::processDefault().state().clear();
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QStyle>
 
-#include "control/module_slots.h"
+#include "control/inspection.h"
 #include "qt/control_views.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
@@ -23,8 +23,8 @@ using qt::VelmoraWidget;
 
 class Surface : public ::testing::Test {
  protected:
-  void SetUp() override { Variable::resetAll(); }
-  void TearDown() override { Variable::resetAll(); }
+  void SetUp() override { Session::processDefault().state().clear(); }
+  void TearDown() override { Session::processDefault().state().clear(); }
 
   template <typename W>
   W* viewOf(const toolkit::Control& c) const {

@@ -1,5 +1,12 @@
 // Frm_AjoutObsTache: the modal dialog in which the planner writes the observation of a
-// selected item. It meets the control only through R_Obs and N_LigneObs.
+// selected item. It meets the control only through R_Obs and N_LigneObs, the slots of
+// the session in use: Cmd_Obs shows it with its control's session in use on the thread,
+// so that Ok writes the observation of that control's row.
+//
+// Threads and sharing: DefaultFrm_AjoutObsTache() is one dialog for the process, as every
+// control shows it; it is used by one thread at a time. Ok writes the text into R_Obs at
+// N_LigneObs and closes; Annuler closes and changes nothing; the close box does nothing.
+// Ok before the control has made R_Obs fails with errors::kObjectNotSet.
 #pragma once
 
 #include <velmora/export.h>

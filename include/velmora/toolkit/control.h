@@ -1,6 +1,10 @@
 // Plain objects that hold the state of each child control: what a widget toolkit
 // would hold, with no toolkit behind it. Views subscribe to changes; the logic never
 // knows whether one is watching.
+//
+// Ownership and threads: a control owns its state; the listeners a view subscribes are
+// kept until their token is destroyed, which may outlive the control. Every call, and
+// every listener it runs, is on the thread that uses the control's session.
 #pragma once
 
 #include <velmora/export.h>

@@ -1,4 +1,7 @@
 // A modal form: loaded, shown modally by the host's services, unloaded by its code.
+// A form's own event procedures decide whether it may close (Unload with Cancel). The
+// observations dialog is one form for the process, shown by every control on the thread
+// that runs it.
 #pragma once
 
 #include <velmora/export.h>

@@ -1,6 +1,9 @@
 // What the control asks of the screen: the question box, the modal show of a form and
 // the mouse pointer. The Qt binding runs the real QMessageBox and QDialog; tests and
 // scripts answer through ScriptedServices.
+//
+// Ownership: a control shares its services with the host (setServices); they are called
+// on the thread that runs the control, one call at a time.
 #pragma once
 
 #include <velmora/export.h>
@@ -28,7 +31,9 @@ class VELMORA_EXPORT Services {
 };
 
 // Answers from a script: each question takes the next answer, each modal show runs
-// the next action on the form (which should end by pressing one of its buttons).
+// the next action on the form (which should end by pressing one of its buttons). A
+// question or a show with nothing scripted, or an action that leaves the form open,
+// fails with errors::kInvalidCall.
 class VELMORA_EXPORT ScriptedServices : public Services {
  public:
   struct Question {

@@ -6,6 +6,11 @@
 //  - a double click raises Click, then DblClick.
 // Each also takes the planner's gestures, so that a host, a test or the command line
 // can drive the surface with no screen. A gesture on a disabled control does nothing.
+//
+// Threads: a widget belongs to the thread of its control's session. Failures: a row or a
+// caret out of range fails with errors::kInvalidCall (Failure::isInvalidCall()), in
+// French, and changes nothing; an event procedure's failure raised by a gesture goes to
+// the surface's FailureHandler, or to the caller without one.
 #pragma once
 
 #include <velmora/export.h>
@@ -134,14 +139,18 @@ class VELMORA_EXPORT ListBox : public Control {
   void AddItem(TextView item, std::vector<Text> wholeColumns);
   // Those values, or none when the row was added without them.
   const std::vector<Text>& wholeColumns(int index) const;
+  // Fails with errors::kInvalidCall for a row that is not there.
   void RemoveItem(int index);
   int ListCount() const { return static_cast<int>(rows_.size()); }
   // "" at -1 or past the last row.
   const Text& List(int index) const;
+  // Writes the row's text; errors::kInvalidCall for a row that is not there.
   void setList(int index, TextView item);
   int ListIndex() const { return listIndex_; }
-  // Raises Click, also for -1 and also when the list is disabled.
+  // Raises Click, also for -1 and also when the list is disabled; errors::kInvalidCall
+  // below -1 or past the last row.
   void setListIndex(int index);
+  // The row's mark; errors::kInvalidCall for a row that is not there.
   bool Selected(int index) const;
   void setSelected(int index, bool selected);
   // Exchanges two rows with their marks; for sorts that keep parallel lists together.

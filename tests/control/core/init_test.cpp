@@ -91,7 +91,7 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   for (const Form& f : forms) {
     for (const char* typeAct : {"AUTRE", "SSIAD"}) {
       SCOPED_TRACE(std::string(typeAct) + " " + f.code);
-      Variable::resetAll();
+      session.state().clear();
       const InitArguments a =
           init(typeAct, f.code, f.dateDeb, f.dateFin, f.heureDe, f.heureA, f.jour);
       EXPECT_EQ(toUtf8(a.Code), f.codeBack);
@@ -106,14 +106,14 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
 TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
   init("AUTRE", "00009", "");
   init("autre", "00009", "");
-  Variable::resetAll();
+  session.state().clear();
   InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
   ctl.Init(a);
   EXPECT_EQ(toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
                    ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption()),
             "Regroupement|Type|Soin|Afficher tous les soins");
   EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
-  EXPECT_TRUE(Variable::F_DetailsInterv.empty() && Variable::R_DetailsInterv.empty());
+  EXPECT_TRUE(slots().F_DetailsInterv.empty() && slots().R_DetailsInterv.empty());
 }
 
 TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
@@ -121,8 +121,8 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
        {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
     l->AddItem(u"old");
   }
-  Variable::R_Obs = newRecord();
-  Variable::R_Obs->set(1, u"old observation");
+  slots().R_Obs = newRecord();
+  slots().R_Obs->set(1, u"old observation");
   ctl.Etq_Imperativite.setVisible(true);
   ctl.W_Total = Currency::whole(75);
   ctl.Txt_Duree.setText(u"75");

@@ -28,11 +28,11 @@ TEST(RowFormat, ColumnsAndDurationsHaveTheirPlaces) {
 
 // The total's box turns minutes into hours and minutes as they are written, once Init
 // has armed it, and the control reads them back when it changes the total.
-TEST(Durations, MinutesShowAsHoursAndReadBack) {
-  Variable::resetAll();
-  Ctr_VelmoraNew c;
-  InitArguments a{u"AUTRE", u"00001", u"", u"", u"", u"", u"1000000"};
-  c.Init(a);
+using Durations = ControlTest;
+
+TEST_F(Durations, MinutesShowAsHoursAndReadBack) {
+  init("AUTRE", "00001", "", "", "", "", "1000000");
+  Ctr_VelmoraNew& c = ctl;
   const std::vector<std::pair<Text, Text>> cases{
       {u"0", u"0h00"},         {u"5", u"0h05"},    {u"65", u"1h05"},   {u"1500", u"25h00"},
       {u"100000", u"1666h40"}, {u"-5", u"-1h55"},  {u"-60", u"-1h00"}, {u"-61", u"-2h59"},
@@ -99,10 +99,10 @@ class Mandatory : public ControlTest {
   std::string ask(std::initializer_list<const char16_t*> codes) {
     ctl.Lst_CodeSelect.Clear();
     for (const char16_t* code : codes) ctl.Lst_CodeSelect.AddItem(code);
-    const auto before = statistics(Variable::TheDatabase).decodedRecords;
+    const auto before = statistics(slots().TheDatabase).decodedRecords;
     const bool answer = ctl.AuMoinsUneTacheImperative() == kTrue;
     return std::to_string(answer) + " after " +
-           std::to_string(statistics(Variable::TheDatabase).decodedRecords - before);
+           std::to_string(statistics(slots().TheDatabase).decodedRecords - before);
   }
 };
 
@@ -114,7 +114,7 @@ TEST_F(Mandatory, OnlyAnUpperCaseOCountsAndTheWalkStopsAtTheFirst) {
   // A task gone from the catalogue is not mandatory and the walk goes on.
   EXPECT_EQ(ask({u"Disparue", u"Lever"}), "1 after 1");
   // Without the files the failure reaches the caller.
-  Variable::F_Tache.reset();
+  slots().F_Tache.reset();
   EXPECT_EQ(failureNumber([&] { ctl.AuMoinsUneTacheImperative(); }), errors::kObjectNotSet);
   // Care acts are never mandatory, and nothing is read for them.
   init("SSIAD", "00009", "");

@@ -2,14 +2,12 @@
 // scan per position, on random lists short and long.
 #include <random>
 
-#include "control/core/ctr_driver.h"
 #include "control/fixture.h"
+#include "control/inspection.h"
 #include "rows/row_format.h"
 
 namespace velmora::testing {
 namespace {
-
-using Variable::R_Obs;
 
 // A list as the sorts see it: rows with their marks and current row, the codes beside
 // them and, for the selection, the observations.
@@ -86,7 +84,7 @@ class Sorts : public ControlTest {
       codes.AddItem(l.codes[i]);
     }
     if (l.current >= 0) rows.setListIndex(l.current);
-    R_Obs = RecordRef::make(l.observations);
+    slots().R_Obs = RecordRef::make(l.observations);
     selection ? CtrDriver(ctl).Trie_Selectionne() : CtrDriver(ctl).Trie_Possible();
     documentedSort(l, selection);
     ASSERT_EQ(rows.ListCount(), static_cast<int>(l.rows.size()));
@@ -97,7 +95,7 @@ class Sorts : public ControlTest {
       ASSERT_TRUE(selection || rows.Selected(i) == l.marks[k]) << i;
     }
     ASSERT_EQ(rows.ListIndex(), l.current);
-    ASSERT_EQ(R_Obs->r(), l.observations.r());  // the proposal's sort leaves them
+    ASSERT_EQ(slots().R_Obs->r(), l.observations.r());  // the proposal's sort leaves them
   }
 };
 

@@ -6,7 +6,6 @@
 
 #include <velmora/base/failure.h>
 #include "control/fixture.h"
-#include "search/time_conversion.h"
 
 namespace velmora::testing {
 namespace {
@@ -20,6 +19,7 @@ std::string columns(const std::string& code) {
       {"B", col("MENAGE") + col("ENTRETIEN") + col("B")},
       {"C", col("SOINS") + col("TOILETTE") + col("C")},
       {"D", col("SOINS") + col("TOILETTE") + col("D")},
+      {"E", col("MENAGE") + col("ENTRETIEN") + col("E")},
       {"010101", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
       {"010102", col("Soins de base") + col("Hygiène") + col("Change")},
       {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
@@ -166,7 +166,7 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
     EXPECT_EQ(ctl.W_AfficheTache, *c.codesPos == '\0' ? kFalse : kTrue);
     EXPECT_EQ(words(items(ctl.Lst_CodePos)), c.codesPos);
     EXPECT_EQ(words(items(ctl.Lst_CodeSelect)), c.codesSel);
-    EXPECT_EQ(attributes(Variable::R_Obs, static_cast<int>(c.obs.size())), c.obs);
+    EXPECT_EQ(attributes(slots().R_Obs, static_cast<int>(c.obs.size())), c.obs);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
   }
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
@@ -178,7 +178,9 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
 }
 
 // The fixed templates that touch the slot at either end match, times in minutes (08:01 is
-// 0802) or as the parameter says in decimal hours; with no end date, later ones too.
+// 0802, the separator is not read) or as the parameter says in decimal hours (a comma
+// too); with no end date, later ones too. A time that is no number is left empty: an
+// empty start lets every template end in time.
 TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   struct Case {
     const char *decimal, *heureDe, *heureA, *dateFin;  // decimal: attribute 20 of TPSPARAM
@@ -187,7 +189,11 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
   const std::vector<Case> cases{
       {"0", "09:00", "10:00", "30/11/2026", "B:6: A:5:"},
       {"0", "08:01", "08:59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
+      {"0", "08h01", "08h59", "30/11/2026", "D:8: C:7: B:6: E:9:"},
       {"1", "8.5", "9", "30/11/2026", "D:8: B:6: E:9:"},
+      {"1", "8,5", "9,0", "30/11/2026", "D:8: B:6: E:9:"},
+      {"0", "08:xx", "09:00", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
+      {"1", "huit", "9", "30/11/2026", "H:2: D:8: C:7: B:6: E:9:"},
       {"0", "09:00", "10:00", "", "B:6: A:5: F:4:"},
       // An end date that is no date drops both date tests.
       {"0", "09:00", "10:00", "pas une date", "B:6: Z:3: A:5: F:4:"},
@@ -211,7 +217,7 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
     parameter[19] = {c.decimal};
     account.put("TPSPARAM", "1", parameter);
     search("AUTRE", "0010000", kClient, c.heureDe, c.heureA, c.dateFin);
-    EXPECT_EQ(words(Variable::R_TableSelection), c.selected);
+    EXPECT_EQ(words(slots().R_TableSelection), c.selected);
   }
 }
 
@@ -223,8 +229,8 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
   search("AUTRE", "0010001", kClient + "FLOT");
-  EXPECT_EQ(words(Variable::R_TablePossible), "A:5 C:50 D:25 B:20");
-  EXPECT_EQ(words(Variable::R_TableSelection), "A:5: C:50: D:25:obs D");
+  EXPECT_EQ(words(slots().R_TablePossible), "A:5 C:50 D:25 B:20");
+  EXPECT_EQ(words(slots().R_TableSelection), "A:5: C:50: D:25:obs D");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
   expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
@@ -237,7 +243,7 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   for (const std::string& code : {kClient, kClient + "FLOT"}) {
     search("AUTRE", "0010000", code, "09:00", "");
     EXPECT_EQ(ctl.W_AfficheTache, kFalse) << code;
-    EXPECT_TRUE(Variable::R_TableDurees.empty() && Variable::R_TablePossible.empty()) << code;
+    EXPECT_TRUE(slots().R_TableDurees.empty() && slots().R_TablePossible.empty()) << code;
   }
   account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
   account.remove("TPSSEMAINETYPEFLOT", floatingKey("0900"));
@@ -246,10 +252,12 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   putList("01/11/2026", {"B", "ZZ", "C", "E"}, {"30", "5", "", "9"});
   putList("01/10/2026", {"A", "B"}, {"12", "45"});
   account.put("AIDEDETAILTACHE", "00002" + internal("01/12/2026"), {{"D"}, {"99"}});
-  search("AUTRE", "0000001");
-  EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
-  expectShown(catalogue("A:12 B:30 C:"), "", "");
+  for (const std::string& code : {kClient, kClient + "FLOT"}) {  // fixed or floating search
+    search("AUTRE", "0000001", code);
+    EXPECT_EQ(ctl.W_AfficheTache, kFalse);
+    EXPECT_EQ(words(slots().R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+    expectShown(catalogue("A:12 B:30 C:"), "", "");
+  }
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
@@ -273,11 +281,11 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   account.put("TPSDETAILSINTERV", detailKey, detail);
   init("AUTRE", detailKey, "23/11/2026");  // a full key: the consultation runs
   // The list of 01/11 alone; "0" and "" are passed over without a gap.
-  EXPECT_EQ(words(Variable::R_TableDurees), "B:30 C: A:40 A:50");
+  EXPECT_EQ(words(slots().R_TableDurees), "B:30 C: A:40 A:50");
   // ZZ has no task record: left out, and the observations stay with their rows.
   expectShown(chosen("A:40 A:50 B:30 C:"), "A:! C:10", "0h10");
   EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "C"}));
-  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"obs A", ""}));
+  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"obs A", ""}));
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
   // Ticking lets the last valid duration win: A shows 50, C its catalogue 35.
@@ -296,6 +304,19 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h00");
 }
 
+// Ticked, the switch shows each task with the last duration of the key's list that fits
+// its five places, "" and "0" passed over; a task the list does not name keeps its own.
+TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
+  putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  // E comes first in the catalogue's order and takes its place among the sorted rows.
+  account.put("TACHE", "E", {{"0"}, {"ENTRETIEN"}, {""}, {""}, {"5"}});
+  const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";
+  account.put("TPSDETAILSINTERV", detailKey, {{""}, {"1000"}});
+  init("AUTRE", detailKey, "23/11/2026");
+  ctl.Cac_TouteTache.toggle();
+  EXPECT_EQ(items(ctl.Lst_Possible), catalogue("A:40 B:20 E:5 C:12345 D:40"));
+}
+
 // A template key shows the template's items; care ticks the switch and locks it.
 TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   putFixed('2', "0930",
@@ -304,25 +325,11 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
   EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
   expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
-  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "Sonner deux fois"}));
+  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"", "Sonner deux fois"}));
   putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
   init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
   EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
-  EXPECT_EQ(attributes(Variable::R_Obs, 2), (Rows{"", "obs D"}));
-}
-
-TEST(TimeConversion, MinutesBecomeHundredthsOfAnHourAndDecimalHoursTimesAHundred) {
-  EXPECT_EQ(search::minutesToFourDigit(u"07h05"), u"0708");
-  for (const auto& [in, out] : std::vector<std::pair<Text, Text>>{
-           {u"8.5", u"0850"}, {u"8,5", u"0850"}, {u"12", u"1200"}, {u"9.25", u"0925"}}) {
-    EXPECT_EQ(search::decimalToFourDigit(in), out) << toUtf8(in);
-  }
-  for (const Text bad : {u"08:xx", u"8", u""}) {
-    EXPECT_EQ(failureNumber([&] { (void)search::minutesToFourDigit(bad); }), errors::kTypeMismatch)
-        << toUtf8(bad);
-  }
-  EXPECT_EQ(failureNumber([] { (void)search::decimalToFourDigit(u"huit"); }),
-            errors::kTypeMismatch);
+  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"", "obs D"}));
 }
 
 }  // namespace

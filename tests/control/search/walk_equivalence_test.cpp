@@ -8,13 +8,19 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/record.h>
-#include "search/item_merge.h"
-#include "search/task_catalogue.h"
-#include "search/working_table.h"
+#include "catalogue/task_catalogue.h"
 #include "support/account.h"
+#include "tables/item_merge.h"
+#include "tables/working_table.h"
 
-namespace velmora::search {
+namespace velmora {
 namespace {
+
+using catalogue::CatalogueRow;
+using catalogue::taskCatalogueWalk;
+using tables::ClientListMerge;
+using tables::TemplateItem;
+using tables::TemplateMerge;
 
 using Answer = std::vector<std::vector<std::string>>;  // a store's answer, row by row
 using testing::makeRecord;
@@ -40,20 +46,6 @@ std::vector<CatalogueRow> directCatalogueWalk(const NorvikRecord& T, const Norvi
     } while (G.r(j, 3) == T.r(i, 1) && !G.r(j, 3).empty());
   }
   return rows;
-}
-
-// Every row of the table that names the code with a duration neither "" nor "0"
-// rewrites the row; a rewrite that fails is skipped.
-Text directOverride(const NorvikRecord& durees, const Text& code, Text row) {
-  for (int l = 1; l <= durees.DCount(); ++l) {
-    if (durees.r(l, 1) == code && !durees.r(l, 2).empty() && durees.r(l, 2) != u"0") {
-      try {
-        row = withOverriddenDuration(row, durees.r(l, 2));
-      } catch (const Failure&) {
-      }
-    }
-  }
-  return row;
 }
 
 int directScan(const NorvikRecord& table, const Text& code) {
@@ -142,23 +134,6 @@ TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
   EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
 }
 
-TEST(DurationOverrides, TheLastValidDurationWinsAsInTheDocumentedWalk) {
-  const Text row = Text(78, u'x') + u"     99";
-  for (unsigned seed = 1; seed <= 2000; ++seed) {
-    Random rnd(seed);
-    Answer rows(static_cast<std::size_t>(rnd.below(10)));
-    for (auto& r : rows) r = {rnd.pick(Random::kCodes), rnd.pick(Random::kDurations)};
-    const auto table = makeRecord(rows);
-    const DurationOverrides indexed(table);
-    for (const auto& code : Random::kCodes) {
-      const auto* found = indexed.find(fromUtf8(code));
-      ASSERT_EQ(found && found->duration ? withOverriddenDuration(row, *found->duration) : row,
-                directOverride(table, fromUtf8(code), row))
-          << "seed " << seed << " code '" << code << "'";
-    }
-  }
-}
-
 TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
   for (unsigned seed = 1; seed <= 3000; ++seed) {
     Random rnd(seed);
@@ -172,8 +147,9 @@ TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
     for (const auto& tpl : templates) {
       for (const auto& item : tpl.items) {
         const TemplateItem in{item.code, item.duration, item.observation};
-        floating ? merge.mergeFloating(in, tpl.matched, cleLue)
-                 : merge.mergeWeekly(in, tpl.fixedKey, tpl.matched, cleLue);
+        using Mark = TemplateMerge::Mark;
+        const Mark mark = floating ? Mark::kNone : tpl.fixedKey ? Mark::kFixed : Mark::kFloating;
+        merge.merge(in, mark, tpl.matched, cleLue);
       }
     }
     ASSERT_EQ(indexed.possible.r(), direct.possible.r()) << "seed " << seed;
@@ -205,4 +181,4 @@ TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
 }
 
 }  // namespace
-}  // namespace velmora::search
+}  // namespace velmora

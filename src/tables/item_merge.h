@@ -6,9 +6,9 @@
 #pragma once
 
 #include <velmora/store/record.h>
-#include "search/working_table.h"
+#include "tables/working_table.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 // One item of a template: value 4, 5 and 8 at the same value number.
 struct TemplateItem {
@@ -22,11 +22,15 @@ class TemplateMerge {
  public:
   TemplateMerge(NorvikRecord& possible, NorvikRecord& selection, NorvikRecord& durees);
 
-  // An item of a template walked by Recherche_SemaineType: value 3 of a new proposal row
-  // is "" for a template of the fixed file (a key of 17 characters), "*" otherwise.
-  void mergeWeekly(const TemplateItem& item, bool fixedKey, bool matched, bool cleLue);
-  // An item walked by Recherche_SemaineTypeFlot: no value 3 in the proposal row.
-  void mergeFloating(const TemplateItem& item, bool matched, bool cleLue);
+  // What a new proposal row holds in value 3: Recherche_SemaineType writes "" for a
+  // template of the fixed file and "*" for a floating one; Recherche_SemaineTypeFlot
+  // writes nothing there.
+  enum class Mark { kNone, kFixed, kFloating };
+
+  // The item enters the proposal when it is new there, and also the selection when its
+  // template meets the intervention and no key was read: so an item already proposed
+  // from a template of another day enters the selection too.
+  void merge(const TemplateItem& item, Mark mark, bool matched, bool cleLue);
 
  private:
   // True when the item was new to the proposal and has been written there.
@@ -53,4 +57,4 @@ class ClientListMerge {
   TableScan possibleScan_;
 };
 
-}  // namespace velmora::search
+}  // namespace velmora::tables

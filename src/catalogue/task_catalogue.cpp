@@ -1,8 +1,11 @@
-#include "search/task_catalogue.h"
+// The show-all switch's walk over the task catalogue, answered from first positions
+// computed once. Beside it, the durations known for the client that override the
+// catalogue's.
+#include "catalogue/task_catalogue.h"
 
 #include <velmora/base/failure.h>
 
-namespace velmora::search {
+namespace velmora::catalogue {
 
 namespace {
 
@@ -88,4 +91,4 @@ Text withOverriddenDuration(TextView row, TextView d) {
   return left(row, 80) + padLeft(d, 5);
 }
 
-}  // namespace velmora::search
+}  // namespace velmora::catalogue

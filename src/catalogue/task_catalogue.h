@@ -15,7 +15,7 @@
 #include <velmora/store/record.h>
 #include "base/text_map.h"
 
-namespace velmora::search {
+namespace velmora::catalogue {
 
 // One row of the catalogue: the answer rows of its type, group and task.
 struct CatalogueRow {
@@ -51,4 +51,4 @@ class DurationOverrides {
 // than 5 fails with the invalid-call error.
 Text withOverriddenDuration(TextView row, TextView d);
 
-}  // namespace velmora::search
+}  // namespace velmora::catalogue

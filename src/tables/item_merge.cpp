@@ -1,8 +1,10 @@
-#include "search/item_merge.h"
+// The merges of template items and of a client's task lists into the working tables,
+// each code kept at its first sight. The durations table follows every new proposal.
+#include "tables/item_merge.h"
 
 #include "control/error_regime.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 TemplateMerge::TemplateMerge(NorvikRecord& possible, NorvikRecord& selection, NorvikRecord& durees)
     : possible_(possible),
@@ -11,17 +13,13 @@ TemplateMerge::TemplateMerge(NorvikRecord& possible, NorvikRecord& selection, No
       possibleScan_(possible),
       selectionScan_(selection) {}
 
-void TemplateMerge::mergeWeekly(const TemplateItem& item, bool fixedKey, bool matched,
-                                bool cleLue) {
+void TemplateMerge::merge(const TemplateItem& item, Mark mark, bool matched, bool cleLue) {
   static const Text kFixed;
   static const Text kFloating = u"*";
-  mergeIntoPossible(item, fixedKey ? &kFixed : &kFloating);
-  // Also an item already proposed from a template of another day enters the selection.
-  if (!cleLue && matched) mergeIntoSelection(item);
-}
-
-void TemplateMerge::mergeFloating(const TemplateItem& item, bool matched, bool cleLue) {
-  mergeIntoPossible(item, nullptr);
+  const Text* value3 = mark == Mark::kFixed      ? &kFixed
+                       : mark == Mark::kFloating ? &kFloating
+                                                 : nullptr;
+  mergeIntoPossible(item, value3);
   if (!cleLue && matched) mergeIntoSelection(item);
 }
 
@@ -62,4 +60,4 @@ void ClientListMerge::merge(TextView code, TextView duration) {
   resumeNext([&] { durees_.set(durees_.DCount(), 2, duration); });
 }
 
-}  // namespace velmora::search
+}  // namespace velmora::tables

@@ -1,4 +1,4 @@
-// The ways the selection's operations move the total. Txt_Duree's own change
+// How the selection's operations move the total. Txt_Duree's own change
 // notification turns the minutes written here into the NhMM form at once, so every
 // read that follows a write sees the display form.
 #pragma once
@@ -8,7 +8,7 @@
 #include <velmora/toolkit/widgets.h>
 #include "rows/row_format.h"
 
-namespace velmora::selection {
+namespace velmora::rows {
 
 // Show first, then sum: D goes into an empty total as it is, otherwise onto the
 // read-back of what is shown. Returns the read-back of the text just written.
@@ -21,9 +21,4 @@ inline Currency addToShownTotal(toolkit::TextBox& total, TextView minutes) {
   return rows::readBack(total.getText());
 }
 
-// Positions 53-77 of a row with blanks trimmed: the label that tells two items apart.
-inline Text rowLabel(TextView row) {
-  return trimBlanks(mid(row, 53, 25));
-}
-
-}  // namespace velmora::selection
+}  // namespace velmora::rows

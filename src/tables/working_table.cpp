@@ -1,6 +1,8 @@
-#include "search/working_table.h"
+// The working tables' end and emptiness tests, and the reading of an item's row. The
+// index of a table answers a merge's scan for a code in constant time as the table grows.
+#include "tables/working_table.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 bool rowIsEmpty(const NorvikRecord& table, int row) {
   const auto& attributes = table.attributes();
@@ -13,6 +15,10 @@ bool defaultIsEmpty(const NorvikRecord& record) {
   const auto& attributes = record.attributes();
   if (attributes.empty()) return true;
   return attributes.size() == 1 && rowIsEmpty(record, 1);
+}
+
+TableItem tableItem(const NorvikRecord& table, int row) {
+  return {table.r(row, 1), table.r(row, 2), table.r(row, 3)};
 }
 
 TableScan::TableScan(const NorvikRecord& table) {
@@ -41,4 +47,4 @@ void TableScan::advanceFirstEmpty(const NorvikRecord& table) {
   while (!rowIsEmpty(table, firstEmpty_)) ++firstEmpty_;
 }
 
-}  // namespace velmora::search
+}  // namespace velmora::tables

@@ -9,12 +9,21 @@
 #include <velmora/store/record.h>
 #include "base/text_map.h"
 
-namespace velmora::search {
+namespace velmora::tables {
 
 // True when attribute `row` reads "" (also past the end).
 bool rowIsEmpty(const NorvikRecord& table, int row);
 // True when the record's default value is "": no attribute, or one empty attribute.
 bool defaultIsEmpty(const NorvikRecord& record);
+
+// Values 1, 2 and 3 of a row of a selection table (R_TableSelection, W_Aff): the item's
+// code, duration and observation.
+struct TableItem {
+  Text code;
+  Text duration;
+  Text observation;
+};
+TableItem tableItem(const NorvikRecord& table, int row);
 
 class TableScan {
  public:
@@ -35,4 +44,4 @@ class TableScan {
   TextMap<int> firstRow_;
 };
 
-}  // namespace velmora::search
+}  // namespace velmora::tables
