@@ -360,23 +360,23 @@ int play(Arguments& args) {
 
 const Command& playCommand() {
   static const Command command{
-      "play", "play a script of host calls and planner's gestures",
-      "usage: velmora play --db PATH SCRIPT [--json]\n"
-      "  Plays SCRIPT on the control, one host call or gesture a line, and prints the\n"
-      "  state at each \"show\". The whole script is read first: a mistake names its line\n"
-      "  and word and nothing runs (exit status 2). Errors that the control reports while\n"
-      "  playing are printed with their line, and the script goes on.\n"
-      "  Lines ('#' starts a comment, \"...\" quotes, with \\n for a new line):\n"
-      "    init KIND CODE [DATEDEB DATEFIN HEUREDE HEUREA JOUR]   init-key KIND KEY [DATE]\n"
-      "    mark possible N | click possible|selected N | double-click possible|selected N\n"
-      "    press select|ok|cancel|remove|obs    tick all\n"
-      "    type duration TEXT | paste duration TEXT | clear duration\n"
-      "    answer yes|no                        (the next question box)\n"
-      "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
-      "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
-      "    host affiche CODE DURATION OBSERVATION...        (W_Aff given item by item)\n"
-      "    show\n"
-      "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n",
+      "play", toSay("play a script of host calls and planner's gestures"),
+      toSay("Usage: velmora play --db PATH SCRIPT [--json]\n"
+            "  Plays SCRIPT on the control, one host call or gesture a line, and prints the\n"
+            "  state at each \"show\". The whole script is read first: a mistake names its line\n"
+            "  and word and nothing runs (exit status 2). Errors that the control reports while\n"
+            "  playing are printed with their line, and the script goes on.\n"
+            "  Lines ('#' starts a comment, \"...\" quotes, with \\n for a new line):\n"
+            "    init KIND CODE [DATEDEB DATEFIN HEUREDE HEUREA JOUR]   init-key KIND KEY [DATE]\n"
+            "    mark possible N | click possible|selected N | double-click possible|selected N\n"
+            "    press select|ok|cancel|remove|obs    tick all\n"
+            "    type duration TEXT | paste duration TEXT | clear duration\n"
+            "    answer yes|no                        (the next question box)\n"
+            "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
+            "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
+            "    host affiche CODE DURATION OBSERVATION...        (W_Aff given item by item)\n"
+            "    show\n"
+            "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n"),
       &play};
   return command;
 }
