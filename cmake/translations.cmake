@@ -36,3 +36,12 @@ if(XGETTEXT AND MSGMERGE)
       ${PROJECT_SOURCE_DIR}/po/fr.po ${PROJECT_SOURCE_DIR}/po/velmora.pot
     VERBATIM)
 endif()
+
+# A sentence said in the sources without its French translation fails this test.
+if(VELMORA_BUILD_TESTS AND XGETTEXT)
+  find_program(MSGCMP msgcmp REQUIRED)
+  string(REPLACE ";" " " xgettext_line "${VELMORA_XGETTEXT}")
+  add_test(NAME catalogue_complete
+    COMMAND sh -c "${xgettext_line} -o \"$0/velmora.pot\" \"$@\" && ${MSGCMP} ${PROJECT_SOURCE_DIR}/po/fr.po \"$0/velmora.pot\""
+      ${PROJECT_BINARY_DIR} ${velmora_said_sources})
+endif()

@@ -52,7 +52,7 @@ void replaceFile(const std::string& database, const std::string& file, const fs:
     if (!out) throw Failure(errors::kDatabase, say("cannot close {}", {output.path().string()}));
   } catch (const Failure& failure) {
     throw Failure(failure.number(),
-                  say("the export failed and {} is left as it was: {}", {file, failure.what()}));
+                  say("the export failed and {} is left as it was: {}", {file, inOurWords(failure.what())}));
   }
   output.commit();
 }

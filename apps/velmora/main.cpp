@@ -67,12 +67,9 @@ int usageError(const std::string& message, const std::string& helpCommand) {
 
 // The failure's number beside its message; with --json, also as an object on the
 // standard output, where a program reading the answer looks.
-// A message that is not the tool's own is a French text of the store or the control for
-// planners: quoted whole, so that an English line stays English.
 int failed(long number, const std::string& message, bool json) {
-  const std::string shown =
-      saidByUs(message) ? message : say("as planners read it: \"{}\"", {message});
-  std::cerr << "velmora: " << say("error {}: {}", {std::to_string(number), shown}) << "\n";
+  std::cerr << "velmora: " << say("error {}: {}", {std::to_string(number), inOurWords(message)})
+            << "\n";
   if (json) {
     std::cout << nlohmann::ordered_json{{"error", {{"number", number}, {"message", message}}}}.dump(
                      2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)

@@ -2,6 +2,7 @@
 // language. The work itself reports how far it is; a thread of the line redraws it.
 #include "progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -46,7 +47,7 @@ Progress::Progress(std::string what, std::uint64_t total, bool bytes)
     while (!stop.stop_requested()) {
       draw(line());
       std::unique_lock lock(sleep);
-      wake.wait_for(lock, stop, std::chrono::milliseconds(200), [] { return false; });
+      wake.wait_for(lock, stop, std::chrono::milliseconds(250), [] { return false; });
     }
   });
 }
@@ -59,33 +60,56 @@ Progress::~Progress() {
 }
 
 std::string Progress::line() const {
+  using std::chrono::duration_cast;
   const std::uint64_t done = done_.load(std::memory_order_relaxed);
   const auto elapsed =
-      std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start_);
+      duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start_);
   const std::string far = bytes_ ? size(done) : std::to_string(done);
   if (total_ == 0) {
-    if (done == 0) return say("{}: {} so far", {what_, duration(elapsed)});
-    return say("{}: {} done in {}", {what_, far, duration(elapsed)});
+    const auto seconds = duration_cast<std::chrono::seconds>(elapsed);
+    if (done == 0) return say("{}: {} so far", {what_, duration(seconds)});
+    return say("{}: {} done in {}", {what_, far, duration(seconds)});
   }
   const std::uint64_t percent = std::min<std::uint64_t>(done * 100 / total_, 100);
   const std::string whole = bytes_ ? size(total_) : std::to_string(total_);
-  if (done == 0 || elapsed.count() < 1) {
+  if (done == 0 || elapsed < std::chrono::seconds(1)) {
     return say("{}: {}% ({} of {})", {what_, std::to_string(percent), far, whole});
   }
-  const auto left =
-      std::chrono::seconds(elapsed.count() * (total_ - std::min(done, total_)) / done);
+  // At the pace so far.
+  const auto left = std::chrono::milliseconds(static_cast<std::int64_t>(
+      static_cast<double>(elapsed.count()) * static_cast<double>(total_ - std::min(done, total_)) /
+      static_cast<double>(done)));
   return say("{}: {}% ({} of {}), about {} left",
-             {what_, std::to_string(percent), far, whole, duration(left)});
+             {what_, std::to_string(percent), far, whole,
+              duration(duration_cast<std::chrono::seconds>(left))});
 }
 
+namespace {
+
+// The text cut to the terminal's width (in characters), so that it never wraps: a wrapped
+// line could not be rewritten by \r.
+std::string fitted(const std::string& text) {
+  winsize size{};
+  if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col < 2) return text;
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80) continue;
+    if (++characters == size.ws_col) return text.substr(0, i);
+  }
+  return text;
+}
+
+}  // namespace
+
 // \r back to the start, the new text, blanks over what is left of the old one; an empty
-// text clears the line and leaves the cursor at its start.
-void Progress::draw(const std::string& text) {
+// text clears the line and leaves the cursor at its start. The same text is not redrawn.
+void Progress::draw(const std::string& wanted) {
   const std::lock_guard lock(mutex_);
+  const std::string text = fitted(wanted);
+  if (text == shown_ && !text.empty()) return;
   std::string out = "\r" + text;
-  if (text.size() < drawn_) out += std::string(drawn_ - text.size(), ' ') + "\r";
-  if (text.empty()) out += "\r";
-  drawn_ = text.size();
+  if (text.size() < shown_.size()) out += std::string(shown_.size() - text.size(), ' ') + "\r";
+  shown_ = text;
   std::fwrite(out.data(), 1, out.size(), stderr);
   std::fflush(stderr);
 }

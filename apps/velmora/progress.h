@@ -38,7 +38,7 @@ class Progress {
   const std::chrono::steady_clock::time_point start_;
   std::atomic<std::uint64_t> done_{0};
   std::mutex mutex_;
-  std::size_t drawn_ = 0;  // the width of the line on screen
+  std::string shown_;  // the line on screen
   std::jthread ticker_;
 };
 

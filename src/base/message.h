@@ -66,6 +66,12 @@ inline bool saidByUs(std::string_view text) {
   return false;
 }
 
+// A failure's message as the tool shows it: its own words as they are, a French text of
+// the store or the control for planners quoted whole (in French, simply as it is).
+inline std::string inOurWords(const std::string& message) {
+  return saidByUs(message) ? message : say("as planners read it: \"{}\"", {message});
+}
+
 // A piece of the user's input quoted in a message: cut after `most` bytes (on a character
 // boundary) and marked with "…", so that a 32 MB line is never echoed whole. No word is
 // added: the piece may stand in a French sentence of the store as well as in ours.

@@ -1,14 +1,19 @@
 // The bad-input table of the velmora tool (docs/bad-input.md), played whole on a sample
-// store: each wrong input gets its exit status and a message in one language that says
+// store, in English and in French: each wrong input gets its exit status and a message in
+// one language (quoting the store's French texts whole) that says
 // what and where, ends as the tool promises (a pointer to --help, or the failure's
 // number), quotes long input cut, and leaves the store byte for byte as it was.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "cli/run_velmora.h"
 
@@ -16,28 +21,70 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
+using cli_test::frenchLocaleExists;
 using cli_test::Outcome;
 using cli_test::slurp;
 using cli_test::spit;
 
-// Whether a line of the tool speaks one language: the tool's English, then at most one
-// French text of the store or the control quoted whole to the end of the line.
-bool oneLanguage(std::string_view line) {
-  std::size_t french = std::string_view::npos;
-  for (const std::string_view opening : {"La base ", "Le code client ", "requête "}) {
-    french = std::min(french, line.find(opening));
+// A line without what it quotes ("…" and « … » become Q), nor the store's text after
+// "says: " / "dit : " to the end of the line.
+std::string ownWords(std::string_view line) {
+  for (const std::string_view says : {"says: ", "dit : "}) {
+    if (const auto at = line.find(says); at != std::string_view::npos) line = line.substr(0, at);
   }
-  const std::string_view english = line.substr(0, french);
-  for (const std::string_view word : {"é", "è", "à", "«", " : ", " pas ", " est "}) {
-    if (english.find(word) != std::string_view::npos) return false;
+  std::string out;
+  std::string_view closing;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const std::string_view rest = line.substr(i);
+    if (!closing.empty()) {
+      if (rest.starts_with(closing)) {
+        i += closing.size() - 1;
+        closing = {};
+      }
+    } else if (rest.starts_with("\"")) {
+      closing = "\"";
+      out += "Q";
+    } else if (rest.starts_with("«")) {
+      closing = "»";
+      out += "Q";
+    } else {
+      out.push_back(line[i]);
+    }
   }
-  if (french == std::string_view::npos) return true;
-  const std::string_view quoted = line.substr(french);
-  for (const std::string_view word : {" the ", " is ", " not ", " no such ", " cannot ", " left ",
-                                      " file ", " database ", " disk ", " malformed"}) {
-    if (quoted.find(word) != std::string_view::npos) return false;
+  return out;
+}
+
+bool holdsAny(std::string_view text, std::initializer_list<std::string_view> words) {
+  return std::any_of(words.begin(), words.end(),
+                     [&](std::string_view w) { return text.find(w) != std::string_view::npos; });
+}
+
+// Whether a line of the tool speaks one language once its quotations are set aside: no
+// French in an English line, no English in a French one.
+bool oneLanguage(std::string_view line, bool french) {
+  const std::string own = " " + ownWords(line) + " ";
+  if (french) {
+    return !holdsAny(own, {" the ", " is ", " not ", " cannot ", " no ", " of ", " and ", " to ",
+                           " file ", " error ", "See ", " missing", " unknown "});
   }
-  return true;
+  return !holdsAny(own, {"é", "è", "à", "ê", " : ", " pas ", " est ", " une ", " le ", " la ",
+                         " de ", " du ", "erreur ", "Voir "});
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = text.find('\n', at);
+    lines.push_back(text.substr(at, end - at));
+    at = end == std::string::npos ? text.size() : end + 1;
+  }
+  return lines;
+}
+
+// The failure's number in "velmora: error N: …" / "velmora: erreur N : …".
+std::string numberOf(const std::string& line) {
+  const auto start = line.find(' ', line.find("err")) + 1;
+  return line.substr(start, line.find_first_not_of("-0123456789", start) - start);
 }
 
 struct Case {
@@ -60,6 +107,12 @@ class BadInput : public cli_test::Tool {
 
 TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
   if (testing::TempAccount::onServer()) GTEST_SKIP() << "the table is played on a store file";
+  if (!frenchLocaleExists() && std::getenv("CI") == nullptr) {
+    // Skipped whole rather than played in one language: generate the locale (scripts/setup
+    // does: locales, then locale-gen). In CI the locale must be there: the test fails below.
+    GTEST_SKIP() << "the locale fr_FR.UTF-8 is not installed, so the French half cannot run";
+  }
+  ASSERT_TRUE(frenchLocaleExists()) << "fr_FR.UTF-8 is missing on a CI machine: run scripts/setup";
   ASSERT_EQ(run({"sample", "--db", at("s.db")}).status, 0);
   const std::string store = slurp(at("s.db"));
   spit(at("cut.jsonl"), "{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\n");
@@ -141,51 +194,49 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"play", "--db", "S", "W/inject.play"}, 2, "inject.play:1: client code \"0000]\""},
       {{"play", "--db", "S", "W/key.play"}, 2, "key.play:1: the key holds a double quote"},
   };
+  // Each case in English, then in French: the same status and failure number, and in
+  // each language lines of that language alone.
+  const bool french = frenchLocaleExists();
   for (const Case& c : cases) {
     const auto args = expand(c.args);
     const Outcome o = run(args);
+    const Outcome fr = french ? run(args, "fr_FR.UTF-8") : o;
     SCOPED_TRACE((c.args.empty() ? "" : c.args.front()) + " " +
-                 (c.args.size() > 1 ? c.args.back() : "") + " -> " + o.err.substr(0, 300));
-    EXPECT_EQ(o.status, c.status);
+                 (c.args.size() > 1 ? c.args.back() : "") + " -> " + o.err.substr(0, 300) + " / " +
+                 fr.err.substr(0, 300));
     EXPECT_NE(o.err.find(c.message), std::string::npos);
-    EXPECT_LT(o.err.size(), 1000u);  // long input is quoted cut
-    std::vector<std::string> lines;
-    for (std::size_t at = 0; at < o.err.size();) {
-      const std::size_t end = o.err.find('\n', at);
-      lines.push_back(o.err.substr(at, end - at));
-      at = end == std::string::npos ? o.err.size() : end + 1;
+    for (const auto& [outcome, inFrench] : {std::pair{&o, false}, std::pair{&fr, french}}) {
+      EXPECT_EQ(outcome->status, c.status);
+      EXPECT_LT(outcome->err.size(), 1000u);  // long input is quoted cut
+      const auto lines = linesOf(outcome->err);
+      ASSERT_FALSE(lines.empty());
+      for (const auto& line : lines) EXPECT_TRUE(oneLanguage(line, inFrench)) << line;
+      if (c.status == 2) {
+        // One line of mistake, one pointing at the help; never the help itself.
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_TRUE(lines.back().starts_with(inFrench ? "Voir « velmora" : "See 'velmora"));
+        EXPECT_TRUE(lines.back().ends_with(inFrench ? " --help »." : " --help'."));
+      } else {
+        ASSERT_EQ(lines.size(), 1u);
+        EXPECT_TRUE(lines.front().starts_with(inFrench ? "velmora: erreur " : "velmora: error "));
+        EXPECT_EQ(numberOf(lines.front()), numberOf(linesOf(o.err).front()));
+      }
+      // Under --json the failure is also an object on the standard output, its number and
+      // message those of the standard error; otherwise nothing is written there.
+      if (std::find(args.begin(), args.end(), "--json") != args.end()) {
+        const auto answer = nlohmann::json::parse(outcome->out)["error"];
+        EXPECT_EQ(std::to_string(answer["number"].get<long>()), numberOf(lines.front()));
+        EXPECT_NE(lines.front().find(answer["message"].get<std::string>()), std::string::npos);
+      } else {
+        EXPECT_EQ(outcome->out, "");
+      }
     }
-    ASSERT_FALSE(lines.empty());
-    for (const auto& line : lines) EXPECT_TRUE(oneLanguage(line)) << line;
-    if (c.status == 2) {
-      // One line of mistake, one pointing at the help; never the help itself.
-      ASSERT_EQ(lines.size(), 2u);
-      EXPECT_EQ(lines.back().rfind("See 'velmora", 0), 0u);
-      EXPECT_NE(lines.back().find(" --help'."), std::string::npos);
-    } else {
-      ASSERT_EQ(lines.size(), 1u);
-      EXPECT_EQ(lines.front().rfind("velmora: error -", 0) == 0 ||
-                    lines.front().rfind("velmora: error 5: ", 0) == 0,
-                true);
-    }
-    const bool json = std::find(args.begin(), args.end(), "--json") != args.end();
-    EXPECT_EQ(o.out.empty(), !json) << o.out;
     EXPECT_EQ(slurp(at("s.db")), store);
   }
   EXPECT_FALSE(fs::exists(at("none.db")));
   EXPECT_FALSE(fs::exists(at("out.jsonl")));
   EXPECT_TRUE(fs::is_fifo(at("fifo")));
   EXPECT_EQ(slurp(at("text.db")), "mes notes\n");
-}
-
-// An open failure under --json also answers on the standard output, with its number.
-TEST_F(BadInput, AFailureUnderJsonIsAnObjectWithItsNumber) {
-  const Outcome o = run({"propose", "--db", at("none.db"), "--client", "00001", "--json"});
-  EXPECT_EQ(o.status, 1);
-  EXPECT_NE(o.out.find("\"number\": -2147221489"), std::string::npos) << o.out;
-  EXPECT_NE(o.out.find("\"message\": \"La base " + at("none.db") + " n'existe pas"),
-            std::string::npos)
-      << o.out;
 }
 
 }  // namespace

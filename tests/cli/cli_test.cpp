@@ -47,13 +47,30 @@ class Cli : public cli_test::Tool {
   }
 };
 
-// The help and the version on the standard output; the store a file or a server's.
+// The help and the version on the standard output, the help in the messages' language
+// and starting as help2man expects; the store a file or a server's.
 TEST_F(Cli, HelpAndVersion) {
+  std::vector<std::pair<std::string, std::string>> languages{{"C.UTF-8", "Usage: velmora "}};
+  if (cli_test::frenchLocaleExists())
+    languages.emplace_back("fr_FR.UTF-8", "Utilisation : velmora ");
+  for (const auto& [lang, usage] : languages) {
+    for (const std::string command :
+         {"", "sample", "import", "export", "query", "get", "propose", "consult", "play"}) {
+      const Outcome help = run(command.empty() ? std::vector<std::string>{"--help"}
+                                               : std::vector<std::string>{command, "--help"},
+                               lang);
+      EXPECT_EQ(help.status, 0);
+      EXPECT_TRUE(help.out.starts_with(usage + (command.empty() ? "COMM" : command + " ")))
+          << lang << " " << command << ": " << help.out.substr(0, 80);
+    }
+  }
   const Outcome help = run({"--help"});
-  EXPECT_EQ(help.status, 0);
-  EXPECT_EQ(help.out.rfind("usage: velmora COMMAND", 0), 0u);
   EXPECT_NE(help.out.find("postgresql://"), std::string::npos);
   EXPECT_EQ(help.out.find("an SQLite file"), std::string::npos);
+  if (languages.size() == 2) {
+    EXPECT_NE(run({"--help"}, "fr_FR.UTF-8").out.find("Commandes :\n  sample    construire"),
+              std::string::npos);
+  }
   const Outcome version = run({"--version"});
   EXPECT_EQ(version.status, 0);
   EXPECT_EQ(version.out.rfind("velmora ", 0), 0u);

@@ -83,7 +83,9 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
        "enabled: Cmd_Select(off) Cmd_Obs(off) Cmd_SupprVelmora(off) Cmd_OKVelmora(off) "
        "Cmd_AnnulerVelmora(off) Txt_DureeSoin Lst_Selectionne\n"},
       {1, "Lst_Selectionne (6 rows)"},
-      {1, "line 31: error 13: type incompatible : la durée « 1h » n'est pas un nombre de minutes"},
+      {1,
+       "line 31: error 13: as planners read it: \"type incompatible : la durée « 1h » n'est pas "
+       "un nombre de minutes"},
       // Ironing edited to 25, an observation on the vacuuming, a paste refused (noted before
       // the next show).
       {2,
