@@ -229,6 +229,53 @@ TEST_F(Cli, EachWriteTargetIsReplacedWrittenInPlaceOrRefusedAsItIs) {
   }
 }
 
+// Long work shows one progress line on a terminal (script's pseudo-terminal here): what,
+// how far, rewritten with \r and cleared before the result. Through a pipe or a file, or
+// after --quiet, the standard error holds no progress at all.
+TEST_F(Cli, ProgressIsShownOnATerminalOnly) {
+  const fs::path file = dir() / "lines.jsonl";
+  std::string records;
+  for (int i = 0; i < 3000; ++i) {
+    records += R"({"file":"TACHE","key":"K)" + std::to_string(i) +
+               R"(","record":["x"]})"
+               "\n";
+  }
+  spit(file, records);
+  const auto at = [&](const char* name) { return (dir() / name).string(); };
+  for (const auto& args : {std::vector<std::string>{"import", file.string(), "--db", at("a.db")},
+                           {"export", "--db", at("a.db"), at("out.jsonl")},
+                           {"sample", "--db", at("s.db"), "--from", sampleDir()}}) {
+    const Outcome piped = run(args);
+    EXPECT_EQ(piped.status, 0) << args.front();
+    EXPECT_EQ(piped.err, "") << args.front();
+  }
+  const auto onTerminal = [&](const std::string& words) {
+    const std::string command = "env LANG=C.UTF-8 " + shellWord(VELMORA_CLI) + " " + words;
+    const std::string script = "script -q -e -c " + shellWord(command) + " /dev/null >" +
+                               shellWord(at("terminal.txt")) + " </dev/null";
+    const int status = WEXITSTATUS(std::system(script.c_str()));
+    EXPECT_EQ(status, 0) << words << ": " << slurp(at("terminal.txt"));
+    return slurp(at("terminal.txt"));
+  };
+  const std::string imported =
+      onTerminal("import " + shellWord(file) + " --db " + shellWord(at("b.db")));
+  EXPECT_NE(imported.find("\rreading " + file.string() + ": "), std::string::npos) << imported;
+  EXPECT_NE(imported.find("% ("), std::string::npos);
+  EXPECT_NE(imported.find(" of " + std::to_string(records.size() / 1000) + " kB)"),
+            std::string::npos);
+  EXPECT_NE(imported.find("\rimporting 3000 lines into " + at("b.db")), std::string::npos);
+  // Cleared with blanks before the result is printed at the start of the line.
+  EXPECT_NE(imported.find(" \rvelmora: " + at("b.db") + ": 3000 lines imported"),
+            std::string::npos);
+  const std::string built =
+      onTerminal("sample --db " + shellWord(at("t.db")) + " --from " + shellWord(sampleDir()));
+  EXPECT_NE(built.find("\rbuilding the sample store "), std::string::npos) << built;
+  EXPECT_NE(built.find(" \rvelmora: "), std::string::npos) << built;
+  const std::string quiet =
+      onTerminal("import " + shellWord(file) + " --db " + shellWord(at("c.db")) + " --quiet");
+  EXPECT_TRUE(quiet.starts_with("velmora: " + at("c.db") + ": 3000 lines imported")) << quiet;
+}
+
 // An import cut short leaves the store whole: all of its batch or none.
 TEST_F(Cli, AnImportOnAFullDiskOrKilledAtARandomMomentLeavesTheStoreWhole) {
   const fs::path big = dir() / "big.jsonl";  // long enough to be cut short
