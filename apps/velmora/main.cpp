@@ -36,7 +36,7 @@ const std::vector<const Command*>& commands() {
 void printHelp(std::ostream& out) {
   out << say(
       "Usage: velmora COMMAND [OPTIONS] [--quiet]\n"
-      "       velmora --version\n\n"
+      "   or: velmora --version\n\n"
       "Builds, fills, reads and queries a Velmora store: a file (SQLite), or a database\n"
       "on a PostgreSQL server given as postgresql://user@host/database.\n\n"
       "Commands:\n");
