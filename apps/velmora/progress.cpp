@@ -41,7 +41,7 @@ Progress::Progress(std::string what, std::uint64_t total, bool bytes)
       bytes_(bytes),
       start_(std::chrono::steady_clock::now()) {
   if (quietAsked || isatty(STDERR_FILENO) != 1) return;
-  ticker_ = std::jthread([this](std::stop_token stop) {
+  ticker_ = std::jthread([this](const std::stop_token& stop) {
     std::mutex sleep;
     std::condition_variable_any wake;
     while (!stop.stop_requested()) {
