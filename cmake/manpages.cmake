@@ -15,9 +15,11 @@ add_custom_command(OUTPUT ${man_dir}/velmora-commands.h2m
     -DOUTPUT=${man_dir}/velmora-commands.h2m -P ${PROJECT_SOURCE_DIR}/cmake/velmora-commands.cmake
   DEPENDS velmora ${PROJECT_SOURCE_DIR}/cmake/velmora-commands.cmake
   VERBATIM)
-# Run by name from its folder, so that the page names the program, not the build's path.
+# Run by name from its folder, so that the page names the program, not the build's path;
+# in the C locale, so that the page is made from the English help whoever builds it.
 add_custom_command(OUTPUT ${man_dir}/velmora.1
-  COMMAND ${CMAKE_COMMAND} -E env "PATH=$<TARGET_FILE_DIR:velmora>:$ENV{PATH}"
+  COMMAND ${CMAKE_COMMAND} -E env "PATH=$<TARGET_FILE_DIR:velmora>:$ENV{PATH}" LC_ALL=C.UTF-8
+    LANGUAGE=
     ${HELP2MAN} --no-info --section=1
       "--name=build, fill, read and query a Velmora store; run the planning control"
       --include=${PROJECT_SOURCE_DIR}/docs/man/velmora.h2m
@@ -29,6 +31,7 @@ if(TARGET velmora-demo)
   list(APPEND man_pages ${man_dir}/velmora-demo.1)
   add_custom_command(OUTPUT ${man_dir}/velmora-demo.1
     COMMAND ${CMAKE_COMMAND} -E env "PATH=$<TARGET_FILE_DIR:velmora-demo>:$ENV{PATH}"
+      LC_ALL=C.UTF-8 LANGUAGE=
       ${HELP2MAN} --no-info --section=1 --version-string=${PROJECT_VERSION}
         "--name=a small host of the Velmora planning control, on screen"
         --include=${PROJECT_SOURCE_DIR}/docs/man/velmora-demo.h2m

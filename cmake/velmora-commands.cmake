@@ -1,6 +1,9 @@
 # Writes the COMMANDS and EXIT STATUS sections of velmora(1) for help2man, from what the
 # program says: the commands that `velmora --help` lists, each with its own --help.
 #   cmake -DVELMORA=path/to/velmora -DOUTPUT=file.h2m -P velmora-commands.cmake
+# The page is English: the program is asked in the C locale, whatever the builder's.
+set(ENV{LC_ALL} C.UTF-8)
+unset(ENV{LANGUAGE})
 execute_process(COMMAND ${VELMORA} --help OUTPUT_VARIABLE help RESULT_VARIABLE failed)
 if(failed)
   message(FATAL_ERROR "${VELMORA} --help failed")
@@ -14,7 +17,7 @@ function(to_roff text out)
 endfunction()
 
 set(page "[COMMANDS]\n")
-string(REGEX MATCH "\ncommands:\n(( +[^\n]*\n)+)" listed "${help}")
+string(REGEX MATCH "\nCommands:\n(( +[^\n]*\n)+)" listed "${help}")
 string(REGEX MATCHALL "(^|\n)  [a-z]+" names "${CMAKE_MATCH_1}")
 foreach(name IN LISTS names)
   string(STRIP "${name}" name)

@@ -7,8 +7,10 @@
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
+#include <velmora/store/sqlite_database.h>
 #include "base/message.h"
 #include "command.h"
+#include "progress.h"
 #include "store/exchange/replacement_file.h"
 
 namespace velmora::cli {
@@ -18,7 +20,14 @@ namespace {
 namespace fs = std::filesystem;
 
 void writeAndCheck(const std::string& database, std::ostream& out, const std::string& shown) {
-  writeExchange(database, out);
+  {
+    Progress progress(say("exporting {}", {store::shownLocation(database)}), 0, true);
+    CountingBuffer counted(*out.rdbuf(), progress);
+    std::ostream through(&counted);
+    writeExchange(database, through);
+    through.flush();
+    if (!through) out.setstate(std::ios::badbit);
+  }
   out.flush();
   if (!out) {
     throw Failure(errors::kDatabase, say("cannot write to {}: {}", {shown, std::strerror(errno)}));
@@ -43,7 +52,7 @@ void replaceFile(const std::string& database, const std::string& file, const fs:
     if (!out) throw Failure(errors::kDatabase, say("cannot close {}", {output.path().string()}));
   } catch (const Failure& failure) {
     throw Failure(failure.number(),
-                  say("the export failed and {} is left as it was: {}", {file, failure.what()}));
+                  say("the export failed and {} is left as it was: {}", {file, inOurWords(failure.what())}));
   }
   output.commit();
 }
@@ -93,15 +102,15 @@ int run(Arguments& args) {
 
 const Command& exportCommand() {
   static const Command command{
-      "export", "write a database as an exchange file",
-      "usage: velmora export --db PATH [FILE]\n"
-      "  Writes the files, the dictionary, then the records by file and key, one JSON\n"
-      "  object per line, to FILE or to the standard output (FILE - or absent).\n"
-      "  Importing the result into an empty database and exporting again gives the same\n"
-      "  bytes. A regular FILE (or the file a link names) is written aside and replaced\n"
-      "  only once the export is whole; it cannot be the database. A named pipe or a\n"
-      "  character device is written in place; a folder, a socket or a block device is\n"
-      "  refused.\n",
+      "export", toSay("write a database as an exchange file"),
+      toSay("Usage: velmora export --db PATH [FILE]\n"
+            "  Writes the files, the dictionary, then the records by file and key, one JSON\n"
+            "  object per line, to FILE or to the standard output (FILE - or absent).\n"
+            "  Importing the result into an empty database and exporting again gives the same\n"
+            "  bytes. A regular FILE (or the file a link names) is written aside and replaced\n"
+            "  only once the export is whole; it cannot be the database. A named pipe or a\n"
+            "  character device is written in place; a folder, a socket or a block device is\n"
+            "  refused.\n"),
       &run};
   return command;
 }

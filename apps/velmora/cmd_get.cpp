@@ -2,6 +2,7 @@
 
 #include <velmora/store/record.h>
 #include <velmora/store/sqlite_database.h>
+#include "base/message.h"
 #include "command.h"
 
 namespace velmora::cli {
@@ -36,11 +37,11 @@ int run(Arguments& args) {
 
 const Command& getCommand() {
   static const Command command{
-      "get", "print one record",
-      "usage: velmora get --db PATH FILE KEY\n"
-      "  Prints the record of KEY in FILE, one attribute per line, in order from 1;\n"
-      "  values are separated by \" | \" and subvalues by \" ; \". An empty attribute is\n"
-      "  an empty line. A missing key is an error.\n",
+      "get", toSay("print one record"),
+      toSay("Usage: velmora get --db PATH FILE KEY\n"
+            "  Prints the record of KEY in FILE, one attribute per line, in order from 1;\n"
+            "  values are separated by \" | \" and subvalues by \" ; \". An empty attribute is\n"
+            "  an empty line. A missing key is an error.\n"),
       &run};
   return command;
 }

@@ -10,6 +10,7 @@
 #include <velmora/store/writer.h>
 #include "base/message.h"
 #include "command.h"
+#include "progress.h"
 #include "store/exchange/replacement_file.h"
 
 namespace velmora::cli {
@@ -39,12 +40,27 @@ int run(Arguments& args) {
                                           {file, std::strerror(errno)}));
   }
   // The whole file is read before the database is touched.
-  const Batch batch = readExchange(in, file);
+  const Batch batch = [&] {
+    std::error_code ec;
+    const auto size = fs::is_regular_file(file, ec) ? fs::file_size(file, ec) : 0;
+    Progress progress(say("reading {}", {file}), ec ? 0 : size, true);
+    CountingBuffer counted(*in.rdbuf(), progress);
+    std::istream through(&counted);
+    return readExchange(through, file);
+  }();
   // Created when absent and filled in one transaction; a failure leaves the file as it
   // was (a new path at worst an empty file), never removed: another writer may be using it.
-  StoreWriter(database).apply(batch);
-  std::cout << "velmora: " << store::shownLocation(database) << ": " << batch.size()
-            << " lines imported\n";
+  {
+    const Progress progress(
+        say("importing {} lines into {}",
+            {std::to_string(batch.size()), store::shownLocation(database)}),
+        0, false);
+    StoreWriter(database).apply(batch);
+  }
+  std::cout << "velmora: "
+            << say("{}: {} lines imported",
+                   {store::shownLocation(database), std::to_string(batch.size())})
+            << "\n";
   return 0;
 }
 
@@ -52,11 +68,11 @@ int run(Arguments& args) {
 
 const Command& importCommand() {
   static const Command command{
-      "import", "apply an exchange file to a database, all or nothing",
-      "usage: velmora import FILE --db PATH\n"
-      "  Reads FILE (JSON Lines: declarations, dictionary items, records) whole, then\n"
-      "  applies it in one transaction; PATH is created when absent. A bad line stops\n"
-      "  everything with its line number, and the database is left as it was.\n",
+      "import", toSay("apply an exchange file to a database, all or nothing"),
+      toSay("Usage: velmora import FILE --db PATH\n"
+            "  Reads FILE (JSON Lines: declarations, dictionary items, records) whole, then\n"
+            "  applies it in one transaction; PATH is created when absent. A bad line stops\n"
+            "  everything with its line number, and the database is left as it was.\n"),
       &run};
   return command;
 }

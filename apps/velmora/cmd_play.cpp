@@ -140,7 +140,7 @@ class Player {
   }
 
   void report(const Failure& f) {
-    note(say("error {}: {}", {std::to_string(f.number()), f.what()}));
+    note(say("error {}: {}", {std::to_string(f.number()), inOurWords(f.what())}));
   }
 
   toolkit::ListBox& list(const std::string& name) {
@@ -255,7 +255,7 @@ class Player {
     // affiche alone: the host hands back what MAJ_Enr gave it.
     if (control_.W_Enr.empty()) {
       throw Failure(errors::kObjectNotSet,
-                    "object not set: no W_Enr to show; run host maj-enr first");
+                    say("object not set: no W_Enr to show; run host maj-enr first"));
     }
     control_.W_Aff = RecordRef::make(*control_.W_Enr);
     control_.Affiche();
@@ -276,27 +276,29 @@ class Player {
       shows_.push_back({{"line", line_}, {"state", state}});
       return;
     }
-    std::cout << "== line " << line_ << " ==\n";
+    std::cout << "== " << say("line {}", {std::to_string(line_)}) << " ==\n";
     printReport(std::cout, c);
-    std::cout << "Lst_Possible marked:";
+    std::cout << "Lst_Possible " << say("marked:");
     const Json marked = markedRows(c.Lst_Possible);
-    if (marked.empty()) std::cout << " none";
+    if (marked.empty()) std::cout << " " << say("none");
     for (const auto& row : marked) std::cout << " " << row.get<int>();
     std::cout << "\n";
     std::cout << "Txt_DureeSoin \"" << toUtf8(c.Txt_DureeSoin.getText()) << "\"\n";
     std::cout << "W_DoubleClic " << yesNo(c.W_DoubleClic != kFalse) << "  ListIndex "
               << c.Lst_Selectionne.ListIndex() << "\n";
-    std::cout << "enabled:";
+    std::cout << say("enabled:");
     const Json enabled = Extras::enabled(c);
     for (const auto& [name, on] : enabled.items()) {
-      std::cout << " " << name << (on.get<bool>() ? "" : "(off)");
+      std::cout << " " << name << (on.get<bool>() ? "" : say("(off)"));
     }
     std::cout << "\n";
     const Json enr = Extras::record(c.W_Enr);
     if (enr.is_null()) {
       std::cout << "W_Enr Nothing\n";
     } else {
-      std::cout << "W_Enr (" << enr.size() << (enr.size() == 1 ? " item" : " items") << ")\n";
+      std::cout << "W_Enr ("
+                << (enr.size() == 1 ? say("1 item") : say("{} items", {std::to_string(enr.size())}))
+                << ")\n";
       int n = 0;
       for (const auto& item : enr) {
         std::cout << "  " << ++n << " " << item[0].dump() << " " << item[1].dump() << " "
@@ -304,14 +306,16 @@ class Player {
       }
     }
     for (const auto& q : services_->takeQuestions()) {
-      std::cout << "question " << q["title"].dump() << " " << q["text"].dump() << " style "
-                << q["style"].get<int>() << " answer "
-                << (q["answer"].is_null() ? std::string("none") : q["answer"].dump()) << "\n";
+      std::cout << say("question {} {} style {} answer {}",
+                       {q["title"].dump(), q["text"].dump(), std::to_string(q["style"].get<int>()),
+                        q["answer"].is_null() ? say("none") : q["answer"].dump()})
+                << "\n";
     }
     for (const auto& d : services_->takeDialogs()) {
-      std::cout << "dialog Txt_Type " << d["Txt_Type"].dump() << " Txt_Groupe "
-                << d["Txt_Groupe"].dump() << " Txt_Tache " << d["Txt_Tache"].dump() << " Txt_Obs "
-                << d["Txt_Obs"].dump() << "\n";
+      std::cout << say("dialog Txt_Type {} Txt_Groupe {} Txt_Tache {} Txt_Obs {}",
+                       {d["Txt_Type"].dump(), d["Txt_Groupe"].dump(), d["Txt_Tache"].dump(),
+                        d["Txt_Obs"].dump()})
+                << "\n";
     }
     std::cout << "\n";
   }
@@ -356,23 +360,23 @@ int play(Arguments& args) {
 
 const Command& playCommand() {
   static const Command command{
-      "play", "play a script of host calls and planner's gestures",
-      "usage: velmora play --db PATH SCRIPT [--json]\n"
-      "  Plays SCRIPT on the control, one host call or gesture a line, and prints the\n"
-      "  state at each \"show\". The whole script is read first: a mistake names its line\n"
-      "  and word and nothing runs (exit status 2). Errors that the control reports while\n"
-      "  playing are printed with their line, and the script goes on.\n"
-      "  Lines ('#' starts a comment, \"...\" quotes, with \\n for a new line):\n"
-      "    init KIND CODE [DATEDEB DATEFIN HEUREDE HEUREA JOUR]   init-key KIND KEY [DATE]\n"
-      "    mark possible N | click possible|selected N | double-click possible|selected N\n"
-      "    press select|ok|cancel|remove|obs    tick all\n"
-      "    type duration TEXT | paste duration TEXT | clear duration\n"
-      "    answer yes|no                        (the next question box)\n"
-      "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
-      "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
-      "    host affiche CODE DURATION OBSERVATION...        (W_Aff given item by item)\n"
-      "    show\n"
-      "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n",
+      "play", toSay("play a script of host calls and planner's gestures"),
+      toSay("Usage: velmora play --db PATH SCRIPT [--json]\n"
+            "  Plays SCRIPT on the control, one host call or gesture a line, and prints the\n"
+            "  state at each \"show\". The whole script is read first: a mistake names its line\n"
+            "  and word and nothing runs (exit status 2). Errors that the control reports while\n"
+            "  playing are printed with their line, and the script goes on.\n"
+            "  Lines ('#' starts a comment, \"...\" quotes, with \\n for a new line):\n"
+            "    init KIND CODE [DATEDEB DATEFIN HEUREDE HEUREA JOUR]   init-key KIND KEY [DATE]\n"
+            "    mark possible N | click possible|selected N | double-click possible|selected N\n"
+            "    press select|ok|cancel|remove|obs    tick all\n"
+            "    type duration TEXT | paste duration TEXT | clear duration\n"
+            "    answer yes|no                        (the next question box)\n"
+            "    observation [TEXT] [close] ok|cancel (the next dialog)\n"
+            "    host maj-enr|vider-tache|vider-liste|affiche   (affiche shows W_Enr again)\n"
+            "    host affiche CODE DURATION OBSERVATION...        (W_Aff given item by item)\n"
+            "    show\n"
+            "  --json  print {\"shows\": [...], \"messages\": [...]} instead\n"),
       &play};
   return command;
 }

@@ -253,39 +253,40 @@ int consult(Arguments& args) {
 
 const Command& proposeCommand() {
   static const Command command{
-      "propose", "show what the control proposes for a client",
-      "usage: velmora propose --db PATH --client CODE [--kind AUTRE|SSIAD] [--from DATE]\n"
-      "                       [--to DATE] [--time FROM-TO] [--days MASK] [--floating] [--json]\n"
-      "  Runs the control on the store as a host would for a bare client code and prints\n"
-      "  what the planner would see: the column captions, the rows of both lists between\n"
-      "  \"|\" with the code behind each row, the observations, the total and the\n"
-      "  mandatory indicator.\n"
-      "  --kind      AUTRE (home help, the default) or SSIAD (care acts)\n"
-      "  --from      first day, dd/mm/yyyy or yyyy-mm-dd; today by default\n"
-      "  --to        last day; none by default\n"
-      "  --time      the time slot as the store's parameter wants it: 08:30-10:00, or\n"
-      "              8.5-10 in decimal hours; the whole day by default\n"
-      "  --days      weekday mask, Monday first: 1000000 is Monday; by default the weekday\n"
-      "              of --from\n"
-      "  --floating  search the floating templates only\n"
-      "  --json      print a JSON object instead\n"
-      "  A client that no client record (BESOINSAIDE), task list or template names is an\n"
-      "  error.\n",
+      "propose", toSay("show what the control proposes for a client"),
+      toSay("Usage: velmora propose --db PATH --client CODE [--kind AUTRE|SSIAD] [--from DATE]\n"
+            "                       [--to DATE] [--time FROM-TO] [--days MASK] [--floating] "
+            "[--json]\n"
+            "  Runs the control on the store as a host would for a bare client code and prints\n"
+            "  what the planner would see: the column captions, the rows of both lists between\n"
+            "  \"|\" with the code behind each row, the observations, the total and the\n"
+            "  mandatory indicator.\n"
+            "  --kind      AUTRE (home help, the default) or SSIAD (care acts)\n"
+            "  --from      first day, dd/mm/yyyy or yyyy-mm-dd; today by default\n"
+            "  --to        last day; none by default\n"
+            "  --time      the time slot as the store's parameter wants it: 08:30-10:00, or\n"
+            "              8.5-10 in decimal hours; the whole day by default\n"
+            "  --days      weekday mask, Monday first: 1000000 is Monday; by default the weekday\n"
+            "              of --from\n"
+            "  --floating  search the floating templates only\n"
+            "  --json      print a JSON object instead\n"
+            "  A client that no client record (BESOINSAIDE), task list or template names is an\n"
+            "  error.\n"),
       &propose};
   return command;
 }
 
 const Command& consultCommand() {
   static const Command command{
-      "consult", "show what a full key holds",
-      "usage: velmora consult --db PATH --key FULLKEY [--kind AUTRE|SSIAD] [--date DATE]\n"
-      "                       [--json]\n"
-      "  Runs the control on an intervention key (26 characters, with FLOT behind for\n"
-      "  floating templates), a template key followed by SEMTYPE, or a floating template\n"
-      "  key followed by SEMTYPEFLOT, and prints what the planner would see.\n"
-      "  --date  the day of the intervention, which limits the client's task lists; by\n"
-      "          default the date that the key names\n"
-      "  --json  print a JSON object instead\n",
+      "consult", toSay("show what a full key holds"),
+      toSay("Usage: velmora consult --db PATH --key FULLKEY [--kind AUTRE|SSIAD] [--date DATE]\n"
+            "                       [--json]\n"
+            "  Runs the control on an intervention key (26 characters, with FLOT behind for\n"
+            "  floating templates), a template key followed by SEMTYPE, or a floating template\n"
+            "  key followed by SEMTYPEFLOT, and prints what the planner would see.\n"
+            "  --date  the day of the intervention, which limits the client's task lists; by\n"
+            "          default the date that the key names\n"
+            "  --json  print a JSON object instead\n"),
       &consult};
   return command;
 }

@@ -3,6 +3,7 @@
 
 #include <velmora/store/record.h>
 #include <velmora/store/sqlite_database.h>
+#include "base/message.h"
 #include "command.h"
 #include "store/query/syntax.h"
 
@@ -82,12 +83,13 @@ int run(Arguments& args) {
 
 const Command& queryCommand() {
   static const Command command{
-      "query", "run a query and print its answer",
-      "usage: velmora query --db PATH 'SSELECT FILE [AVEC ...] [PAR ...]' [--columns '0 1 4']\n"
-      "  Runs the query on a read-only connection and prints one line per hit, the\n"
-      "  columns aligned up to 40 characters (a wider cell is printed whole and only\n"
-      "  moves its own line); column 0 is the key (the default), n attribute n. The\n"
-      "  values of a multi-valued attribute are separated by \" | \".\n",
+      "query", toSay("run a query and print its answer"),
+      toSay(
+          "Usage: velmora query --db PATH 'SSELECT FILE [AVEC ...] [PAR ...]' [--columns '0 1 4']\n"
+          "  Runs the query on a read-only connection and prints one line per hit, the\n"
+          "  columns aligned up to 40 characters (a wider cell is printed whole and only\n"
+          "  moves its own line); column 0 is the key (the default), n attribute n. The\n"
+          "  values of a multi-valued attribute are separated by \" | \".\n"),
       &run};
   return command;
 }

@@ -12,6 +12,8 @@
 #include <velmora/version.h>
 #include "base/message.h"
 #include "command.h"
+#include "language.h"
+#include "progress.h"
 
 namespace velmora::cli {
 
@@ -30,17 +32,24 @@ const std::vector<const Command*>& commands() {
   return table;
 }
 
+// The first line starts with "Usage:" (or its translation) as help2man expects.
 void printHelp(std::ostream& out) {
-  out << "usage: velmora COMMAND [OPTIONS]\n       velmora --version\n\n"
-         "Builds, fills, reads and queries a Velmora store: a file (SQLite), or a database\n"
-         "on a PostgreSQL server given as postgresql://user@host/database.\n\n"
-         "commands:\n";
+  out << say(
+      "Usage: velmora COMMAND [OPTIONS] [--quiet]\n"
+      "   or: velmora --version\n\n"
+      "Builds, fills, reads and queries a Velmora store: a file (SQLite), or a database\n"
+      "on a PostgreSQL server given as postgresql://user@host/database.\n\n"
+      "Commands:\n");
   for (const Command* command : commands()) {
     out << "  " << command->name << std::string(10 - std::string_view(command->name).size(), ' ')
-        << command->summary << "\n";
+        << say(command->summary) << "\n";
   }
-  out << "\n'velmora COMMAND --help' tells more about a command.\n"
-         "Exit status: 0 done, 1 the work failed, 2 the command line is wrong.\n";
+  out << say(
+      "\n'velmora COMMAND --help' tells more about a command.\n"
+      "--quiet: no progress line on the standard error, even on a terminal.\n"
+      "Messages are in French when the messages locale is French (LANG, LC_MESSAGES,\n"
+      "LC_ALL), in English otherwise.\n"
+      "Exit status: 0 done, 1 the work failed, 2 the command line is wrong.\n");
 }
 
 const Command* find(std::string_view name) {
@@ -59,7 +68,8 @@ int usageError(const std::string& message, const std::string& helpCommand) {
 // The failure's number beside its message; with --json, also as an object on the
 // standard output, where a program reading the answer looks.
 int failed(long number, const std::string& message, bool json) {
-  std::cerr << "velmora: " << say("error {}: {}", {std::to_string(number), message}) << "\n";
+  std::cerr << "velmora: " << say("error {}: {}", {std::to_string(number), inOurWords(message)})
+            << "\n";
   if (json) {
     std::cout << nlohmann::ordered_json{{"error", {{"number", number}, {"message", message}}}}.dump(
                      2, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
@@ -71,7 +81,9 @@ int failed(long number, const std::string& message, bool json) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> words(argv + 1, argv + argc);
+  speakTheUsersLanguage();
+  std::vector<std::string> words(argv + 1, argv + argc);
+  Progress::setQuiet(std::erase(words, "--quiet") > 0);
   if (words.empty()) return usageError(say("a command is missing"), "velmora");
   if (words.front() == "--help" || words.front() == "-h" || words.front() == "help") {
     printHelp(std::cout);
@@ -89,12 +101,12 @@ int main(int argc, char** argv) {
   const bool json = std::find(words.begin(), words.end(), "--json") != words.end();
   try {
     if (args.wantsHelp()) {
-      std::cout << command->usage;
+      std::cout << say(command->usage);
       return 0;
     }
     return command->run(args);
   } catch (const UsageError& e) {
-    return usageError(std::string(command->name) + ": " + e.what(),
+    return usageError(say("{}: {}", {command->name, e.what()}),
                       std::string("velmora ") + command->name);
   } catch (const Failure& e) {
     return failed(e.number(), e.what(), json);

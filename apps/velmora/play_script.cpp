@@ -22,8 +22,9 @@ class LineReader {
   bool atEnd() const { return next_ >= words_.size(); }
   std::size_t left() const { return words_.size() - next_; }
 
+  // `what` names the word awaited, a pattern of the catalogue (toSay).
   const std::string& take(const char* what) {
-    if (atEnd()) fail(say("missing {} after \"{}\"", {what, excerpt(words_[next_ - 1])}));
+    if (atEnd()) fail(say("missing {} after \"{}\"", {say(what), excerpt(words_[next_ - 1])}));
     return words_[next_++];
   }
 
@@ -33,11 +34,11 @@ class LineReader {
     if (std::find(choices.begin(), choices.end(), word) != choices.end()) return word;
     std::string list;
     for (const auto c : choices) list += (list.empty() ? "" : ", ") + std::string(c);
-    fail(say("unknown {} \"{}\" (expected {})", {what, excerpt(word), list}));
+    fail(say("unknown {} \"{}\" (expected {})", {say(what), excerpt(word), list}));
   }
 
   int takeRow() {
-    const std::string& word = take("row number");
+    const std::string& word = take(toSay("row number"));
     int row = -1;
     const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), row);
     if (error != std::errc() || end != word.data() + word.size() || row < 0) {
@@ -62,11 +63,11 @@ class LineReader {
 Step parseInit(LineReader& in, Step step) {
   // init KIND CODE [DATEDEB [DATEFIN [HEUREDE [HEUREA [JOUR]]]]]
   step.kind = Step::Kind::Init;
-  step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
-  step.words.push_back(in.take("client code"));
+  step.words.push_back(in.take(toSay("kind of activity (AUTRE or SSIAD)")));
+  step.words.push_back(in.take(toSay("client code")));
   step.clientCode = true;  // checked as propose checks it, before anything runs
   if (in.left() > 5) in.fail(say("init takes at most 7 arguments"));
-  while (!in.atEnd()) step.words.push_back(in.take("argument"));
+  while (!in.atEnd()) step.words.push_back(in.take(toSay("argument")));
   step.words.resize(7);
   return step;
 }
@@ -74,14 +75,14 @@ Step parseInit(LineReader& in, Step step) {
 Step parseInitKey(LineReader& in, Step step) {
   // init-key KIND KEY [DATE]
   step.kind = Step::Kind::Init;
-  step.words.push_back(in.take("kind of activity (AUTRE or SSIAD)"));
-  step.words.push_back(in.take("full key"));
+  step.words.push_back(in.take(toSay("kind of activity (AUTRE or SSIAD)")));
+  step.words.push_back(in.take(toSay("full key")));
   if (step.words.back().find_first_of("\"[]") != std::string::npos) {
     in.fail(
         say("the key holds a double quote or a bracket; the control would write it into "
             "its queries, where it changes what they select"));
   }
-  if (!in.atEnd()) step.words.push_back(in.take("date"));
+  if (!in.atEnd()) step.words.push_back(in.take(toSay("date")));
   in.expectEnd();
   step.words.resize(7);
   return step;
@@ -90,15 +91,15 @@ Step parseInitKey(LineReader& in, Step step) {
 Step parseObservation(LineReader& in, Step step) {
   // observation [TEXT] {close} ok|cancel
   step.kind = Step::Kind::Observation;
-  std::string first = in.take("text or button (ok, cancel, close)");
+  std::string first = in.take(toSay("text or button (ok, cancel, close)"));
   if (first != "ok" && first != "cancel" && first != "close") {
     step.hasText = true;
     step.words.push_back(first);
-    first = in.takeOneOf("dialog button", {"ok", "cancel", "close"});
+    first = in.takeOneOf(toSay("dialog button"), {"ok", "cancel", "close"});
   }
   step.words.push_back(first);
   while (step.words.back() == "close") {
-    step.words.push_back(in.takeOneOf("dialog button", {"ok", "cancel", "close"}));
+    step.words.push_back(in.takeOneOf(toSay("dialog button"), {"ok", "cancel", "close"}));
   }
   in.expectEnd();
   return step;
@@ -113,38 +114,40 @@ Step parseLine(LineReader& in, int line) {
   if (command == "observation") return parseObservation(in, step);
   if (command == "mark" || command == "click" || command == "double-click") {
     step.kind = command == "double-click" ? Step::Kind::DoubleClick : Step::Kind::Click;
-    const std::string& list = command == "mark" ? in.takeOneOf("list", {"possible"})
-                                                : in.takeOneOf("list", {"possible", "selected"});
+    const std::string& list = command == "mark"
+                                  ? in.takeOneOf(toSay("list"), {"possible"})
+                                  : in.takeOneOf(toSay("list"), {"possible", "selected"});
     step.words.push_back(list);
     step.row = in.takeRow();
   } else if (command == "press") {
     step.kind = Step::Kind::Press;
-    step.words.push_back(in.takeOneOf("button", {"select", "ok", "cancel", "remove", "obs"}));
+    step.words.push_back(
+        in.takeOneOf(toSay("button"), {"select", "ok", "cancel", "remove", "obs"}));
   } else if (command == "type" || command == "paste") {
     step.kind = command == "type" ? Step::Kind::Type : Step::Kind::Paste;
-    in.takeOneOf("text box", {"duration"});
-    step.words.push_back(in.take("text"));
+    in.takeOneOf(toSay("text box"), {"duration"});
+    step.words.push_back(in.take(toSay("text")));
   } else if (command == "clear") {
     step.kind = Step::Kind::Clear;
-    in.takeOneOf("text box", {"duration"});
+    in.takeOneOf(toSay("text box"), {"duration"});
   } else if (command == "tick") {
     step.kind = Step::Kind::Tick;
-    in.takeOneOf("check box", {"all"});
+    in.takeOneOf(toSay("check box"), {"all"});
   } else if (command == "answer") {
     step.kind = Step::Kind::Answer;
-    step.words.push_back(in.takeOneOf("answer", {"yes", "no"}));
+    step.words.push_back(in.takeOneOf(toSay("answer"), {"yes", "no"}));
   } else if (command == "host") {
     step.kind = Step::Kind::Host;
     step.words.push_back(
-        in.takeOneOf("host call", {"maj-enr", "vider-tache", "vider-liste", "affiche"}));
+        in.takeOneOf(toSay("host call"), {"maj-enr", "vider-tache", "vider-liste", "affiche"}));
     // host affiche [CODE DURATION OBSERVATION]...: the items of W_Aff, three words each.
     if (step.words[0] == "affiche") {
       while (!in.atEnd()) {
-        step.words.push_back(in.take("item code"));
+        step.words.push_back(in.take(toSay("item code")));
         if (in.atEnd()) in.fail(say("an item of host affiche needs CODE DURATION OBSERVATION"));
-        step.words.push_back(in.take("item duration"));
+        step.words.push_back(in.take(toSay("item duration")));
         if (in.atEnd()) in.fail(say("an item of host affiche needs CODE DURATION OBSERVATION"));
-        step.words.push_back(in.take("item observation"));
+        step.words.push_back(in.take(toSay("item observation")));
       }
     }
   } else if (command == "show") {

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <string>
 
+#include "base/message.h"
+
 namespace velmora::cli {
 
 namespace {
@@ -51,8 +53,9 @@ std::string oneLine(const std::string& text) {
   return out;
 }
 
-std::string plural(std::size_t n, const char* word) {
-  return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
+// "1 row", "2 rows": patterns of the catalogue for one and for more.
+std::string counted(std::size_t n, const char* one, const char* many) {
+  return n == 1 ? say(one) : say(many, {std::to_string(n)});
 }
 
 // One line per row: its number, the row between bars, then the code beside it. Lists
@@ -60,15 +63,15 @@ std::string plural(std::size_t n, const char* word) {
 void printList(std::ostream& out, const char* rowsName, const std::vector<std::string>& rows,
                const char* codesName, const std::vector<std::string>& codes,
                const std::vector<std::string>* obs) {
-  out << rowsName << " (" << plural(rows.size(), "row") << "), " << codesName << " ("
-      << plural(codes.size(), "code") << "):\n";
+  out << rowsName << " (" << counted(rows.size(), toSay("1 row"), toSay("{} rows")) << "), "
+      << codesName << " (" << counted(codes.size(), toSay("1 code"), toSay("{} codes")) << "):\n";
   const std::size_t n = std::max(rows.size(), codes.size());
   const std::size_t width = std::to_string(n).size();
   for (std::size_t i = 0; i < n; ++i) {
     const std::string number = std::to_string(i);
     out << "  " << std::string(width - number.size(), ' ') << number << " ";
-    out << (i < rows.size() ? "|" + rows[i] + "|" : std::string("(none)"));
-    out << "  " << (i < codes.size() ? codes[i] : std::string("(none)"));
+    out << (i < rows.size() ? "|" + rows[i] + "|" : say("(none)"));
+    out << "  " << (i < codes.size() ? codes[i] : say("(none)"));
     if (obs != nullptr && i < obs->size() && !(*obs)[i].empty())
       out << "  obs \"" << oneLine((*obs)[i]) << "\"";
     out << "\n";
@@ -86,8 +89,9 @@ void printReport(std::ostream& out, const Ctr_VelmoraNew& c) {
       << inQuotes(c.Etq_Pos2.Caption()) << "  Etq_Pos3 " << inQuotes(c.Etq_Pos3.Caption()) << "\n";
   out << "Etq_Sel1 " << inQuotes(c.Etq_Sel1.Caption()) << "  Etq_Sel2 "
       << inQuotes(c.Etq_Sel2.Caption()) << "  Etq_Sel3 " << inQuotes(c.Etq_Sel3.Caption()) << "\n";
-  out << "Cac_TouteTache " << inQuotes(c.Cac_TouteTache.Caption()) << " value "
-      << c.Cac_TouteTache.Value() << (c.Cac_TouteTache.Enabled() ? "" : " (disabled)") << "\n";
+  out << "Cac_TouteTache " << inQuotes(c.Cac_TouteTache.Caption()) << " "
+      << say("value {}", {std::to_string(c.Cac_TouteTache.Value())})
+      << (c.Cac_TouteTache.Enabled() ? "" : " " + say("(disabled)")) << "\n";
   out << "\n";
   printList(out, "Lst_Possible", rowsOf(c.Lst_Possible), "Lst_CodePos", rowsOf(c.Lst_CodePos),
             nullptr);
@@ -99,7 +103,8 @@ void printReport(std::ostream& out, const Ctr_VelmoraNew& c) {
   out << "Txt_Duree " << inQuotes(c.Txt_Duree.getText()) << "\n";
   out << "W_Total " << toUtf8(c.W_Total.toText()) << "\n";
   out << "W_AfficheTache " << yesNo(c.W_AfficheTache != kFalse) << "\n";
-  out << "Etq_Imperativite " << (c.Etq_Imperativite.Visible() ? "shown" : "hidden") << "\n";
+  out << "Etq_Imperativite " << (c.Etq_Imperativite.Visible() ? say("shown") : say("hidden"))
+      << "\n";
 }
 
 Json reportJson(const Ctr_VelmoraNew& c) {

@@ -1,14 +1,20 @@
 // The bad-input table of the velmora tool (docs/bad-input.md), played whole on a sample
-// store: each wrong input gets its exit status and a message in one language that says
-// what and where, ends as the tool promises (a pointer to --help, or the failure's
-// number), quotes long input cut, and leaves the store byte for byte as it was.
+// store in English and in French: each wrong input gets its exit status and a message in
+// one language that says what and where, ends as the tool promises (a pointer to --help,
+// or the failure's number), quotes long input cut, and leaves the store as it was.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <initializer_list>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "cli/run_velmora.h"
 
@@ -16,28 +22,40 @@ namespace velmora {
 namespace {
 
 namespace fs = std::filesystem;
+using cli_test::frenchLocaleExists;
 using cli_test::Outcome;
 using cli_test::slurp;
 using cli_test::spit;
 
-// Whether a line of the tool speaks one language: the tool's English, then at most one
-// French text of the store or the control quoted whole to the end of the line.
-bool oneLanguage(std::string_view line) {
-  std::size_t french = std::string_view::npos;
-  for (const std::string_view opening : {"La base ", "Le code client ", "requête "}) {
-    french = std::min(french, line.find(opening));
+// Whether a line of the tool speaks one language once what it quotes is set aside ("…"
+// and « … », and the store's text after "says: " / "dit : "): no French in an English
+// line, no English in a French one.
+bool oneLanguage(const std::string& line, bool french) {
+  static const std::regex quoted(R"("[^"]*"|«[^»]*»|(says: |dit : ).*)");
+  const std::string own = " " + std::regex_replace(line, quoted, "Q") + " ";
+  const auto holds = [&](std::initializer_list<std::string_view> words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](std::string_view w) { return own.find(w) != std::string::npos; });
+  };
+  if (french) {
+    return !holds({" the ", " is ", " not ", " cannot ", " no ", " of ", " and ", " to ", " file ",
+                   " error ", "See ", " missing", " unknown "});
   }
-  const std::string_view english = line.substr(0, french);
-  for (const std::string_view word : {"é", "è", "à", "«", " : ", " pas ", " est "}) {
-    if (english.find(word) != std::string_view::npos) return false;
-  }
-  if (french == std::string_view::npos) return true;
-  const std::string_view quoted = line.substr(french);
-  for (const std::string_view word : {" the ", " is ", " not ", " no such ", " cannot ", " left ",
-                                      " file ", " database ", " disk ", " malformed"}) {
-    if (quoted.find(word) != std::string_view::npos) return false;
-  }
-  return true;
+  return !holds({"é", "è", "à", "ê", " : ", " pas ", " est ", " une ", " le ", " la ", " de ",
+                 " du ", "erreur ", "Voir "});
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+// The failure's number in "velmora: error N: …" / "velmora: erreur N : …".
+std::string numberOf(const std::string& line) {
+  const auto start = line.find(' ', line.find("err")) + 1;
+  return line.substr(start, line.find_first_not_of("-0123456789", start) - start);
 }
 
 struct Case {
@@ -60,6 +78,12 @@ class BadInput : public cli_test::Tool {
 
 TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
   if (testing::TempAccount::onServer()) GTEST_SKIP() << "the table is played on a store file";
+  if (!frenchLocaleExists() && std::getenv("CI") == nullptr) {
+    // Skipped whole rather than played in one language: generate the locale (scripts/setup
+    // does: locales, then locale-gen). In CI the locale must be there: the test fails below.
+    GTEST_SKIP() << "the locale fr_FR.UTF-8 is not installed, so the French half cannot run";
+  }
+  ASSERT_TRUE(frenchLocaleExists()) << "fr_FR.UTF-8 is missing on a CI machine: run scripts/setup";
   ASSERT_EQ(run({"sample", "--db", at("s.db")}).status, 0);
   const std::string store = slurp(at("s.db"));
   spit(at("cut.jsonl"), "{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"x\",\"record\":[\n");
@@ -74,10 +98,23 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
   spit(at("text.db"), "mes notes\n");
   spit(at("cut.db"), store.substr(0, 20000));
   const std::string longWord(100000, 'a');
-  spit(at("long.play"), "show\nx" + longWord + "\n");
-  spit(at("quote.play"), "init AUTRE \"" + longWord + "\n");
-  spit(at("inject.play"), "init AUTRE \"0000]\"\nshow\n");
-  spit(at("key.play"), "init-key AUTRE \"00001]\"\nshow\n");
+  for (const auto& [name, script] : std::initializer_list<std::pair<const char*, std::string>>{
+           {"long", "show\nx" + longWord + "\n"},
+           {"quote", "init AUTRE \"" + longWord + "\n"},
+           {"inject", "init AUTRE \"0000]\"\nshow\n"},
+           {"key", "init-key AUTRE \"00001]\"\nshow\n"},
+           {"button", "show\npress selct\n"},  // the show before the mistake is not printed
+           {"row", "click possible x\n"},
+           {"list", "mark selected 0\n"},
+           {"missing", "# fine\n\ninit\n"},
+           {"dialog", "observation \"Sonner\" close\n"},
+           {"host", "host maj_enr\n"},
+           {"word", "show now\n"},
+           {"box", "type duree 5\n"},
+           {"item", "host affiche A 10\n"}}) {
+    spit(at(std::string(name) + ".play"), script);
+  }
+  spit(at("gone.db-journal"), "journal d'une base partie\n");  // its store moved away
   fs::create_directory(at("folder"));
   ASSERT_EQ(mkfifo(at("fifo").c_str(), 0600), 0);
 
@@ -97,12 +134,11 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"get", "--db", "S", "NOFILE", "x"}, 1, "unknown file \"NOFILE\""},
       {{"query", "--db", "S", R"(SSELECT TACHE AVEC 1 "x")"}, 1, "requête : à la position 22"},
       {{"import", "W/cut.jsonl", "--db", "S"}, 1, "cut.jsonl:2:37: the line ends before"},
+      {{"import", "W/cut.jsonl", "--db", "W/new.db"}, 1, "the line ends before"},
       {{"import", "W/utf8.jsonl", "--db", "S"}, 1, "utf8.jsonl:2:11: byte 0xFF is not UTF-8"},
       {{"import", "W/nul.jsonl", "--db", "S"}, 1, "nul.jsonl:2:12: a NUL byte"},
       {{"import", "W/big.jsonl", "--db", "S"}, 1, "big.jsonl:1: a number is too large"},
-      {{"import", "W/twice.jsonl", "--db", "S"},
-       1,
-       "twice.jsonl:1: the member \"file\" is given twice"},
+      {{"import", "W/twice.jsonl", "--db", "S"}, 1, "1: the member \"file\" is given twice"},
       {{"import", "W/number.jsonl", "--db", "S"}, 1, "number.jsonl:1: expected one JSON object"},
       {{"import", "W/extra.jsonl", "--db", "S"}, 1, "unexpected member \"more\""},
       {{"import", "S", "--db", "S"}, 2, "is the database itself"},
@@ -120,16 +156,18 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"sample", "--db", "W/cut.db"}, 1, "the store says: La base"},
       {{"sample", "--db", "W/fifo"}, 2, "--db " + at("fifo") + " is a named pipe"},
       {{"sample", "--db", ""}, 2, "--db needs a path"},
+      {{"sample", "--db", "W/gone.db"}, 1, "has a journal " + at("gone.db-journal") + " left"},
       {{"propose", "--db", "S", "--client", "AB"}, 2, "\"AB\" is not a client code"},
       {{"propose", "--db", "S", "--client", "0000]"}, 2, "\"0000]\" is not a client code"},
       {{"propose", "--db", "S", "--client", "ZZZZZ"}, 1, "unknown client \"ZZZZZ\""},
+      {{"propose", "--db", "S"}, 2, "--client CODE is required"},
+      {{"propose", "--db", "S", "--client", "00001", "--time", "aa-bb"}, 2, "not a time of day"},
+      {{"propose", "--db", "S", "--client", "00001", "--time", "08:30"}, 2, "--time is FROM-TO"},
+      {{"propose", "--db", "S", "--client", "00001", "--kind", "autre"}, 2, "--kind is AUTRE or"},
+      {{"consult", "--db", "S", "--key", "00001"}, 2, "--key is a full key"},
       {{"propose", "--db", "S", "--client", "00001", "--from", ""}, 2, "--from needs a date"},
-      {{"propose", "--db", "S", "--client", "00001", "--from", "31/02/2026"},
-       2,
-       "--from \"31/02/2026\" is not a date of the calendar"},
-      {{"propose", "--db", "S", "--client", "00001", "--time", "25:99-99:99"},
-       2,
-       "\"25:99\" is not a time of day"},
+      {{"propose", "--db", "S", "--client", "00001", "--from", "31/02/2026"}, 2, "not a date of"},
+      {{"propose", "--db", "S", "--client", "00001", "--time", "25:99-99"}, 2, "\"25:99\" is not"},
       {{"propose", "--db", "S", "--client", "00001", "--days", "12"}, 2, "--days is a mask"},
       {{"propose", "--db", "W/none.db", "--client", "00001", "--json"}, 1, "n'existe pas"},
       {{"consult", "--db", "S", "--key", "AB\"CDEFGHIJ"}, 2, "--key holds a double quote"},
@@ -140,52 +178,61 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"play", "--db", "S", "W/quote.play"}, 2, "quote.play:1: a quote opened at position 12"},
       {{"play", "--db", "S", "W/inject.play"}, 2, "inject.play:1: client code \"0000]\""},
       {{"play", "--db", "S", "W/key.play"}, 2, "key.play:1: the key holds a double quote"},
+      {{"play", "--db", "S", "W/button.play"}, 2, "button.play:2: unknown button \"selct\""},
+      {{"play", "--db", "S", "W/row.play"}, 2, "row.play:1: \"x\" is not a row number"},
+      {{"play", "--db", "S", "W/list.play"}, 2, "list.play:1: unknown list \"selected\""},
+      {{"play", "--db", "S", "W/missing.play"}, 2, "missing.play:3: missing kind of activity"},
+      {{"play", "--db", "S", "W/dialog.play"}, 2, "missing dialog button after \"close\""},
+      {{"play", "--db", "S", "W/host.play"}, 2, "host.play:1: unknown host call \"maj_enr\""},
+      {{"play", "--db", "S", "W/word.play"}, 2, "word.play:1: unexpected word \"now\""},
+      {{"play", "--db", "S", "W/box.play"}, 2, "box.play:1: unknown text box \"duree\""},
+      {{"play", "--db", "S", "W/item.play"}, 2, "item.play:1: an item of host affiche needs CODE"},
   };
+  // Each case in English, then in French: the same status and failure number, and in
+  // each language lines of that language alone.
+  const bool french = frenchLocaleExists();
   for (const Case& c : cases) {
     const auto args = expand(c.args);
     const Outcome o = run(args);
+    const Outcome fr = french ? run(args, "fr_FR.UTF-8") : o;
     SCOPED_TRACE((c.args.empty() ? "" : c.args.front()) + " " +
-                 (c.args.size() > 1 ? c.args.back() : "") + " -> " + o.err.substr(0, 300));
-    EXPECT_EQ(o.status, c.status);
+                 (c.args.size() > 1 ? c.args.back() : "") + " -> " + o.err.substr(0, 300) + " / " +
+                 fr.err.substr(0, 300));
     EXPECT_NE(o.err.find(c.message), std::string::npos);
-    EXPECT_LT(o.err.size(), 1000u);  // long input is quoted cut
-    std::vector<std::string> lines;
-    for (std::size_t at = 0; at < o.err.size();) {
-      const std::size_t end = o.err.find('\n', at);
-      lines.push_back(o.err.substr(at, end - at));
-      at = end == std::string::npos ? o.err.size() : end + 1;
+    for (const auto& [outcome, inFrench] : {std::pair{&o, false}, std::pair{&fr, french}}) {
+      EXPECT_EQ(outcome->status, c.status);
+      EXPECT_LT(outcome->err.size(), 1000u);  // long input is quoted cut
+      const auto lines = linesOf(outcome->err);
+      ASSERT_FALSE(lines.empty());
+      for (const auto& line : lines) EXPECT_TRUE(oneLanguage(line, inFrench)) << line;
+      if (c.status == 2) {
+        // One line of mistake, one pointing at the help; never the help itself.
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_TRUE(lines.back().starts_with(inFrench ? "Voir « velmora" : "See 'velmora"));
+        EXPECT_TRUE(lines.back().ends_with(inFrench ? " --help »." : " --help'."));
+      } else {
+        ASSERT_EQ(lines.size(), 1u);
+        EXPECT_TRUE(lines.front().starts_with(inFrench ? "velmora: erreur " : "velmora: error "));
+        EXPECT_EQ(numberOf(lines.front()), numberOf(linesOf(o.err).front()));
+      }
+      // Under --json the failure is also an object on the standard output, its number and
+      // message those of the standard error; otherwise nothing is written there.
+      if (std::find(args.begin(), args.end(), "--json") != args.end()) {
+        const auto answer = nlohmann::json::parse(outcome->out)["error"];
+        EXPECT_EQ(std::to_string(answer["number"].get<long>()), numberOf(lines.front()));
+        EXPECT_NE(lines.front().find(answer["message"].get<std::string>()), std::string::npos);
+      } else {
+        EXPECT_EQ(outcome->out, "");
+      }
     }
-    ASSERT_FALSE(lines.empty());
-    for (const auto& line : lines) EXPECT_TRUE(oneLanguage(line)) << line;
-    if (c.status == 2) {
-      // One line of mistake, one pointing at the help; never the help itself.
-      ASSERT_EQ(lines.size(), 2u);
-      EXPECT_EQ(lines.back().rfind("See 'velmora", 0), 0u);
-      EXPECT_NE(lines.back().find(" --help'."), std::string::npos);
-    } else {
-      ASSERT_EQ(lines.size(), 1u);
-      EXPECT_EQ(lines.front().rfind("velmora: error -", 0) == 0 ||
-                    lines.front().rfind("velmora: error 5: ", 0) == 0,
-                true);
-    }
-    const bool json = std::find(args.begin(), args.end(), "--json") != args.end();
-    EXPECT_EQ(o.out.empty(), !json) << o.out;
     EXPECT_EQ(slurp(at("s.db")), store);
   }
-  EXPECT_FALSE(fs::exists(at("none.db")));
-  EXPECT_FALSE(fs::exists(at("out.jsonl")));
+  for (const char* created : {"none.db", "new.db", "gone.db", "out.jsonl"}) {
+    EXPECT_FALSE(fs::exists(at(created))) << created;
+  }
+  EXPECT_EQ(slurp(at("gone.db-journal")), "journal d'une base partie\n");
   EXPECT_TRUE(fs::is_fifo(at("fifo")));
   EXPECT_EQ(slurp(at("text.db")), "mes notes\n");
-}
-
-// An open failure under --json also answers on the standard output, with its number.
-TEST_F(BadInput, AFailureUnderJsonIsAnObjectWithItsNumber) {
-  const Outcome o = run({"propose", "--db", at("none.db"), "--client", "00001", "--json"});
-  EXPECT_EQ(o.status, 1);
-  EXPECT_NE(o.out.find("\"number\": -2147221489"), std::string::npos) << o.out;
-  EXPECT_NE(o.out.find("\"message\": \"La base " + at("none.db") + " n'existe pas"),
-            std::string::npos)
-      << o.out;
 }
 
 }  // namespace

@@ -103,35 +103,5 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
   }
 }
 
-TEST_F(Propose, MistakesAreNamed) {
-  const std::string db = account.path();
-  const auto client = [&](std::vector<std::string> more) {
-    more.insert(more.begin(), {"propose", "--db", db, "--client", "00001"});
-    return more;
-  };
-  const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases{
-      {{"propose", "--db", db, "--client", "00077"}, 1, R"(unknown client "00077")"},
-      {{"propose", "--db", db}, 2, "--client CODE is required"},
-      {{"propose", "--db", db, "--client", "0001"}, 2, "5 caractères"},
-      {{"propose", "--db", db, "--client", R"(00"01)"}, 2, "guillemet"},
-      {client({"--from", "30/02/2026"}), 2, "--from"},
-      {client({"--time", "aa-bb"}), 2, "not a time of day"},
-      {client({"--time", "25:99-99:99"}), 2, R"("25:99" is not a time of day)"},
-      {client({"--time", "08:30"}), 2, "--time is FROM-TO"},
-      {client({"--kind", "autre"}), 2, "--kind is AUTRE or SSIAD"},
-      {client({"--days", "2000000"}), 2, "--days"},
-      {{"propose", "--db", account.directory(), "--client", "00001"}, 1, "est un dossier"},
-      {{"consult", "--db", db, "--key", "I004200001215120XXXXXX30850"}, 1, "unknown key"},
-      {{"consult", "--db", db, "--key", "00001"}, 2, "a full key"},
-  };
-  for (const auto& [args, status, message] : cases) {
-    SCOPED_TRACE(args.size() > 4 ? args[4] : args.back());
-    const auto o = run(args);
-    EXPECT_EQ(o.status, status);
-    EXPECT_EQ(o.out, "");
-    EXPECT_NE(o.err.find(message), std::string::npos) << o.err;
-  }
-}
-
 }  // namespace
 }  // namespace velmora

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <locale.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -42,9 +43,20 @@ inline void spit(const fs::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-// Runs velmora with these arguments, no input, and its output captured in workDir.
-inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& workDir) {
-  std::string command = shellWord(VELMORA_CLI);
+// Whether the French locale that the French runs ask for is installed (locale-gen).
+inline bool frenchLocaleExists() {
+  const locale_t french = newlocale(LC_MESSAGES_MASK, "fr_FR.UTF-8", nullptr);
+  if (french == nullptr) return false;
+  freelocale(french);
+  return true;
+}
+
+// Runs velmora with these arguments, no input, and its output captured in workDir; its
+// messages in the language of `lang` (the locale's name), whatever the test's own.
+inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& workDir,
+                          const std::string& lang = "C.UTF-8") {
+  std::string command = "env -u LC_ALL -u LC_MESSAGES -u LANGUAGE LANG=" + shellWord(lang) + " " +
+                        shellWord(VELMORA_CLI);
   for (const auto& a : args) command += " " + shellWord(a);
   const auto out = workDir / "stdout.txt";
   const auto err = workDir / "stderr.txt";
@@ -55,7 +67,9 @@ inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& 
 
 class Tool : public ::testing::Test {
  protected:
-  Outcome run(const std::vector<std::string>& args) { return runVelmora(args, dir()); }
+  Outcome run(const std::vector<std::string>& args, const std::string& lang = "C.UTF-8") {
+    return runVelmora(args, dir(), lang);
+  }
   fs::path dir() const { return account.directory(); }
   std::string db() const { return account.path(); }
 
