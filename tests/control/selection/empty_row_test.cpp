@@ -52,12 +52,12 @@ TEST_F(EmptyRow, ObsWithNoCurrentRowOpensOnAnEmptyRowAndOnlyCancelClosesIt) {
     EXPECT_EQ(failure, 0);
     EXPECT_FALSE(services->hasPendingAnswers());
     EXPECT_EQ(shown, (Shown{"", "", "", ""}));
-    EXPECT_EQ(Variable::N_LigneObs, 0);
+    EXPECT_EQ(slots().N_LigneObs, 0);
     if (ok) {
       EXPECT_EQ(okFailure, errors::kInvalidCall);
       EXPECT_TRUE(openAfterOk);
     }
-    EXPECT_EQ(Variable::R_Obs->r(), u"");
+    EXPECT_EQ(slots().R_Obs->r(), u"");
     EXPECT_EQ(snapshot(ctl), before);
   }
   EXPECT_EQ(services->modalShows(), shows + 2);
