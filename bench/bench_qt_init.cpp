@@ -12,7 +12,7 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "support/large_account.h"
 #include "support/summary.h"
 

@@ -7,7 +7,8 @@
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/twips.h>
 #include "qt/accessibility.h"
-#include "qt/control_views.h"
+#include "qt/create_view.h"
+#include "qt/key_routes.h"
 
 namespace velmora::qt {
 

@@ -15,7 +15,9 @@
 #include <velmora/qt/qt_services.h>
 #include <velmora/qt/twips.h>
 #include "qt/accessibility.h"
-#include "qt/control_views.h"
+#include "qt/create_view.h"
+#include "qt/key_routes.h"
+#include "qt/list_box_view.h"
 
 namespace velmora::qt {
 

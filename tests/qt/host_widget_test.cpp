@@ -7,7 +7,7 @@
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/qt_services.h>
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

@@ -8,7 +8,7 @@
 #include <QScreen>
 
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QTest>
 #include <QTimer>
@@ -15,7 +16,7 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "support/account.h"
 #include "support/rows.h"
 

@@ -9,7 +9,7 @@
 
 #include <velmora/qt/twips.h>
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

@@ -2,6 +2,7 @@
 // however it is closed, and the mouse pointer overrides the application's cursor until
 // shape 0.
 #include <QMessageBox>
+#include <QPushButton>
 #include <functional>
 #include <memory>
 #include <tuple>

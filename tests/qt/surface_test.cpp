@@ -12,7 +12,7 @@
 #include <QStyle>
 
 #include "control/module_slots.h"
-#include "qt/control_views.h"
+#include "qt/list_box_view.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
 
