@@ -1,3 +1,6 @@
+// A toolkit form shown as a modal QDialog: its children made into views at their places,
+// centred at a fixed size, with the form's caption. The dialog closes only once the form
+// has unloaded, so the close box and Escape ask the form first.
 #include "qt/form_dialog.h"
 
 #include <QCloseEvent>

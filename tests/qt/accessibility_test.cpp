@@ -7,7 +7,7 @@
 #include <QPushButton>
 
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

@@ -6,7 +6,7 @@
 #include <QPushButton>
 
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -51,8 +51,8 @@ TEST_F(Focus, TheFocusedCheckBoxIsDrawnFromTheStart) {
 }
 
 TEST_F(Focus, EachKeyIsItsButtonAndTheFocusGoesWhereTheNextKeyIsTyped) {
-  auto& possible = *w.listView(c.Lst_Possible);
-  auto& selection = *w.listView(c.Lst_Selectionne);
+  auto& possible = *qt::listViewOf(w, c.Lst_Possible);
+  auto& selection = *qt::listViewOf(w, c.Lst_Selectionne);
   auto* duration = qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin));
   w.view(c.Cac_TouteTache)->setFocus(Qt::TabFocusReason);
   press(Qt::Key_Space);  // all four tasks

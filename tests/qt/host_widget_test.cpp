@@ -7,7 +7,7 @@
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/qt_services.h>
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -74,13 +74,13 @@ TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
   w.setControl(hosts);
   EXPECT_EQ(&w.control(), &hosts);
   EXPECT_EQ(held.use_count(), 1);  // that control is gone, and what it held let go
-  ASSERT_NE(w.listView(hosts.Lst_Possible), nullptr);
+  ASSERT_NE(qt::listViewOf(w, hosts.Lst_Possible), nullptr);
   EXPECT_EQ(w.findChildren<QWidget*>().size(), views);  // the old control's views are gone
 
   initClient(hosts, account);
   hosts.Cac_TouteTache.toggle();
   w.refreshLists();
-  EXPECT_EQ(w.listView(hosts.Lst_Possible)->listModel().rowCount(), 4);
+  EXPECT_EQ(qt::listViewOf(w, hosts.Lst_Possible)->listModel().rowCount(), 4);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <QScreen>
 
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -34,9 +34,9 @@ void expectWidgetsFollow(const VelmoraWidget& w, const Ctr_VelmoraNew& c, int st
   QCoreApplication::processEvents();
   const Snapshot s = snapshot(c);
   const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
-  EXPECT_EQ(shown(*w.listView(c.Lst_Possible)), std::pair(s.possible, s.marked));
-  EXPECT_EQ(shown(*w.listView(c.Lst_Selectionne)), std::pair(s.rows, current));
-  EXPECT_EQ(shown(*w.listView(c.Lst_CodeSelect)).first, s.codes);
+  EXPECT_EQ(shown(*qt::listViewOf(w, c.Lst_Possible)), std::pair(s.possible, s.marked));
+  EXPECT_EQ(shown(*qt::listViewOf(w, c.Lst_Selectionne)), std::pair(s.rows, current));
+  EXPECT_EQ(shown(*qt::listViewOf(w, c.Lst_CodeSelect)).first, s.codes);
   const auto text = [&](const toolkit::Control& box) {
     return qobject_cast<QLineEdit*>(w.view(box))->text().toStdString();
   };
@@ -87,8 +87,8 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     QObject::connect(&w, &VelmoraWidget::totalChanged, [&](double t) { totals.push_back(t); });
     QObject::connect(&w, &VelmoraWidget::mandatoryChanged, [&](bool m) { mandatory.push_back(m); });
     QObject::connect(&w, &VelmoraWidget::selectionChanged, [&] { ++selections; });
-    ListBoxView& possible = *w.listView(c.Lst_Possible);
-    ListBoxView& selected = *w.listView(c.Lst_Selectionne);
+    ListBoxView& possible = *qt::listViewOf(w, c.Lst_Possible);
+    ListBoxView& selected = *qt::listViewOf(w, c.Lst_Selectionne);
     QWidget* dureeSoin = w.view(c.Txt_DureeSoin);
     const auto record = [&] {
       s.push_back(snapshot(c));

@@ -4,7 +4,7 @@
 #include <QSignalSpy>
 
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -20,7 +20,7 @@ class ListModel : public ::testing::Test {
 
   QString shown(int row) const { return model().index(row).data().toString(); }
   bool marked(int row) const { return model().index(row).data(ListBoxModel::kMarkedRole).toBool(); }
-  const ListBoxModel& model() const { return w.listView(ctl.Lst_Possible)->listModel(); }
+  const ListBoxModel& model() const { return qt::listViewOf(w, ctl.Lst_Possible)->listModel(); }
   // Rows "Ligne from" to "Ligne to - 1" added to the proposal.
   void addRows(int from, int to) {
     for (int i = from; i < to; ++i)
@@ -76,7 +76,7 @@ TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
 TEST_F(ListModel, AClickMarksTheRowUnderIt) {
   w.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-  ListBoxView& possible = *w.listView(ctl.Lst_Possible);
+  ListBoxView& possible = *qt::listViewOf(w, ctl.Lst_Possible);
   addRows(0, 1);
   QCoreApplication::processEvents();
   const QRect first = possible.rowRect(0);

@@ -9,7 +9,7 @@
 
 #include <velmora/qt/twips.h>
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -75,19 +75,19 @@ void expectScreenAgrees(const VelmoraWidget& w, const Ctr_VelmoraNew& c) {
   for (int i = 0; i < c.Lst_Possible.ListCount(); ++i) {
     if (c.Lst_Possible.Selected(i)) marked.push_back(i);
   }
-  EXPECT_EQ(selectedRows(*w.listView(c.Lst_Possible)), marked);
+  EXPECT_EQ(selectedRows(*qt::listViewOf(w, c.Lst_Possible)), marked);
   const int current = c.Lst_Selectionne.ListIndex();
-  EXPECT_EQ(selectedRows(*w.listView(c.Lst_Selectionne)),
+  EXPECT_EQ(selectedRows(*qt::listViewOf(w, c.Lst_Selectionne)),
             current < 0 ? std::vector<int>{} : std::vector<int>{current});
 }
 
 TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   const QString toggle = QAccessibleActionInterface::toggleAction();
   const auto possible = [](VelmoraWidget& w, Ctr_VelmoraNew& c) {
-    return w.listView(c.Lst_Possible);
+    return qt::listViewOf(w, c.Lst_Possible);
   };
   const auto selection = [](VelmoraWidget& w, Ctr_VelmoraNew& c) {
-    return w.listView(c.Lst_Selectionne);
+    return qt::listViewOf(w, c.Lst_Selectionne);
   };
   const auto box = [](VelmoraWidget& w, Ctr_VelmoraNew& c) {
     return qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin));

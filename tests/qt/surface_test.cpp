@@ -12,7 +12,7 @@
 #include <QStyle>
 
 #include "control/module_slots.h"
-#include "qt/list_box_view.h"
+#include "qt/velmora_widget_private.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
 
@@ -113,7 +113,7 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
   for (const auto& [list, heading] : {std::pair{&ctl.Lst_Possible, &ctl.Etq_Pos3},
                                       std::pair{&ctl.Lst_Selectionne, &ctl.Etq_Sel3}}) {
     list->AddItem(row);
-    auto* view = w.listView(*list);
+    auto* view = qt::listViewOf(w, *list);
     QCoreApplication::processEvents();
     const QImage shot = view->grab().toImage();
     const qreal scale = shot.devicePixelRatio();
