@@ -5,28 +5,18 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "control/module_slots.h"
-#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
 namespace {
 
-using qt::ListBoxView;
-using qt::VelmoraWidget;
-
-class Focus : public ::testing::Test {
+class Focus : public WidgetTest {
  protected:
   void SetUp() override {
-    Variable::resetAll();
-    putTaskCatalogue(account);
-    w.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-    w.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&w));
+    WidgetTest::SetUp();
+    ASSERT_TRUE(shown(true));
     initClient(c, account);
   }
-  void TearDown() override { Variable::resetAll(); }
 
   // A key to whatever has the focus, as the planner's keyboard sends it.
   static void press(Qt::Key key) {
@@ -35,11 +25,7 @@ class Focus : public ::testing::Test {
     QTest::keyClick(focus, key);
     QCoreApplication::processEvents();
   }
-  QWidget* focused() const { return QApplication::focusWidget(); }
-
-  TempAccount account;
-  Ctr_VelmoraNew c;
-  VelmoraWidget w{c};
+  static QWidget* focused() { return QApplication::focusWidget(); }
 };
 
 TEST_F(Focus, TheFocusedCheckBoxIsDrawnFromTheStart) {
@@ -51,9 +37,9 @@ TEST_F(Focus, TheFocusedCheckBoxIsDrawnFromTheStart) {
 }
 
 TEST_F(Focus, EachKeyIsItsButtonAndTheFocusGoesWhereTheNextKeyIsTyped) {
-  auto& possible = *qt::listViewOf(w, c.Lst_Possible);
-  auto& selection = *qt::listViewOf(w, c.Lst_Selectionne);
-  auto* duration = qobject_cast<QLineEdit*>(w.view(c.Txt_DureeSoin));
+  auto& possible = listOf(c.Lst_Possible);
+  auto& selection = listOf(c.Lst_Selectionne);
+  auto* duration = viewOf<QLineEdit>(c.Txt_DureeSoin);
   w.view(c.Cac_TouteTache)->setFocus(Qt::TabFocusReason);
   press(Qt::Key_Space);  // all four tasks
   possible.setFocus(Qt::TabFocusReason);

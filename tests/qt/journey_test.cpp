@@ -8,7 +8,6 @@
 #include <QScreen>
 
 #include "control/module_slots.h"
-#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {

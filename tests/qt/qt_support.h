@@ -1,5 +1,5 @@
 // What the widget tests share: an account with a small task catalogue, a snapshot of
-// everything a journey touches, and the planner's hand on real widgets.
+// everything a journey touches, the planner's hand on real widgets, and one fixture.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -113,5 +113,37 @@ inline void click(QWidget* widget) {
   ASSERT_NE(widget, nullptr);
   QTest::mouseClick(widget, Qt::LeftButton);
 }
+
+// The fixture of the widget tests: the module state reset around each test, an account
+// with the journeys' catalogue, and the host's control in a widget, not yet shown.
+class WidgetTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Variable::resetAll();
+    putTaskCatalogue(account);
+  }
+  void TearDown() override { Variable::resetAll(); }
+
+  // Shows the widget and waits until it is on screen, and active when keys must reach it.
+  [[nodiscard]] bool shown(bool active = false) {
+    w.show();
+    if (!QTest::qWaitForWindowExposed(&w)) return false;
+    if (!active) return true;
+    w.activateWindow();
+    return QTest::qWaitForWindowActive(&w);
+  }
+  // The view of a child, as the Qt class that shows its kind.
+  template <typename W>
+  W* viewOf(const toolkit::Control& child) const {
+    auto* view = qobject_cast<W*>(w.view(child));
+    EXPECT_NE(view, nullptr) << child.name();
+    return view;
+  }
+  qt::ListBoxView& listOf(const toolkit::ListBox& list) const { return *qt::listViewOf(w, list); }
+
+  TempAccount account;
+  Ctr_VelmoraNew c;
+  qt::VelmoraWidget w{c};
+};
 
 }  // namespace velmora::testing

@@ -8,8 +8,6 @@
 #include <QLineEdit>
 
 #include <velmora/qt/twips.h>
-#include "control/module_slots.h"
-#include "qt/velmora_widget_private.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -71,14 +69,10 @@ void expectScreenAgrees(const VelmoraWidget& w, const Ctr_VelmoraNew& c) {
     std::sort(rows.begin(), rows.end());
     return rows;
   };
-  std::vector<int> marked;
-  for (int i = 0; i < c.Lst_Possible.ListCount(); ++i) {
-    if (c.Lst_Possible.Selected(i)) marked.push_back(i);
-  }
-  EXPECT_EQ(selectedRows(*qt::listViewOf(w, c.Lst_Possible)), marked);
-  const int current = c.Lst_Selectionne.ListIndex();
+  const Snapshot s = snapshot(c);
+  EXPECT_EQ(selectedRows(*qt::listViewOf(w, c.Lst_Possible)), s.marked);
   EXPECT_EQ(selectedRows(*qt::listViewOf(w, c.Lst_Selectionne)),
-            current < 0 ? std::vector<int>{} : std::vector<int>{current});
+            s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current});
 }
 
 TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
