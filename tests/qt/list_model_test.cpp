@@ -81,5 +81,17 @@ TEST_F(ListModel, AClickMarksTheRowUnderIt) {
   EXPECT_TRUE(c.Lst_Possible.Selected(3));
 }
 
+// Rows that go from under the keyboard caret leave it on the last row left.
+TEST_F(ListModel, TheCaretStaysOnTheListWhenRowsGoFromUnderIt) {
+  addRows(0, 5);
+  QCoreApplication::processEvents();
+  ListBoxView& possible = listOf(c.Lst_Possible);
+  possible.placeCaret(4);
+  c.Lst_Possible.RemoveItem(4);
+  c.Lst_Possible.RemoveItem(3);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(possible.caretRow(), 2);
+}
+
 }  // namespace
 }  // namespace velmora::testing
