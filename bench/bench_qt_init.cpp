@@ -12,7 +12,7 @@
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
 #include "control/inspection.h"
-#include "qt/control_views.h"
+#include "qt/velmora_widget_private.h"
 #include "support/large_account.h"
 #include "support/summary.h"
 
@@ -53,7 +53,7 @@ void InitCareCatalogueShown(benchmark::State& state) {
     // the visible rows of every list, as a screen would after the refresh.
     benchmark::DoNotOptimize(widget.grab());
   }
-  state.counters["rows"] = widget.listView(control.Lst_Possible)->listModel().rowCount();
+  state.counters["rows"] = qt::listViewOf(widget, control.Lst_Possible)->listModel().rowCount();
   if (state.counters["rows"] != control.Lst_Possible.ListCount()) {
     state.SkipWithError("the view did not catch up with the list");
   }

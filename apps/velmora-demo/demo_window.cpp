@@ -1,3 +1,6 @@
+// The demo host's window: criteria on the left, the control in the middle, the host's
+// calls on the selection on the right. It drives the control only through its public
+// procedures and reads it only through its public variables, as any host would.
 #include "demo_window.h"
 
 #include <memory>

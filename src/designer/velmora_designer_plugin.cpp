@@ -1,3 +1,6 @@
+// The Designer plugin's description of VelmoraWidget: its name, group, include and the
+// XML that uic reads, and the widget it creates on a form. It links its own copy of the
+// binding, so the widget is made with its parent only, as any host makes it.
 #include "velmora_designer_plugin.h"
 
 #include <memory>

@@ -1,3 +1,7 @@
+// What assistive technology reads of the control and its dialog: names, descriptions and
+// label buddies set by object name, the frame's children that stay out of the tree, and a
+// list row read column by column under its headings. The surface and the dialog call it
+// once their views are made; the announcements of changes are the widget's.
 #include "qt/accessibility.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// How a failure that escapes a gesture is shown: handed to the enclosing VelmoraWidget,
+// which emits it to a listening host, or else shown by the process's presenter (a warning
+// box by default). guarded() is the one place where exceptions stop before Qt's loop.
 #include <velmora/qt/failure_display.h>
 
 #include <QAbstractButton>

@@ -1,3 +1,6 @@
+// A toolkit form shown as a modal QDialog: its children made into views at their places,
+// centred at a fixed size, with the form's caption. The dialog closes only once the form
+// has unloaded, so the close box and Escape ask the form first.
 #include "qt/form_dialog.h"
 
 #include <QCloseEvent>
@@ -7,7 +10,8 @@
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/twips.h>
 #include "qt/accessibility.h"
-#include "qt/control_views.h"
+#include "qt/create_view.h"
+#include "qt/key_routes.h"
 
 namespace velmora::qt {
 

@@ -1,3 +1,6 @@
+// The demo host's record of a planned intervention: the detail key, the four-digit time
+// and the record holding the selection's codes, durations and observations. It writes
+// through a connection of its own, in one transaction, never through the control's.
 #include <velmora/qt/host_store.h>
 
 #include <velmora/base/failure.h>

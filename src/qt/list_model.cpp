@@ -1,3 +1,6 @@
+// The list model over one toolkit list box: it reads rows live from the toolkit and
+// brings its views up to date once per burst of changes, at the next turn of the event
+// loop. A reset when rows came or went, one repaint when rows were only rewritten or marked.
 #include "qt/list_model.h"
 
 #include <QBrush>

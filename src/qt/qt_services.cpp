@@ -1,3 +1,6 @@
+// The control's screen services on Qt: the question box with the host platform's style
+// and answer codes and French captions, a form shown as a modal dialog, and the mouse
+// pointer as the application's override cursor.
 #include <velmora/qt/qt_services.h>
 
 #include <array>
@@ -7,6 +10,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 #include <velmora/qt/twips.h>
@@ -100,18 +104,33 @@ Qt::CursorShape cursorOf(int shape) {
 
 }  // namespace
 
-QtServices::~QtServices() {
-  restorePointer();
-}
+class QtServices::Private {
+ public:
+  explicit Private(QWidget* owner) : owner(owner) {}
 
-QWidget* QtServices::dialogParent() const {
-  if (owner_) return owner_->window();
-  return QApplication::activeWindow();
+  QWidget* dialogParent() const {
+    if (owner) return owner->window();
+    return QApplication::activeWindow();
+  }
+  void restorePointer() {
+    if (!overriding) return;
+    QGuiApplication::restoreOverrideCursor();
+    overriding = false;
+  }
+
+  QPointer<QWidget> owner;
+  bool overriding = false;  // the application's cursor is overridden by this
+};
+
+QtServices::QtServices(QWidget* owner) : d(std::make_unique<Private>(owner)) {}
+
+QtServices::~QtServices() {
+  d->restorePointer();
 }
 
 int QtServices::MsgBox(TextView prompt, int style, TextView title) {
   QMessageBox box(iconOf(style), toQString(title), toQString(prompt), QMessageBox::NoButton,
-                  dialogParent());
+                  d->dialogParent());
   const std::vector<Answer> answers = buttonsOf(style);
   std::vector<std::pair<QAbstractButton*, int>> codes;
   codes.reserve(answers.size());
@@ -134,29 +153,22 @@ int QtServices::MsgBox(TextView prompt, int style, TextView title) {
 }
 
 void QtServices::ShowModal(toolkit::Form& form) {
-  FormDialog dialog(form, dialogParent());
+  FormDialog dialog(form, d->dialogParent());
   dialog.runModal();
 }
 
 void QtServices::setMousePointer(int shape) {
-  shape_ = shape;
   if (shape == 0) {
-    restorePointer();
+    d->restorePointer();
     return;
   }
   const QCursor cursor(cursorOf(shape));
-  if (overriding_) {
+  if (d->overriding) {
     QGuiApplication::changeOverrideCursor(cursor);
     return;
   }
   QGuiApplication::setOverrideCursor(cursor);
-  overriding_ = true;
-}
-
-void QtServices::restorePointer() {
-  if (!overriding_) return;
-  QGuiApplication::restoreOverrideCursor();
-  overriding_ = false;
+  d->overriding = true;
 }
 
 }  // namespace velmora::qt

@@ -1,3 +1,5 @@
+// Builds the sample account that the demo shows when a host names no account of its
+// own. It is built once, beside its place and renamed into it, and reused afterwards.
 #include <velmora/qt/sample_database.h>
 
 #include <filesystem>

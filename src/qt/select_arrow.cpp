@@ -1,3 +1,5 @@
+// Draws the picture of the select button: a black down arrow on light grey, pixel by
+// pixel, so that it is the same on every screen and needs no image file installed.
 #include "qt/select_arrow.h"
 
 #include <array>

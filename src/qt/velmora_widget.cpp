@@ -1,22 +1,21 @@
+// The widget that shows one control: it makes a view per child, hooks the control's
+// services and failure handler, and turns the control's changes into the widget's
+// signals once per burst. Where the focus goes after a gesture is in widget_focus.cpp.
 #include <velmora/qt/velmora_widget.h>
 
-#include <map>
+#include <array>
 #include <vector>
 
-#include <QAbstractButton>
 #include <QAccessible>
-#include <QApplication>
-#include <QKeyEvent>
-#include <QLineEdit>
 #include <QMetaMethod>
 
-#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/failure_display.h>
-#include <velmora/qt/qt_services.h>
 #include <velmora/qt/twips.h>
 #include "control/inspection.h"
 #include "qt/accessibility.h"
-#include "qt/control_views.h"
+#include "qt/create_view.h"
+#include "qt/key_routes.h"
+#include "qt/velmora_widget_private.h"
 
 namespace velmora::qt {
 
@@ -30,18 +29,6 @@ void substituteSurfaceFaces() {
     return true;
   }();
   (void)done;
-}
-
-// A row of either list read under the captions of its three column headings.
-QString readListRow(const Ctr_VelmoraNew& c, const toolkit::ListBox& list, int row) {
-  const bool selection = &list == &c.Lst_Selectionne;
-  const std::array<const toolkit::Label*, 3> headings =
-      selection ? std::array{&c.Etq_Sel1, &c.Etq_Sel2, &c.Etq_Sel3}
-                : std::array{&c.Etq_Pos1, &c.Etq_Pos2, &c.Etq_Pos3};
-  return readRow(list.List(row),
-                 {toQString(headings[0]->Caption()), toQString(headings[1]->Caption()),
-                  toQString(headings[2]->Caption())},
-                 list.wholeColumns(row), selection);
 }
 
 void announce(QWidget* view, QAccessible::Event event) {
@@ -59,50 +46,23 @@ void setUpSurface(QWidget& widget) {
 
 }  // namespace
 
+QString readListRow(const Ctr_VelmoraNew& c, const toolkit::ListBox& list, int row) {
+  const bool selection = &list == &c.Lst_Selectionne;
+  const std::array<const toolkit::Label*, 3> headings =
+      selection ? std::array{&c.Etq_Sel1, &c.Etq_Sel2, &c.Etq_Sel3}
+                : std::array{&c.Etq_Pos1, &c.Etq_Pos2, &c.Etq_Pos3};
+  return readRow(list.List(row),
+                 {toQString(headings[0]->Caption()), toQString(headings[1]->Caption()),
+                  toQString(headings[2]->Caption())},
+                 list.wholeColumns(row), selection);
+}
+
 QFont surfaceFont() {
   substituteSurfaceFaces();
   QFont font(QStringLiteral("MS Sans Serif"));
   font.setPointSizeF(8.25);
   return font;
 }
-
-class VelmoraWidget::Private {
- public:
-  explicit Private(VelmoraWidget& widget)
-      : q(widget), services(std::make_shared<QtServices>(&widget)) {}
-
-  // Builds one view per child control over c and hooks the widget to it.
-  void show(Ctr_VelmoraNew& c);
-  // Unhooks the control shown and deletes its views.
-  void release();
-  // Notes a change of the control; the signals follow once the burst is over.
-  void changed(bool selection);
-  void settle();
-  // The duration box under edit says whose duration it holds.
-  void describeEdit(const Ctr_VelmoraNew& c);
-  // The keys of the lists and the duration box, and where the focus goes after a gesture.
-  void bindKeysAndFocus(Ctr_VelmoraNew& c);
-  // An edit just opened: the focus goes to the duration box, its text selected.
-  void focusOpenEdit(const Ctr_VelmoraNew& c);
-  // After OK, Annuler, Supprimer or the observations: back to the duration box while the
-  // edit is open, otherwise to the selection on the row edited or the one in its place.
-  void focusAfterEdit(const Ctr_VelmoraNew& c);
-  QAbstractButton* button(const toolkit::Control& child) {
-    return qobject_cast<QAbstractButton*>(views[&child]);
-  }
-
-  VelmoraWidget& q;
-  std::unique_ptr<Ctr_VelmoraNew> owned;
-  Ctr_VelmoraNew* control = nullptr;
-  std::shared_ptr<QtServices> services;
-  std::map<const toolkit::Control*, QWidget*> views;
-  std::vector<std::shared_ptr<void>> subscriptions;
-  double lastTotal = 0;
-  bool lastMandatory = false;
-  bool selectionChanged = false;
-  bool settlePending = false;
-  int lastCurrent = -1;  // the last current row of the selection
-};
 
 void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
   control = &c;
@@ -128,7 +88,7 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
   applyTabOrder(tabOrder);
   nameForAssistiveTechnology(q);
   for (const toolkit::ListBox* list : {&c.Lst_Possible, &c.Lst_Selectionne}) {
-    q.listView(*list)->listModel().setReader(
+    listView(*list)->listModel().setReader(
         [&c, list](int row) { return readListRow(c, *list, row); });
   }
 
@@ -168,60 +128,6 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
   lastCurrent = -1;
   lastTotal = c.W_Total.toDouble();
   lastMandatory = c.Etq_Imperativite.Visible();
-}
-
-void VelmoraWidget::Private::describeEdit(const Ctr_VelmoraNew& c) {
-  QWidget* box = views[&c.Txt_DureeSoin];
-  QString description;
-  if (c.Cmd_OKVelmora.Enabled()) {
-    const int row = c.Lst_Selectionne.ListIndex();
-    description = QStringLiteral("Durée en minutes de la ligne modifiée : ") +
-                  readListRow(c, c.Lst_Selectionne, row);
-  }
-  if (description != box->accessibleDescription()) box->setAccessibleDescription(description);
-}
-
-void VelmoraWidget::Private::bindKeysAndFocus(Ctr_VelmoraNew& c) {
-  bindKeyToButton(*views[&c.Lst_Possible], Qt::Key_Return, *button(c.Cmd_Select));
-  bindKeyToButton(*views[&c.Lst_Selectionne], Qt::Key_Delete, *button(c.Cmd_SupprVelmora));
-  bindKeyToButton(*views[&c.Txt_DureeSoin], Qt::Key_Return, *button(c.Cmd_OKVelmora));
-  // After Sélectionner the planner goes on in the proposals.
-  QObject::connect(button(c.Cmd_Select), &QAbstractButton::clicked, views[&c.Lst_Possible],
-                   [list = views[&c.Lst_Possible]] { list->setFocus(Qt::OtherFocusReason); });
-  for (const toolkit::Control* done :
-       {&c.Cmd_OKVelmora, &c.Cmd_AnnulerVelmora, &c.Cmd_SupprVelmora, &c.Cmd_Obs}) {
-    QObject::connect(button(*done), &QAbstractButton::clicked, &q,
-                     [this, &c] { focusAfterEdit(c); });
-  }
-}
-
-void VelmoraWidget::Private::focusOpenEdit(const Ctr_VelmoraNew& c) {
-  if (!c.Cmd_OKVelmora.Enabled() || c.Lst_Selectionne.Enabled() || !c.Txt_DureeSoin.Enabled()) {
-    return;
-  }
-  // Not when the planner is busy outside the control (a host's call opened the edit).
-  const QWidget* focus = QApplication::focusWidget();
-  if (focus && focus != &q && !q.isAncestorOf(focus)) return;
-  auto* box = qobject_cast<QLineEdit*>(views[&c.Txt_DureeSoin]);
-  // The box's view may hear of its Enabled after this listener does.
-  box->setEnabled(true);
-  box->setFocus(Qt::OtherFocusReason);
-  box->selectAll();
-}
-
-void VelmoraWidget::Private::focusAfterEdit(const Ctr_VelmoraNew& c) {
-  // A dialog or a question box just closed: the planner goes on in this window.
-  if (!q.isActiveWindow()) q.activateWindow();
-  if (c.Cmd_OKVelmora.Enabled() && c.Txt_DureeSoin.Enabled()) {
-    views[&c.Txt_DureeSoin]->setFocus(Qt::OtherFocusReason);
-    return;
-  }
-  ListBoxView* list = q.listView(c.Lst_Selectionne);
-  list->setEnabled(c.Lst_Selectionne.Enabled());  // as its own listener will
-  list->setFocus(Qt::OtherFocusReason);
-  const int current = c.Lst_Selectionne.ListIndex();
-  const int row = current >= 0 ? current : std::min(lastCurrent, c.Lst_Selectionne.ListCount() - 1);
-  if (row >= 0) list->placeCaret(row);
 }
 
 void VelmoraWidget::Private::release() {
@@ -313,18 +219,8 @@ QWidget* VelmoraWidget::view(const toolkit::Control& child) const {
   return found == d->views.end() ? nullptr : found->second;
 }
 
-ListBoxView* VelmoraWidget::listView(const toolkit::ListBox& list) const {
-  return qobject_cast<ListBoxView*>(view(list));
-}
-
-void VelmoraWidget::keyPressEvent(QKeyEvent* event) {
-  QWidget* annuler = d->control ? view(d->control->Cmd_AnnulerVelmora) : nullptr;
-  if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier && annuler &&
-      annuler->isEnabled()) {
-    qobject_cast<QAbstractButton*>(annuler)->click();
-    return;
-  }
-  QWidget::keyPressEvent(event);
+ListBoxView* listViewOf(const VelmoraWidget& widget, const toolkit::ListBox& list) {
+  return qobject_cast<ListBoxView*>(widget.view(list));
 }
 
 void VelmoraWidget::showEvent(QShowEvent* event) {

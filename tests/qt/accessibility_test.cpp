@@ -6,14 +6,10 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "control/inspection.h"
-#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
 namespace {
-
-using qt::VelmoraWidget;
 
 // Every interface under root, depth first.
 void walk(QAccessibleInterface* root, std::vector<QAccessibleInterface*>& found) {
@@ -36,26 +32,22 @@ void hear(QAccessibleEvent* event) {
   heard->emplace_back(what, event->type());
 }
 
-class Accessibility : public ::testing::Test {
+class Accessibility : public WidgetTest {
  protected:
   void SetUp() override {
-    Session::processDefault().state().clear();
-    putTaskCatalogue(account);
+    WidgetTest::SetUp();
     // A task whose name is longer than the 25 characters of its column.
     account.put("TACHE", "Aide à la toilette complète du matin",
                 {{"1"}, {"Entretien"}, {""}, {"N"}, {"35"}});
+    ASSERT_TRUE(shown());
+    initClient(c, account);
   }
-  void TearDown() override { Session::processDefault().state().clear(); }
-
-  TempAccount account;
+  QString rowName(const toolkit::ListBox& list, int row) const {
+    return QAccessible::queryAccessibleInterface(w.view(list))->child(row)->text(QAccessible::Name);
+  }
 };
 
 TEST_F(Accessibility, EveryReachableChildHasAFrenchNameAndTheHiddenOnesStayOut) {
-  Ctr_VelmoraNew c;
-  VelmoraWidget w(c);
-  w.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-  initClient(c, account);
   std::vector<QAccessibleInterface*> tree;
   walk(QAccessible::queryAccessibleInterface(&w), tree);
   std::map<QString, QAccessibleInterface*> byObject;
@@ -84,19 +76,15 @@ TEST_F(Accessibility, EveryReachableChildHasAFrenchNameAndTheHiddenOnesStayOut) 
 }
 
 TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelAndMarksAreSelectedRows) {
-  Ctr_VelmoraNew c;
-  VelmoraWidget w(c);
-  w.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-  initClient(c, account);
   c.Cac_TouteTache.toggle();
   w.refreshLists();
   QAccessibleInterface* list = QAccessible::queryAccessibleInterface(w.view(c.Lst_Possible));
   // Aide à la toilette…, Aspirateur, Vaisselle, Repassage, Déjeuner
   QAccessibleInterface* first = list->child(0);
-  EXPECT_EQ(first->text(QAccessible::Name),
-            QStringLiteral("Type : Ménage, Groupe : Entretien, Tâche : Aide à la toilette "
-                           "complète du matin, Durée : 35 min"));
+  const QString whole = QStringLiteral(
+      "Type : Ménage, Groupe : Entretien, Tâche : Aide à la toilette complète du matin, "
+      "Durée : 35 min");
+  EXPECT_EQ(first->text(QAccessible::Name), whole);
   EXPECT_TRUE(first->state().multiSelectable);
   QAccessibleInterface* repassage = list->child(3);
   repassage->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
@@ -106,11 +94,7 @@ TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelAndMarksAreSelectedRows
   c.Lst_Possible.click(0);
   c.Cmd_Select.press();
   w.refreshLists();
-  EXPECT_EQ(QAccessible::queryAccessibleInterface(w.view(c.Lst_Selectionne))
-                ->child(0)
-                ->text(QAccessible::Name),
-            QStringLiteral("Type : Ménage, Groupe : Entretien, Tâche : Aide à la toilette "
-                           "complète du matin, Durée : 35 min"));
+  EXPECT_EQ(rowName(c.Lst_Selectionne, 0), whole);
   // Under edit, the duration box says whose duration it holds.
   c.Lst_Selectionne.doubleClick(1);
   EXPECT_EQ(w.view(c.Txt_DureeSoin)->accessibleDescription(),
@@ -129,11 +113,6 @@ TEST_F(Accessibility, WhatChangesOnScreenIsAnnounced) {
   // The bridge comes up once it has found the accessibility bus.
   const bool active = QTest::qWaitFor([] { return QAccessible::isActive(); }, 3000);
   if (active) {
-    Ctr_VelmoraNew c;
-    VelmoraWidget w(c);
-    w.show();
-    EXPECT_TRUE(QTest::qWaitForWindowExposed(&w));
-    initClient(c, account);
     c.Cac_TouteTache.toggle();
     c.Lst_Possible.click(3);
     w.refreshLists();
@@ -156,11 +135,6 @@ TEST_F(Accessibility, WhatChangesOnScreenIsAnnounced) {
 }
 
 TEST_F(Accessibility, TheDialogsBoxesAreNamedByTheirLabelsAndItsOkReadsAsTheControls) {
-  Ctr_VelmoraNew c;
-  VelmoraWidget w(c);
-  w.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-  initClient(c, account);
   c.Cac_TouteTache.toggle();
   c.Lst_Possible.click(1);
   c.Cmd_Select.press();

@@ -8,48 +8,12 @@
 #include <QScreen>
 
 #include "control/inspection.h"
-#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
 namespace {
 
-using qt::ListBoxView;
 using qt::VelmoraWidget;
-
-// What a list shows: its rows, and those it paints highlighted.
-std::pair<std::vector<std::string>, std::vector<int>> shown(const ListBoxView& view) {
-  std::pair<std::vector<std::string>, std::vector<int>> shown;
-  for (int i = 0; i < view.listModel().rowCount(); ++i) {
-    const QModelIndex row = view.listModel().index(i);
-    shown.first.push_back(row.data().toString().toStdString());
-    if (row.data(Qt::BackgroundRole).isValid()) shown.second.push_back(i);
-  }
-  return shown;
-}
-
-// The widgets show what the toolkit objects hold, once the lists have caught up.
-void expectWidgetsFollow(const VelmoraWidget& w, const Ctr_VelmoraNew& c, int step) {
-  SCOPED_TRACE("step " + std::to_string(step));
-  QCoreApplication::processEvents();
-  const Snapshot s = snapshot(c);
-  const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
-  EXPECT_EQ(shown(*w.listView(c.Lst_Possible)), std::pair(s.possible, s.marked));
-  EXPECT_EQ(shown(*w.listView(c.Lst_Selectionne)), std::pair(s.rows, current));
-  EXPECT_EQ(shown(*w.listView(c.Lst_CodeSelect)).first, s.codes);
-  const auto text = [&](const toolkit::Control& box) {
-    return qobject_cast<QLineEdit*>(w.view(box))->text().toStdString();
-  };
-  EXPECT_EQ(text(c.Txt_Duree), s.duree);
-  EXPECT_EQ(text(c.Txt_DureeSoin), s.dureeSoin);
-  EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative);
-  const std::vector<const toolkit::Control*> controls{
-      &c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
-      &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
-  for (std::size_t i = 0; i < controls.size(); ++i) {
-    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i]) << controls[i]->name();
-  }
-}
 
 // The observations dialog as designed, on the row of Repassage: a fixed, centred, modal
 // box that shows the row's task, read only, above the observation.
@@ -87,12 +51,13 @@ TEST(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsAndRecordThePlannerMade
     QObject::connect(&w, &VelmoraWidget::totalChanged, [&](double t) { totals.push_back(t); });
     QObject::connect(&w, &VelmoraWidget::mandatoryChanged, [&](bool m) { mandatory.push_back(m); });
     QObject::connect(&w, &VelmoraWidget::selectionChanged, [&] { ++selections; });
-    ListBoxView& possible = *w.listView(c.Lst_Possible);
-    ListBoxView& selected = *w.listView(c.Lst_Selectionne);
+    qt::ListBoxView& possible = *qt::listViewOf(w, c.Lst_Possible);
+    qt::ListBoxView& selected = *qt::listViewOf(w, c.Lst_Selectionne);
     QWidget* dureeSoin = w.view(c.Txt_DureeSoin);
     const auto record = [&] {
       s.push_back(snapshot(c));
-      expectWidgetsFollow(w, c, static_cast<int>(s.size()) - 1);
+      SCOPED_TRACE("step " + std::to_string(s.size() - 1));
+      expectScreenShows(w, c);
     };
     const auto key = [](QWidget* widget, Qt::Key k) { QTest::keyClick(widget, k); };
 

@@ -3,8 +3,6 @@
 // reach the rows they aim at.
 #include <QSignalSpy>
 
-#include "control/inspection.h"
-#include "qt/control_views.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
@@ -13,28 +11,21 @@ namespace {
 using qt::ListBoxModel;
 using qt::ListBoxView;
 
-class ListModel : public ::testing::Test {
+class ListModel : public WidgetTest {
  protected:
-  void SetUp() override { Session::processDefault().state().clear(); }
-  void TearDown() override { Session::processDefault().state().clear(); }
-
   QString shown(int row) const { return model().index(row).data().toString(); }
   bool marked(int row) const { return model().index(row).data(ListBoxModel::kMarkedRole).toBool(); }
-  const ListBoxModel& model() const { return w.listView(ctl.Lst_Possible)->listModel(); }
+  const ListBoxModel& model() const { return listOf(c.Lst_Possible).listModel(); }
   // Rows "Ligne from" to "Ligne to - 1" added to the proposal.
   void addRows(int from, int to) {
-    for (int i = from; i < to; ++i)
-      ctl.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
+    for (int i = from; i < to; ++i) c.Lst_Possible.AddItem(fromUtf8("Ligne " + std::to_string(i)));
   }
-
-  Ctr_VelmoraNew ctl;
-  qt::VelmoraWidget w{ctl};
 };
 
 TEST_F(ListModel, RowsArriveInOneResetAndNoneIsReadPastTheListMeanwhile) {
   QSignalSpy resets(&model(), &QAbstractItemModel::modelReset);
   addRows(0, 20000);
-  ctl.Lst_Possible.setSelected(19999, true);
+  c.Lst_Possible.setSelected(19999, true);
   // Nothing reaches the view until the event loop turns.
   EXPECT_EQ(model().rowCount(), 0);
   QCoreApplication::processEvents();
@@ -43,7 +34,7 @@ TEST_F(ListModel, RowsArriveInOneResetAndNoneIsReadPastTheListMeanwhile) {
   EXPECT_EQ(shown(19999), QStringLiteral("Ligne 19999"));
   EXPECT_TRUE(marked(19999));
 
-  for (int i = 19999; i >= 5; --i) ctl.Lst_Possible.RemoveItem(i);
+  for (int i = 19999; i >= 5; --i) c.Lst_Possible.RemoveItem(i);
   // The view still counts the old rows; the lost ones read empty and unmarked.
   EXPECT_EQ(model().rowCount(), 20000);
   EXPECT_EQ(shown(4), QStringLiteral("Ligne 4"));
@@ -58,8 +49,8 @@ TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
   QCoreApplication::processEvents();
   QSignalSpy resets(&model(), &QAbstractItemModel::modelReset);
   QSignalSpy changes(&model(), &QAbstractItemModel::dataChanged);
-  ctl.Lst_Possible.setList(2, u"Autre texte");
-  ctl.Lst_Possible.setSelected(0, true);
+  c.Lst_Possible.setList(2, u"Autre texte");
+  c.Lst_Possible.setSelected(0, true);
   QCoreApplication::processEvents();
   EXPECT_EQ(resets.count(), 0);
   ASSERT_EQ(changes.count(), 1);
@@ -74,21 +65,32 @@ TEST_F(ListModel, ChangedRowsAndMarksAreRepaintedWithoutAReset) {
 // A press reaches the row under it, even one that arrived since the last refresh; a press
 // below the last row is no click on a row.
 TEST_F(ListModel, AClickMarksTheRowUnderIt) {
-  w.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-  ListBoxView& possible = *w.listView(ctl.Lst_Possible);
+  ASSERT_TRUE(WidgetTest::shown());
+  ListBoxView& possible = listOf(c.Lst_Possible);
   addRows(0, 1);
   QCoreApplication::processEvents();
   const QRect first = possible.rowRect(0);
   addRows(1, 4);
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
                     first.center() + QPoint(0, 3 * first.height()));
-  EXPECT_TRUE(ctl.Lst_Possible.Selected(3));
+  EXPECT_TRUE(c.Lst_Possible.Selected(3));
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {}, possible.rowRect(1).center());
   QTest::mouseClick(possible.viewport(), Qt::LeftButton, {},
                     QPoint(10, possible.rowRect(3).bottom() + 20));
-  EXPECT_EQ(ctl.Lst_Possible.ListIndex(), 1);
-  EXPECT_TRUE(ctl.Lst_Possible.Selected(3));
+  EXPECT_EQ(c.Lst_Possible.ListIndex(), 1);
+  EXPECT_TRUE(c.Lst_Possible.Selected(3));
+}
+
+// Rows that go from under the keyboard caret leave it on the last row left.
+TEST_F(ListModel, TheCaretStaysOnTheListWhenRowsGoFromUnderIt) {
+  addRows(0, 5);
+  QCoreApplication::processEvents();
+  ListBoxView& possible = listOf(c.Lst_Possible);
+  possible.placeCaret(4);
+  c.Lst_Possible.RemoveItem(4);
+  c.Lst_Possible.RemoveItem(3);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(possible.caretRow(), 2);
 }
 
 }  // namespace

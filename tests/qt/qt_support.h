@@ -1,21 +1,25 @@
 // What the widget tests share: an account with a small task catalogue, a snapshot of
-// everything a journey touches, and the planner's hand on real widgets.
+// everything a journey touches, the planner's hand on real widgets, and one fixture.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
 #include <QTest>
 #include <QTimer>
 
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
 #include "control/inspection.h"
-#include "qt/control_views.h"
+#include "qt/velmora_widget_private.h"
 #include "support/account.h"
 #include "support/rows.h"
 
@@ -72,6 +76,57 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   return s;
 }
 
+// What a list shows: its rows, those it paints highlighted, and those its selection model
+// holds (what a screen reader hears as selected).
+struct ListShown {
+  std::vector<std::string> rows;
+  std::vector<int> highlighted;
+  std::vector<int> selected;
+  friend bool operator==(const ListShown&, const ListShown&) = default;
+};
+
+inline ListShown listShown(const qt::ListBoxView& view) {
+  ListShown shown;
+  for (int i = 0; i < view.listModel().rowCount(); ++i) {
+    const QModelIndex row = view.listModel().index(i);
+    shown.rows.push_back(row.data().toString().toStdString());
+    if (row.data(Qt::BackgroundRole).isValid()) shown.highlighted.push_back(i);
+  }
+  for (const QModelIndex& index : view.selectionModel()->selectedIndexes()) {
+    shown.selected.push_back(index.row());
+  }
+  std::sort(shown.selected.begin(), shown.selected.end());
+  return shown;
+}
+
+// The screen shows what the toolkit objects hold, once the lists have caught up: the rows,
+// marks and current row of the lists, the tick, the texts, the warning, and which of the
+// edit's children are enabled.
+inline void expectScreenShows(const qt::VelmoraWidget& w, const Ctr_VelmoraNew& c) {
+  QCoreApplication::processEvents();
+  const Snapshot s = snapshot(c);
+  const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
+  EXPECT_EQ(listShown(*qt::listViewOf(w, c.Lst_Possible)),
+            (ListShown{s.possible, s.marked, s.marked}));
+  EXPECT_EQ(listShown(*qt::listViewOf(w, c.Lst_Selectionne)),
+            (ListShown{s.rows, current, current}));
+  EXPECT_EQ(listShown(*qt::listViewOf(w, c.Lst_CodeSelect)).rows, s.codes);
+  EXPECT_EQ(qobject_cast<QCheckBox*>(w.view(c.Cac_TouteTache))->isChecked(),
+            c.Cac_TouteTache.Value() == 1);
+  const auto text = [&](const toolkit::Control& box) {
+    return qobject_cast<QLineEdit*>(w.view(box))->text().toStdString();
+  };
+  EXPECT_EQ(text(c.Txt_Duree), s.duree);
+  EXPECT_EQ(text(c.Txt_DureeSoin), s.dureeSoin);
+  EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative);
+  const std::vector<const toolkit::Control*> controls{
+      &c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
+      &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
+  for (std::size_t i = 0; i < controls.size(); ++i) {
+    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i]) << controls[i]->name();
+  }
+}
+
 // The journeys' catalogue: two types, three groups, four tasks, Repassage mandatory; the
 // rows show the type key, the group key and the task key.
 inline void putTaskCatalogue(TempAccount& account) {
@@ -113,5 +168,37 @@ inline void click(QWidget* widget) {
   ASSERT_NE(widget, nullptr);
   QTest::mouseClick(widget, Qt::LeftButton);
 }
+
+// The fixture of the widget tests: the module state reset around each test, an account
+// with the journeys' catalogue, and the host's control in a widget, not yet shown.
+class WidgetTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Session::processDefault().state().clear();
+    putTaskCatalogue(account);
+  }
+  void TearDown() override { Session::processDefault().state().clear(); }
+
+  // Shows the widget and waits until it is on screen, and active when keys must reach it.
+  [[nodiscard]] bool shown(bool active = false) {
+    w.show();
+    if (!QTest::qWaitForWindowExposed(&w)) return false;
+    if (!active) return true;
+    w.activateWindow();
+    return QTest::qWaitForWindowActive(&w);
+  }
+  // The view of a child, as the Qt class that shows its kind.
+  template <typename W>
+  W* viewOf(const toolkit::Control& child) const {
+    auto* view = qobject_cast<W*>(w.view(child));
+    EXPECT_NE(view, nullptr) << child.name();
+    return view;
+  }
+  qt::ListBoxView& listOf(const toolkit::ListBox& list) const { return *qt::listViewOf(w, list); }
+
+  TempAccount account;
+  Ctr_VelmoraNew c;
+  qt::VelmoraWidget w{c};
+};
 
 }  // namespace velmora::testing

@@ -4,38 +4,19 @@
 #include <vector>
 
 #include <QCheckBox>
-#include <QFontInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyle>
 
-#include "control/inspection.h"
-#include "qt/control_views.h"
 #include "qt/select_arrow.h"
 #include "qt_support.h"
 
 namespace velmora::testing {
 namespace {
 
-using qt::VelmoraWidget;
-
-class Surface : public ::testing::Test {
- protected:
-  void SetUp() override { Session::processDefault().state().clear(); }
-  void TearDown() override { Session::processDefault().state().clear(); }
-
-  template <typename W>
-  W* viewOf(const toolkit::Control& c) const {
-    auto* widget = qobject_cast<W*>(w.view(c));
-    EXPECT_NE(widget, nullptr) << c.name();
-    return widget;
-  }
-
-  Ctr_VelmoraNew ctl;
-  VelmoraWidget w{ctl};
-};
+using Surface = WidgetTest;
 
 // What a planner reads on a child: a label's or a button's caption, a box's text.
 QString captionOf(QWidget* view) {
@@ -52,18 +33,18 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaption)
   // whether it lies in the frame, its caption, "off" when disabled, "hidden" when not shown.
   const std::vector<std::tuple<const toolkit::Control*, QRect, bool, const char*, std::string>>
       places{
-          {&ctl.Cac_TouteTache, {8, 8, 161, 17}, false, "Afficher toutes les tâches", ""},
-          {&ctl.Cdr_Soins, {0, 32, 662, 361}, false, "", ""},
-          {&ctl.Lst_CodePos, {504, 104, 57, 56}, true, "", "hidden"},
-          {&ctl.Txt_Barre1, {704, 40, 1, 73}, true, "Text1", ""},
-          {&ctl.Cmd_AnnulerVelmora, {448, 328, 57, 25}, true, "Annuler", "off"},
-          {&ctl.Etq_Imperativite,
+          {&c.Cac_TouteTache, {8, 8, 161, 17}, false, "Afficher toutes les tâches", ""},
+          {&c.Cdr_Soins, {0, 32, 662, 361}, false, "", ""},
+          {&c.Lst_CodePos, {504, 104, 57, 56}, true, "", "hidden"},
+          {&c.Txt_Barre1, {704, 40, 1, 73}, true, "Text1", ""},
+          {&c.Cmd_AnnulerVelmora, {448, 328, 57, 25}, true, "Annuler", "off"},
+          {&c.Etq_Imperativite,
            {72, 320, 265, 25},
            true,
            "Au moins une tâche impérative",
            "hidden"},
       };
-  QWidget* frame = w.view(ctl.Cdr_Soins);
+  QWidget* frame = w.view(c.Cdr_Soins);
   for (const auto& [control, rect, inFrame, caption, state] : places) {
     SCOPED_TRACE(control->name());
     QWidget* view = w.view(*control);
@@ -75,29 +56,24 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaption)
     EXPECT_EQ(view->isEnabled(), state != "off");
     EXPECT_EQ(view->isVisibleTo(&w), state != "hidden");
   }
-  EXPECT_TRUE(viewOf<QCheckBox>(ctl.Cac_TouteTache)->isChecked());
-  EXPECT_EQ(viewOf<QLineEdit>(ctl.Txt_DureeSoin)->maxLength(), 5);
+  EXPECT_TRUE(viewOf<QCheckBox>(c.Cac_TouteTache)->isChecked());
+  EXPECT_EQ(viewOf<QLineEdit>(c.Txt_DureeSoin)->maxLength(), 5);
   // The select button's caption is its down arrow, named for screen readers.
-  auto* select = viewOf<QPushButton>(ctl.Cmd_Select);
+  auto* select = viewOf<QPushButton>(c.Cmd_Select);
   EXPECT_EQ(select->icon().pixmap(16, 16).toImage().convertToFormat(QImage::Format_RGB32),
             qt::selectArrowImage().convertToFormat(QImage::Format_RGB32));
   EXPECT_EQ(select->accessibleName(), QStringLiteral("Sélectionner"));
 }
 
 TEST_F(Surface, FontsAndColoursAreThoseOfTheDesign) {
-  // The lists' columns line up under their headings in a fixed pitch.
-  const QFont font = w.view(ctl.Lst_Selectionne)->font();
-  EXPECT_EQ(font.family(), QStringLiteral("Courier New"));
-  EXPECT_DOUBLE_EQ(font.pointSizeF(), 8.25);
-  EXPECT_TRUE(QFontInfo(font).fixedPitch());
-  QWidget* warning = w.view(ctl.Etq_Imperativite);
+  QWidget* warning = w.view(c.Etq_Imperativite);
   EXPECT_EQ(warning->font().family(), QStringLiteral("MS Sans Serif"));
   EXPECT_DOUBLE_EQ(warning->font().pointSizeF(), 13.5);
   EXPECT_EQ(warning->palette().color(QPalette::WindowText), QColor(255, 0, 0));
 
-  EXPECT_EQ(w.view(ctl.Txt_Duree)->palette().color(QPalette::Disabled, QPalette::Base),
+  EXPECT_EQ(w.view(c.Txt_Duree)->palette().color(QPalette::Disabled, QPalette::Base),
             QColor(192, 192, 255));
-  EXPECT_EQ(w.view(ctl.Txt_Barre1)->palette().color(QPalette::Base), QColor(64, 64, 64));
+  EXPECT_EQ(w.view(c.Txt_Barre1)->palette().color(QPalette::Base), QColor(64, 64, 64));
 }
 
 // The rows stand under their headings, as with Courier New 8.25 pt on a 96-dpi screen:
@@ -110,10 +86,10 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
   Text row(88, u' ');
   for (const int p : positions) row[static_cast<std::size_t>(p)] = u'\u2588';
   w.show();
-  for (const auto& [list, heading] : {std::pair{&ctl.Lst_Possible, &ctl.Etq_Pos3},
-                                      std::pair{&ctl.Lst_Selectionne, &ctl.Etq_Sel3}}) {
+  for (const auto& [list, heading] :
+       {std::pair{&c.Lst_Possible, &c.Etq_Pos3}, std::pair{&c.Lst_Selectionne, &c.Etq_Sel3}}) {
     list->AddItem(row);
-    auto* view = w.listView(*list);
+    auto* view = &listOf(*list);
     QCoreApplication::processEvents();
     const QImage shot = view->grab().toImage();
     const qreal scale = shot.devicePixelRatio();
@@ -138,8 +114,8 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
     EXPECT_EQ(expected.front(), qRound(4 * scale));
   }
   // Position 88 is centred under "F".
-  const QWidget* f = w.view(ctl.Label1);
-  EXPECT_EQ(2 * (w.view(ctl.Etq_Pos3)->x() + 7 * (87 - 52)) + 7, 2 * f->x() + f->width());
+  const QWidget* f = w.view(c.Label1);
+  EXPECT_EQ(2 * (w.view(c.Etq_Pos3)->x() + 7 * (87 - 52)) + 7, 2 * f->x() + f->width());
   for (QWidget* child : w.findChildren<QWidget*>()) {
     const QString caption = captionOf(child);
     if (caption.isEmpty() || qobject_cast<QLineEdit*>(child)) continue;
@@ -154,13 +130,12 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
 }
 
 TEST_F(Surface, InitRewritesTheCaptionsOnScreenForEachKind) {
-  TempAccount account;
   for (const bool care : {true, false}) {
-    initClient(ctl, account, care ? u"SSIAD" : u"AUTRE");
-    EXPECT_EQ(viewOf<QLabel>(ctl.Etq_Pos1)->text(), care ? "Regroupement" : "Type");
-    EXPECT_EQ(viewOf<QCheckBox>(ctl.Cac_TouteTache)->text(),
+    initClient(c, account, care ? u"SSIAD" : u"AUTRE");
+    EXPECT_EQ(viewOf<QLabel>(c.Etq_Pos1)->text(), care ? "Regroupement" : "Type");
+    EXPECT_EQ(viewOf<QCheckBox>(c.Cac_TouteTache)->text(),
               care ? "Afficher tous les soins" : QStringLiteral("Afficher toutes les tâches"));
-    EXPECT_FALSE(viewOf<QCheckBox>(ctl.Cac_TouteTache)->isChecked());
+    EXPECT_FALSE(viewOf<QCheckBox>(c.Cac_TouteTache)->isChecked());
   }
 }
 

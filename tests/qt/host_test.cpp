@@ -1,0 +1,214 @@
+// The binding as a host meets it: the widget's failures and setControl, the screen
+// services' question box and pointer, the demo host's stored selection, and the widget in
+// Qt Designer.
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+#include <velmora/qt/failure_display.h>
+#include <velmora/qt/host_store.h>
+#include <velmora/qt/qt_services.h>
+#include <velmora/qt/sample_database.h>
+#include <velmora/store/sqlite_database.h>
+#include "control/inspection.h"
+#include "qt_support.h"
+
+#ifdef VELMORA_DESIGNER_PLUGIN
+#include <QPluginLoader>
+#include <QtUiPlugin/QDesignerCustomWidgetInterface>
+#endif
+
+namespace velmora::testing {
+namespace {
+
+using HostWidget = WidgetTest;
+
+// A failure an event procedure lets out (the switch's query with no connection) is shown
+// in French, or handed to a listening host with no box; the control goes on working.
+TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) {
+  ASSERT_TRUE(shown());
+  initClient(c, account);
+  c.Vider_liste();
+  int boxes = 0;
+  whenModal([&](QWidget& modal) {
+    auto* box = qobject_cast<QMessageBox*>(&modal);
+    ASSERT_NE(box, nullptr);
+    ++boxes;
+    EXPECT_EQ(box->icon(), QMessageBox::Warning);
+    EXPECT_EQ(box->windowTitle(), QStringLiteral("Erreur"));
+    EXPECT_EQ(box->text(),
+              QStringLiteral("Erreur n° 91 :\nobjet non défini : la référence est vide"));
+    click(box->button(QMessageBox::Ok));
+  });
+  click(w.view(c.Cac_TouteTache));
+  EXPECT_EQ(boxes, 1);
+  EXPECT_EQ(c.Lst_Possible.ListCount(), 0);
+
+  QSignalSpy failures(&w, &qt::VelmoraWidget::failed);
+  initClient(c, account);
+  c.Vider_liste();
+  click(w.view(c.Cac_TouteTache));
+  qt::guarded(w.view(c.Lst_Possible),
+              [] { throw Failure(errors::kTypeMismatch, "type mismatch"); });
+  ASSERT_EQ(failures.count(), 2);
+  EXPECT_EQ(failures.at(0).at(0).toInt(), errors::kObjectNotSet);
+  EXPECT_TRUE(failures.at(0).at(1).toString().contains(QStringLiteral("objet non défini")));
+  EXPECT_EQ(failures.at(1).at(0).toInt(), errors::kTypeMismatch);
+  EXPECT_EQ(boxes, 1);
+
+  // Given its connection again, the same control fills on the next tick.
+  initClient(c, account);
+  click(w.view(c.Cac_TouteTache));
+  EXPECT_EQ(c.Lst_Possible.ListCount(), 4);
+}
+
+// A widget made with a parent only (as Designer makes it) owns a control until it is
+// given the host's.
+TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
+  Ctr_VelmoraNew hosts;  // outlives the widget that shows it
+  qt::VelmoraWidget owning;
+  const auto held = std::make_shared<qt::QtServices>();  // by the control the widget made
+  owning.control().setServices(held);
+  const auto views = owning.findChildren<QWidget*>().size();
+  owning.setControl(hosts);
+  EXPECT_EQ(&owning.control(), &hosts);
+  EXPECT_EQ(held.use_count(), 1);  // that control is gone, and what it held let go
+  ASSERT_NE(qt::listViewOf(owning, hosts.Lst_Possible), nullptr);
+  EXPECT_EQ(owning.findChildren<QWidget*>().size(), views);  // the old control's views are gone
+
+  initClient(hosts, account);
+  hosts.Cac_TouteTache.toggle();
+  owning.refreshLists();
+  EXPECT_EQ(qt::listViewOf(owning, hosts.Lst_Possible)->listModel().rowCount(), 4);
+}
+
+TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
+  using Close = std::function<void(QMessageBox&)>;
+  // The question's two buttons in French, Oui the default.
+  const Close yes = [](QMessageBox& b) {
+    EXPECT_EQ(b.buttons().size(), 2);
+    EXPECT_EQ(b.button(QMessageBox::No)->text(), QStringLiteral("&Non"));
+    EXPECT_EQ(b.defaultButton(), b.button(QMessageBox::Yes));
+    EXPECT_EQ(b.defaultButton()->text(), QStringLiteral("&Oui"));
+    click(b.button(QMessageBox::Yes));
+  };
+  const Close no = [](QMessageBox& b) { click(b.button(QMessageBox::No)); };
+  const Close ok = [](QMessageBox& b) {
+    EXPECT_EQ(b.buttons().size(), 1);
+    click(b.button(QMessageBox::Ok));
+  };
+  const Close escape = [](QMessageBox& b) { QTest::keyClick(&b, Qt::Key_Escape); };
+  const Close reject = [](QMessageBox& b) { b.reject(); };
+  const int yesNo = toolkit::kStyleYesNoQuestion;
+  const std::vector<std::tuple<int, Close, int, QMessageBox::Icon>> cases{
+      {yesNo, yes, toolkit::kMsgBoxYes, QMessageBox::Question},
+      {yesNo, no, toolkit::kMsgBoxNo, QMessageBox::Question},
+      // Escape, or a box closed without a button, answers No, never Yes.
+      {yesNo, escape, toolkit::kMsgBoxNo, QMessageBox::Question},
+      {yesNo, reject, toolkit::kMsgBoxNo, QMessageBox::Question},
+      // A box of one button answers with it, however it is closed.
+      {64, ok, 1, QMessageBox::Information},
+      {16, escape, 1, QMessageBox::Critical},
+      {48, reject, 1, QMessageBox::Warning},
+  };
+  qt::QtServices services;
+  for (const auto& [style, close, code, icon] : cases) {
+    SCOPED_TRACE(style);
+    whenModal([&how = close, want = icon](QWidget& modal) {
+      auto* box = qobject_cast<QMessageBox*>(&modal);
+      ASSERT_NE(box, nullptr);
+      EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
+      EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
+      EXPECT_EQ(box->icon(), want);
+      how(*box);
+    });
+    EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", style, u"Message TALVERANE"), code);
+  }
+}
+
+TEST(QtServices, APointerShapeOverridesTheCursorUntilShapeZeroOrTheServicesGo) {
+  auto services = std::make_unique<qt::QtServices>();
+  services->setMousePointer(11);
+  ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  services->setMousePointer(0);
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+  services->setMousePointer(11);
+  services.reset();
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+// Client 00001 on Monday 23/11/2026 (day 21512), 08:30 to 10:00.
+const qt::Intervention kMonday{.client = u"00001",
+                               .dateDeb = u"23/11/2026",
+                               .dateFin = u"23/11/2026",
+                               .heureDe = u"08:30",
+                               .heureA = u"10:00",
+                               .kind = u"AUTRE"};
+
+TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
+  Session::processDefault().state().clear();
+  QTemporaryDir dir;
+  ASSERT_TRUE(dir.isValid());
+  const std::string path = dir.filePath(QStringLiteral("sample.db")).toStdString();
+  qt::ensureSampleDatabase(path, VELMORA_SAMPLE_DIR);
+
+  Ctr_VelmoraNew ctl;
+  ctl.TheDatabase(openDatabase(path));
+  InitArguments a{u"AUTRE", u"00001", u"23/11/2026", u"23/11/2026", u"08:30", u"10:00", u"1000000"};
+  ctl.Init(a);
+  const Snapshot before = snapshot(ctl);
+  ctl.MAJ_Enr();
+  const RecordRef items = ctl.W_Enr;
+  ASSERT_GE(items->DCount(), 2);
+
+  const Text key = qt::storeSelection(path, kMonday, *items);
+  ASSERT_EQ(key, u"DEMO0000012151200000100850");
+  // What the host wrote, read back through a connection of its own.
+  const RecordRef stored = openDatabase(path)->OpenFile(u"TPSDETAILSINTERV")->ReadRecord(key);
+  EXPECT_EQ(stored->r(1), u"21512");
+  EXPECT_EQ(stored->r(2), u"1000");
+  EXPECT_EQ(stored->r(3), u"A");
+
+  // Consulting the key shows the same selection, rows, codes, observations and total.
+  InitArguments consult{u"AUTRE", key, u"", u"", u"", u"", u""};
+  ctl.TheDatabase(openDatabase(path));
+  ctl.Init(consult);
+  const Snapshot s = snapshot(ctl);
+  EXPECT_EQ(std::tie(s.rows, s.codes, s.obs, s.duree, s.total),
+            std::tie(before.rows, before.codes, before.obs, before.duree, before.total));
+  Session::processDefault().state().clear();
+}
+
+#ifdef VELMORA_DESIGNER_PLUGIN
+
+TEST(DesignerPlugin, DescribesAndCreatesTheWidget) {
+  QPluginLoader loader(QStringLiteral(VELMORA_DESIGNER_PLUGIN));
+  QObject* instance = loader.instance();
+  ASSERT_NE(instance, nullptr) << loader.errorString().toStdString();
+  auto* plugin = qobject_cast<QDesignerCustomWidgetInterface*>(instance);
+  ASSERT_NE(plugin, nullptr);
+
+  EXPECT_EQ(plugin->name(), QStringLiteral("velmora::qt::VelmoraWidget"));
+  EXPECT_TRUE(plugin->domXml().contains(QStringLiteral(R"(class="velmora::qt::VelmoraWidget")")));
+
+  // The plugin holds its own copy of the binding: the widget is checked by its class
+  // name and its surface, not by a cast.
+  QWidget form;
+  QWidget* widget = plugin->createWidget(&form);
+  ASSERT_NE(widget, nullptr);
+  EXPECT_EQ(widget->parentWidget(), &form);
+  EXPECT_STREQ(widget->metaObject()->className(), "velmora::qt::VelmoraWidget");
+  EXPECT_EQ(widget->size(), QSize(664, 400));  // 9960 x 6000 twips
+  EXPECT_EQ(widget->findChildren<QListView*>().size(), 4);
+}
+
+#endif
+
+}  // namespace
+}  // namespace velmora::testing
