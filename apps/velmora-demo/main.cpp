@@ -14,7 +14,7 @@
 #include <velmora/base/failure.h>
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/sample_database.h>
-#include <velmora/store/sqlite_database.h>  // store::isServerUri
+#include <velmora/store/sqlite_database.h>  // isServerUri
 #include "demo_window.h"
 #include "sample_directory.h"
 
@@ -102,7 +102,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "velmora-demo: %s\n", failure.what());
     return 1;
   }
-  if (parser.isSet(db) && !velmora::store::isServerUri(options.database) &&
+  if (parser.isSet(db) && !velmora::isServerUri(options.database) &&
       !QFile::exists(parser.value(db))) {
     std::fprintf(stderr, "velmora-demo: %s: no such store\n", options.database.c_str());
     return 1;

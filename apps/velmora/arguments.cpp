@@ -79,7 +79,7 @@ std::string requiredDatabase(Arguments& args) {
 }
 
 void checkStoreTarget(const std::string& database) {
-  if (store::isServerUri(database)) return;
+  if (isServerUri(database)) return;
   std::error_code ec;
   const auto type = std::filesystem::status(store::followLinks(database), ec).type();
   if (type == std::filesystem::file_type::not_found ||

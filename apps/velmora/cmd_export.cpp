@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 void writeAndCheck(const std::string& database, std::ostream& out, const std::string& shown) {
   {
-    Progress progress(say("exporting {}", {store::shownLocation(database)}), 0, true);
+    Progress progress(say("exporting {}", {shownLocation(database)}), 0, true);
     CountingBuffer counted(*out.rdbuf(), progress);
     std::ostream through(&counted);
     writeExchange(database, through);

@@ -53,13 +53,13 @@ int run(Arguments& args) {
   {
     const Progress progress(
         say("importing {} lines into {}",
-            {std::to_string(batch.size()), store::shownLocation(database)}),
+            {std::to_string(batch.size()), shownLocation(database)}),
         0, false);
     StoreWriter(database).apply(batch);
   }
   std::cout << "velmora: "
             << say("{}: {} lines imported",
-                   {store::shownLocation(database), std::to_string(batch.size())})
+                   {shownLocation(database), std::to_string(batch.size())})
             << "\n";
   return 0;
 }

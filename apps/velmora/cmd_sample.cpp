@@ -19,13 +19,13 @@ int run(Arguments& args) {
   args.positionals(0, 0);
   checkStoreTarget(target);
   const SampleBuild built = [&] {
-    const Progress progress(say("building the sample store {}", {store::shownLocation(target)}),
+    const Progress progress(say("building the sample store {}", {shownLocation(target)}),
                             0, false);
     return buildSampleDatabase(target, from);
   }();
   std::cout << "velmora: "
             << say("{}: {} lines from {} files",
-                   {store::shownLocation(target), std::to_string(built.lines),
+                   {shownLocation(target), std::to_string(built.lines),
                     std::to_string(built.files)})
             << "\n";
   return 0;

@@ -33,7 +33,7 @@ bool clientKnown(const DatabaseRef& db, const Text& code) {
   }
   // Exact matches are written as literals; the task lists' keys begin with the code,
   // which checkClientCode has freed of brackets and quotes.
-  const Text literal = store::literalValue(code);
+  const Text literal = literalValue(code);
   const std::array<std::pair<Text, Text>, 3> probes{{
       {u"SSELECT AIDEDETAILTACHE AVEC @ID = \"" + code + u"]\"", u"AIDEDETAILTACHE"},
       {u"SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = " + literal, u"TPSSEMAINETYPE"},

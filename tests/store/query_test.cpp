@@ -168,9 +168,9 @@ TEST_F(Query, NoLiteralValueChangesTheShapeOfTheQuery) {
   for (const auto& v : values) account_.put("TACHE", "k" + v, {{v}});
   for (const auto& v : values) {
     SCOPED_TRACE(v);
-    const std::string literal = toUtf8(store::literalValue(fromUtf8(v)));
+    const std::string literal = toUtf8(literalValue(fromUtf8(v)));
     EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + literal + " PAR 1"), Keys{});
-    const std::string key = toUtf8(store::literalValue(fromUtf8("k" + v)));
+    const std::string key = toUtf8(literalValue(fromUtf8("k" + v)));
     EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 0 = " + key + (" AND AVEC 1 = " + literal)),
               Keys{"k" + v});
     EXPECT_EQ(keys(db_, "SSELECT TACHE AVEC 1 = " + literal + R"( AND AVEC 0 = "k]")"),

@@ -73,13 +73,9 @@ class VELMORA_EXPORT NorvikClient {
 
 using ClientRef = Ref<NorvikClient>;
 
-namespace store {
-
 // A value written as a literal of the query language ('...', a quote in it doubled): it
 // compares whole, and no character of it can change the shape of the query it stands in.
 // Hosts that put a value of their own into a query write it with this.
 VELMORA_EXPORT Text literalValue(TextView value);
-
-}  // namespace store
 
 }  // namespace velmora

@@ -61,14 +61,12 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
 // what to do (no password in it), or errors::kBusy as SqliteDatabase does.
 VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
 
-namespace store {
 // Whether the location names a PostgreSQL server (a postgresql:// or postgres:// URI)
 // rather than a file.
 VELMORA_EXPORT bool isServerUri(std::string_view location);
 // The location as output and logs may show it: a server URI with its password masked, a
 // file path as it is.
 VELMORA_EXPORT std::string shownLocation(std::string_view location);
-}  // namespace store
 
 // The counters of a connection made by openDatabase; fails with errors::kInvalidCall
 // for any other kind of database.

@@ -4,15 +4,19 @@
 
 #include "store/postgresql/postgresql_support.h"
 
-namespace velmora::store {
+namespace velmora {
 
 bool isServerUri(std::string_view location) {
   return location.starts_with("postgresql://") || location.starts_with("postgres://");
 }
 
 std::string shownLocation(std::string_view location) {
-  return isServerUri(location) ? displayUri(location) : std::string(location);
+  return isServerUri(location) ? store::displayUri(location) : std::string(location);
 }
+
+}  // namespace velmora
+
+namespace velmora::store {
 
 ReadConnection::Snapshot::Snapshot(ReadConnection& connection) : connection_(connection) {
   if (connection_.snapshotDepth_ > 0) {

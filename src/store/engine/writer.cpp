@@ -83,7 +83,7 @@ void Batch::append(const Batch& other) {
 
 StoreWriter::StoreWriter(const std::string& path, Sync sync)
     : path_(path),
-      target_(store::isServerUri(path) ? store::serverTarget(path, sync)
+      target_(isServerUri(path) ? store::serverTarget(path, sync)
                                        : store::sqliteTarget(path, sync)) {}
 
 StoreWriter::~StoreWriter() = default;

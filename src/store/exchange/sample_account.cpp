@@ -144,7 +144,7 @@ void fillServerDatabase(const std::string& target, const Batch& batch) {
 SampleBuild buildSampleDatabase(const std::string& target, const std::string& directory) {
   const auto files = exchangeFiles(directory);
   const Batch batch = readAll(files);
-  if (store::isServerUri(target)) {
+  if (isServerUri(target)) {
     fillServerDatabase(target, batch);
     return {batch.size(), files.size()};
   }

@@ -220,6 +220,10 @@ QuerySyntax parseQuery(TextView text) {
   return Parser(text).parse();
 }
 
+}  // namespace velmora::store
+
+namespace velmora {
+
 Text literalValue(TextView value) {
   Text quoted = u"'";
   for (const char16_t c : value) {
@@ -229,4 +233,4 @@ Text literalValue(TextView value) {
   return quoted + u"'";
 }
 
-}  // namespace velmora::store
+}  // namespace velmora

@@ -10,7 +10,7 @@
 namespace velmora {
 
 SqliteDatabase::SqliteDatabase(const std::string& path)
-    : connection_(store::isServerUri(path)
+    : connection_(isServerUri(path)
                       ? throw Failure(errors::kInvalidCall,
                                       "invalid call: SqliteDatabase opens a file, not a server: "
                                       "use openDatabase")
@@ -45,7 +45,7 @@ std::unique_ptr<NorvikDatabase::Snapshot> SqliteDatabase::holdSnapshot() {
 }
 
 DatabaseRef openDatabase(const std::string& location) {
-  if (store::isServerUri(location)) {
+  if (isServerUri(location)) {
     return {std::make_shared<store::StoreDatabase>(store::connectToStore(location))};
   }
   return {std::make_shared<SqliteDatabase>(location)};
