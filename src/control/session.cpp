@@ -5,6 +5,7 @@
 
 #include "control/error_regime.h"
 #include "control/session_state.h"
+#include "store/engine/account_layout.h"
 
 namespace velmora {
 
@@ -13,29 +14,16 @@ namespace {
 // The session whose control runs on this thread; none outside the control's procedures.
 thread_local Session::State* tInUse = nullptr;
 
-// Each file with its handle, in the order Ouvre_Fichiers opens them. The store's list of
-// the thirteen files (kAccountFiles, which makes an account) names the same files, but
-// it cannot name the handles of a session, which live here; the names stay beside their
-// handles so that neither list has to follow the other's order.
-struct FileSlot {
-  const char16_t* name;
-  FileRef SessionVariables::*handle;
-};
-constexpr std::array<FileSlot, 13> kOpeningOrder{{
-    {u"BESOINSAIDE", &SessionVariables::F_BesoinsAide},
-    {u"SSIADSOINS", &SessionVariables::F_Soins},
-    {u"SSIADTYPESOINS", &SessionVariables::F_TypeSoins},
-    {u"SSIADREGROUPSOINS", &SessionVariables::F_RegroupSoins},
-    {u"TABLES", &SessionVariables::F_Tables},
-    {u"TPSSEMAINETYPE", &SessionVariables::F_SemType},
-    {u"TPSDETAILSINTERV", &SessionVariables::F_DetailsInterv},
-    {u"TPSPARAM", &SessionVariables::F_Param},
-    {u"TACHE", &SessionVariables::F_Tache},
-    {u"GROUPETACHE", &SessionVariables::F_GroupeTache},
-    {u"TYPETACHE", &SessionVariables::F_TypeTache},
-    {u"AIDEDETAILTACHE", &SessionVariables::F_AideDetail},
-    {u"TPSSEMAINETYPEFLOT", &SessionVariables::F_SemTypeFlot},
-}};
+// The handle of each of the thirteen files, in the order of the store's one list of them
+// (kAccountFiles), which is the order Ouvre_Fichiers opens them in.
+constexpr std::array<FileRef SessionVariables::*, kAccountFiles.size()> kHandles{
+    &SessionVariables::F_BesoinsAide,   &SessionVariables::F_Soins,
+    &SessionVariables::F_TypeSoins,     &SessionVariables::F_RegroupSoins,
+    &SessionVariables::F_Tables,        &SessionVariables::F_SemType,
+    &SessionVariables::F_DetailsInterv, &SessionVariables::F_Param,
+    &SessionVariables::F_Tache,         &SessionVariables::F_GroupeTache,
+    &SessionVariables::F_TypeTache,     &SessionVariables::F_AideDetail,
+    &SessionVariables::F_SemTypeFlot};
 
 // The cursors that Ferme_Fichiers releases before the handles, then the working tables
 // that go with them.
@@ -78,15 +66,15 @@ NorvikDates& SessionVariables::TheDates() {
 }
 
 void SessionProcedures::Ouvre_Fichiers() {
-  for (const FileSlot& file : kOpeningOrder) {
-    resumeNext(err_, [&] { v_.*file.handle = v_.TheDatabase->OpenFile(file.name); });
+  for (std::size_t i = 0; i < kHandles.size(); ++i) {
+    resumeNext(err_, [&] { v_.*kHandles[i] = v_.TheDatabase->OpenFile(kAccountFiles[i]); });
   }
 }
 
 void SessionProcedures::Ferme_Fichiers() {
   // Every record and file goes before the connection it came from.
   for (RecordRef SessionVariables::*cursor : kCursors) (v_.*cursor).reset();
-  for (const FileSlot& file : kOpeningOrder) (v_.*file.handle).reset();
+  for (FileRef SessionVariables::*handle : kHandles) (v_.*handle).reset();
   for (RecordRef SessionVariables::*table : kReleasedTables) (v_.*table).reset();
   v_.TheDatabase.reset();
 }
