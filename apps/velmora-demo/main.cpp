@@ -50,13 +50,6 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("velmora-demo"));
   QApplication::setOrganizationName(QStringLiteral("Velmora"));
-  // Qt's own words on screen in French (Debian's qt6-translations-l10n), whatever the locale.
-  QTranslator qtFrench;
-  if (qtFrench.load(QStringLiteral("qtbase_fr"),
-                    QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-    QApplication::installTranslator(&qtFrench);
-  }
-
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("A small host of the Velmora planning control."));
   parser.addHelpOption();
@@ -94,6 +87,14 @@ int main(int argc, char** argv) {
   parser.addOptions(
       {db, client, kind, key, from, to, start, end, days, floating, screenshot, controlOnly});
   parser.process(app);
+
+  // Qt's own words on screen in French (Debian's qt6-translations-l10n), whatever the locale;
+  // only after the command line is read, so that --help and its errors stay whole in English.
+  QTranslator qtFrench;
+  if (qtFrench.load(QStringLiteral("qtbase_fr"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&qtFrench);
+  }
 
   velmora::demo::DemoOptions options;
   try {
