@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
@@ -180,7 +179,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
            if (PQstatus(sessions.back().get()) != CONNECTION_OK) break;
          }
          failureNumber([&] { account.open(); }, &full);
-         sessions.resize(sessions.size() - 2);
+         sessions.erase(sessions.end() - 2, sessions.end());
          failureNumber([] { openDatabase("postgresql://velmora_intrus:juste@/"); }, &reserved);
          throw Failure(errors::kDatabase, full + " | " + reserved);
        },
@@ -318,12 +317,11 @@ class Office : public ::testing::Test {
   // A session as the role, with its password from the office's file (libpq would take the
   // administrator's from PGPASSWORD first).
   static Pg session(const std::string& role, const std::string& database = "velmora_probe") {
-    const std::array<const char*, 6> keys = {"host", "port", "dbname", "user", "password", nullptr};
     const std::string& password = office_->passwords[role == "velmora_writer" ? 0 : 1];
-    const std::array<const char*, 6> values = {"localhost",      std::getenv("PGPORT"),
-                                               database.c_str(), role.c_str(),
-                                               password.c_str(), nullptr};
-    return {PQconnectdbParams(keys.data(), values.data(), 0), &PQfinish};
+    return {PQconnectdb(("host=localhost port=" + std::string(std::getenv("PGPORT")) +
+                         " dbname=" + database + " user=" + role + " password=" + password)
+                            .c_str()),
+            &PQfinish};
   }
   // The SQLSTATE of the statement's failure, "" when it went through.
   static std::string refusal(PGconn* connection, const std::string& sql) {
