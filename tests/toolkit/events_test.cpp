@@ -158,11 +158,13 @@ TEST(Events, AFormRefusesToUnloadUntilItsUnloadEventAllows) {
   form.UnloadEvent = [&](std::int16_t& c) { c = cancel; };
   ScriptedServices services;
   for (int i = 0; i < 2; ++i) form.Load();
-  services.onModal([&](Form& f) {
+  const auto closeBox = [&](Form& f) {
     f.requestClose();  // refused the first time, allowed the second
     cancel = 0;
-  });
+  };
+  services.onModal(closeBox);
   EXPECT_THROW(services.ShowModal(form), Failure);
+  services.onModal(closeBox);
   services.ShowModal(form);
   EXPECT_FALSE(form.isLoaded());
   form.Load();
