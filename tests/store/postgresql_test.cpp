@@ -132,7 +132,11 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
          }
          account.open();
        },
-       [] { cluster("restart"); }, errors::kDatabase, "est sur un serveur qui s'arrête"},
+       [] {
+         cluster("stop");
+         cluster("start");
+       },
+       errors::kDatabase, "est sur un serveur qui s'arrête"},
       {"a standby that takes no session",
        [] {
          cluster("stop");
