@@ -1,9 +1,9 @@
 // The exchange files: what an import reads, what it refuses (naming the source and line),
 // and the stable order of an export (the tool's tests make the round trips).
 #include <gtest/gtest.h>
-#include <vector>
 
 #include <sstream>
+#include <vector>
 
 #include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
@@ -19,12 +19,6 @@ using testing::TempAccount;
 Batch parse(const std::string& text) {
   std::istringstream in(text);
   return readExchange(in, "t.jsonl");
-}
-
-std::string exported(const std::string& path) {
-  std::ostringstream out;
-  writeExchange(path, out);
-  return out.str();
 }
 
 std::string parseFailure(const std::string& text) {
@@ -45,8 +39,8 @@ const char* const kExample =
     R"({"file":"TPSSEMAINETYPE","key":"0001221186110002A","record":["","1150","A",)"
     "[\"T1\",\"T2\"],[\"30\",\"15\"],\"\",\"\",[\"\",  \"Sonner deux fois\"]]}\n";
 
-// A byte order mark and Windows line ends are read too; a file cut in the middle of a
-// line fails at that line, cut just after a line end it reads whole.
+// A byte order mark and Windows line ends are read too; a file cut just after a line end
+// reads whole (cut in the middle of a line, it fails: see the bad lines).
 TEST(Exchange, ReadsDeclarationsDictionaryAndRecords) {
   std::string windows = "\xEF\xBB\xBF";
   for (const char* c = kExample; *c != '\0'; ++c)
@@ -59,9 +53,6 @@ TEST(Exchange, ReadsDeclarationsDictionaryAndRecords) {
       std::get<Batch::PutRecord>(batch.changes()[4]).body,
       u"\uF8FE1150\uF8FEA\uF8FET1\uF8FDT2\uF8FE30\uF8FD15\uF8FE\uF8FE\uF8FE\uF8FDSonner deux fois");
   const std::string whole(kExample);
-  const std::string message = parseFailure(whole.substr(0, whole.size() - 30));
-  EXPECT_EQ(message.rfind("t.jsonl:8:", 0), 0u) << message;
-  EXPECT_NE(message.find(": the line ends before its JSON object does"), std::string::npos);
   EXPECT_EQ(parse(whole.substr(0, whole.rfind('\n', whole.size() - 2) + 1)).size(), 4u);
 }
 
@@ -78,7 +69,9 @@ TEST(Exchange, ExportIsExactAndOrderedByCodeUnits) {
       "{\"dictionary\":\"AFILE\",\"name\":\"Debut\",\"key\":[1,1]}\n"));
   // Files by name, dictionary by file and name, then records by file and key:
   // "B" < "b" < "été". The layout's own files and items are left out here.
-  std::istringstream lines(exported(account.path()));
+  std::ostringstream out;
+  writeExchange(account.path(), out);
+  std::istringstream lines(out.str());
   std::string ours;
   for (std::string line; std::getline(lines, line);) {
     if (line.find("FILE\"") != std::string::npos) ours += line + "\n";
@@ -99,7 +92,7 @@ TEST(Exchange, ExportIsExactAndOrderedByCodeUnits) {
 TEST(Exchange, BadLinesNameTheSourceAndLine) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"a\",\"rec",
-       "t.jsonl:2:31: the line ends"},
+       "t.jsonl:2:31: the line ends before its JSON object does"},
       {"\n\n[1,2]\n", "t.jsonl:3: expected one JSON object"},
       {R"({"file":"T","key":"a","record":[1]})", "t.jsonl:1: attribute 1: a value must"},
       {R"({"file":"T","key":"a","record":["x",[]]})", "t.jsonl:1: attribute 2: an array"},

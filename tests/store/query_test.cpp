@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <velmora/base/failure.h>
@@ -258,25 +260,27 @@ TEST(SampleAccount, QueriesOnKeysDecodeOnlyTheRecordsTheyMust) {
   buildSampleDatabase(path, VELMORA_SAMPLE_DIR);
   const auto db = openDatabase(path);
   auto& sqlite = dynamic_cast<SqliteDatabase&>(db.get());
-  sqlite.resetStatistics();
-  EXPECT_EQ(
-      keys(db, R"(SELECT AIDEDETAILTACHE AVEC 0 = "00001]" AND AVEC 0 <= "[21512" PAR-DECR 0)"),
-      (Keys{"0000121491", "0000121064", "0000120700"}));
-  EXPECT_EQ(sqlite.statistics().scannedKeys, 4u);
-  EXPECT_EQ(sqlite.statistics().decodedRecords, 0u);
-  sqlite.resetStatistics();
-  EXPECT_EQ(keys(db, R"(SSELECT AIDEDETAILTACHE AVEC 0 = "0000121519")"), Keys{"0000121519"});
-  EXPECT_EQ(sqlite.statistics().scannedKeys, 1u);
-  sqlite.resetStatistics();
   // Client 00004 has three fixed templates (ended on 01/09/2026, current, and starting next
   // year); the one starting next year is refused on its key.
-  EXPECT_EQ(keys(db, R"(SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = "00004" AND AVEC )"
-                     R"(DateDebSemType <= "21550" AND AVEC 1 >= "21512" OR = "" AND AVEC 4 <> "" )"
-                     R"(AND AVEC TypeActSemType <> "S")"),
-            Keys{"00004214593090001"});
-  EXPECT_EQ(sqlite.statistics().scannedKeys, 3u);
-  EXPECT_EQ(sqlite.statistics().decodedRecords, 2u);
-  EXPECT_EQ(statistics(db).queries, 1u);
+  const std::vector<std::tuple<std::string, Keys, std::uint64_t, std::uint64_t>> cases{
+      {R"(SELECT AIDEDETAILTACHE AVEC 0 = "00001]" AND AVEC 0 <= "[21512" PAR-DECR 0)",
+       {"0000121491", "0000121064", "0000120700"},
+       4,
+       0},
+      {R"(SSELECT AIDEDETAILTACHE AVEC 0 = "0000121519")", {"0000121519"}, 1, 0},
+      {R"(SSELECT TPSSEMAINETYPE AVEC CodeAideSemType = "00004" AND AVEC )"
+       R"(DateDebSemType <= "21550" AND AVEC 1 >= "21512" OR = "" AND AVEC 4 <> "" )"
+       R"(AND AVEC TypeActSemType <> "S")",
+       {"00004214593090001"},
+       3,
+       2}};
+  for (const auto& [query, expected, scanned, decoded] : cases) {
+    sqlite.resetStatistics();
+    EXPECT_EQ(keys(db, query), expected) << query;
+    EXPECT_EQ(sqlite.statistics().scannedKeys, scanned) << query;
+    EXPECT_EQ(sqlite.statistics().decodedRecords, decoded) << query;
+    EXPECT_EQ(statistics(db).queries, 1u);
+  }
 }
 
 }  // namespace

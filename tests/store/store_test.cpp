@@ -165,16 +165,16 @@ TEST(Store, ANewFileNamesItselfInItsHeaderAndAnOlderOneStillOpens) {
   if (testing::TempAccount::onServer()) GTEST_SKIP() << "a file's header";
   TempAccount account;
   account.put("TACHE", "old", {{"one"}});
-  const auto pragma = [&](const std::string& statement) { return sql(account.path(), statement); };
-  EXPECT_EQ(pragma("PRAGMA application_id"), 0x566C6D72);  // "Vlmr"
-  EXPECT_EQ(pragma("PRAGMA user_version"), 1);
-  pragma("PRAGMA application_id = 0");
-  pragma("PRAGMA user_version = 0");
-  ASSERT_EQ(pragma("PRAGMA application_id") + pragma("PRAGMA user_version"), 0);
+  EXPECT_EQ(sql(account.path(), "PRAGMA application_id"), 0x566C6D72);  // "Vlmr"
+  EXPECT_EQ(sql(account.path(), "PRAGMA user_version"), 1);
+  ASSERT_EQ(
+      sql(account.path(),
+          "PRAGMA application_id = 0; PRAGMA user_version = 0; "
+          "SELECT application_id + user_version FROM pragma_application_id, pragma_user_version"),
+      0);
   account.put("TACHE", "new", {{"two"}});
   const FileRef tache = account.open()->OpenFile(u"TACHE");
-  EXPECT_EQ(tache->ReadRecord(u"old")->r(), u"one");
-  EXPECT_EQ(tache->ReadRecord(u"new")->r(), u"two");
+  EXPECT_EQ(tache->ReadRecord(u"old")->r() + tache->ReadRecord(u"new")->r(), u"onetwo");
 }
 
 // Each way a file can fail the open has its own words, naming the file: a planner may
@@ -279,17 +279,16 @@ TEST(Store, AHeldSnapshotKeepsOneReadLockAndReadsEachRecordOnce) {
 // it (2100 is no leap year).
 TEST(Dates, KnownDaysBothWaysAndBadInputNamed) {
   const NorvikDates dates;
-  for (const auto& [internal, text] : std::vector<std::pair<Text, Text>>{{u"0", u"31/12/1967"},
-                                                                         {u"11748", u"29/02/2000"},
-                                                                         {u"21512", u"23/11/2026"},
-                                                                         {u"48273", u"01/03/2100"},
-                                                                         {u"-1", u"30/12/1967"},
-                                                                         {u"", u""}}) {
+  const std::vector<std::pair<Text, Text>> days{
+      {u"0", u"31/12/1967"},     {u"11748", u"29/02/2000"}, {u"21512", u"23/11/2026"},
+      {u"48273", u"01/03/2100"}, {u"-1", u"30/12/1967"},    {u"", u""}};
+  for (const auto& [internal, text] : days) {
     EXPECT_EQ(dates.DateVersTexte(internal), text) << toUtf8(internal);
     EXPECT_EQ(dates.TexteVersDate(text), internal) << toUtf8(internal);
   }
-  for (const auto& [text, internal] : std::vector<std::pair<Text, Text>>{
-           {u"2026-11-23", u"21512"}, {u" 23/11/2026 ", u"21512"}, {u"3/1/2026", u"21188"}}) {
+  const std::vector<std::pair<Text, Text>> spellings{
+      {u"2026-11-23", u"21512"}, {u" 23/11/2026 ", u"21512"}, {u"3/1/2026", u"21188"}};
+  for (const auto& [text, internal] : spellings) {
     EXPECT_EQ(dates.TexteVersDate(text), internal) << toUtf8(text);
   }
   for (const char16_t* bad :

@@ -12,7 +12,6 @@
 #include <stdexcept>
 #include <system_error>
 
-#include <velmora/store/sqlite_database.h>
 #include "store/engine/account_layout.h"
 
 namespace velmora::testing {
@@ -95,14 +94,6 @@ void TempAccount::remove(std::string_view file, std::string_view key) {
   Batch batch;
   batch.deleteRecord(fromUtf8(file), fromUtf8(key));
   apply(batch);
-}
-
-void TempAccount::apply(const Batch& batch) {
-  writer_.apply(batch);
-}
-
-DatabaseRef TempAccount::open() const {
-  return openDatabase(path_);
 }
 
 void killWriterHalfWay(const std::string& path, bool wal) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <velmora/store/database.h>
+#include <velmora/store/sqlite_database.h>
 #include <velmora/store/writer.h>
 
 namespace velmora::testing {
@@ -29,8 +30,8 @@ class TempAccount {
   void put(std::string_view file, std::string_view key,
            const std::vector<std::vector<std::string>>& attributes);
   void remove(std::string_view file, std::string_view key);
-  void apply(const Batch& batch);
-  DatabaseRef open() const;  // a new read-only connection
+  void apply(const Batch& batch) { writer_.apply(batch); }
+  DatabaseRef open() const { return openDatabase(path_); }  // a new read-only connection
 
  private:
   std::string directory_;

@@ -148,21 +148,23 @@ TEST(Events, ListenersHearEachChangeAndClickComesOnANewValue) {
   EXPECT_EQ(box.Value(), 1);
 }
 
+// A form loads once however often it is asked, and a close request unloads it only when its
+// UnloadEvent allows: a modal show that ends with the form still open is a failure.
 TEST(Events, AFormRefusesToUnloadUntilItsUnloadEventAllows) {
   Form form("Frm", 6015, 4215, u"Observations sur la tâche");
   int loads = 0;
-  bool allowClose = false;
+  std::int16_t cancel = -1;
   form.LoadEvent = [&] { ++loads; };
-  form.UnloadEvent = [&](std::int16_t& cancel) { cancel = allowClose ? 0 : -1; };
+  form.UnloadEvent = [&](std::int16_t& c) { c = cancel; };
   ScriptedServices services;
-  form.Load();
-  form.Load();
-  services.onModal([](Form& f) { f.requestClose(); });  // refused: the form stays open
+  for (int i = 0; i < 2; ++i) form.Load();
+  const auto closeBox = [&](Form& f) {
+    f.requestClose();  // refused the first time, allowed the second
+    cancel = 0;
+  };
+  services.onModal(closeBox);
   EXPECT_THROW(services.ShowModal(form), Failure);
-  services.onModal([&](Form& f) {
-    allowClose = true;
-    f.requestClose();
-  });
+  services.onModal(closeBox);
   services.ShowModal(form);
   EXPECT_FALSE(form.isLoaded());
   form.Load();
