@@ -109,6 +109,7 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   }
   // After a reset there is no database: Init still takes the key apart and sets the
   // captions, and opens nothing.
+  init("AUTRE", "00009", "");
   session.state().clear();
   InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
   ctl.Init(a);

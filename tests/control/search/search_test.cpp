@@ -25,7 +25,8 @@ std::string columns(const std::string& code) {
       {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
       {"010104", col("Soins de base") + col("Hygiène") + col("Surveillance")},
       {"010105", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
-      {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")}};
+      {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")},
+      {"020102", col("Relationnel") + col("Écoute") + col("Visite")}};
   return known.at(code);
 }
 // A list's rows from "code:minutes" words, "*" after a floating template's item, "!" after
@@ -262,12 +263,15 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
-  // The sort is a selection sort: moving 020101 to the top sends 010101 behind its twin.
+  // The acts come in label order and are sorted as rows by exchanges, so that Visite
+  // jumps ahead and 010101 ends behind its twin.
   account.put("SSIADSOINS", "010105", {{"Toilette complète"}, {""}, {""}, {"30"}});
+  account.put("SSIADSOINS", "020102", {{"Visite"}, {""}, {""}, {"15"}});
   for (const char* typeAct : {"SSIAD", "OTHER"}) {  // neither vocabulary: care acts
     search(typeAct, "0000001");
-    expectShown(catalogue("020101:45 010102:10 010103:20 010104: 010105:30 010101:30"), "", "");
-    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 010102 010103 010104 010105 010101");
+    expectShown(catalogue("020101:45 020102:15 010102:10 010103:20 010104: 010105:30 010101:30"),
+                "", "");
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 020102 010102 010103 010104 010105 010101");
   }
 }
 

@@ -203,12 +203,6 @@ TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
 }
 
-// What the dialog showed when it opened.
-struct Shown {
-  std::string type, groupe, tache, obs;
-  bool operator==(const Shown&) const = default;
-};
-
 // After the host's Vider_Tache, which leaves Obs. enabled, the dialog opens with no current
 // row on an empty row, whose observation (attribute 0 of R_Obs) reads as "". Cancelling
 // changes nothing; OK fails on the write at 0 and leaves the dialog open, and the
@@ -223,29 +217,23 @@ TEST_F(Observations, WithNoCurrentRowTheDialogOpensOnAnEmptyRowAndOnlyCancelClos
   const int shows = services->modalShows();
   for (const bool ok : {false, true}) {
     SCOPED_TRACE(ok ? "OK" : "Annuler");
-    Shown shown;
+    Text shown;  // what it showed, then whether OK left it open
     long okFailure = 0;
-    bool openAfterOk = false;
-    services->onModal([&](toolkit::Form& form) {
-      auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
-      shown = {toUtf8(dialog.Txt_Type.getText()), toUtf8(dialog.Txt_Groupe.getText()),
-               toUtf8(dialog.Txt_Tache.getText()), toUtf8(dialog.Txt_Obs.getText())};
-      dialog.Txt_Obs.replaceText(u"Clé sous le paillasson");
-      if (ok) {
-        okFailure = failureNumber([&] { dialog.Cmd_OkObs.press(); });
-        openAfterOk = dialog.isLoaded();
+    withDialog(-1, [&](Frm_AjoutObsTache& d) {
+      for (const auto* t : {&d.Txt_Type, &d.Txt_Groupe, &d.Txt_Tache, &d.Txt_Obs}) {
+        shown += t->getText() + u"|";
       }
-      dialog.Cmd_AnnulerObs.press();
+      d.Txt_Obs.replaceText(u"Clé sous le paillasson");
+      if (ok) {
+        okFailure = failureNumber([&] { d.Cmd_OkObs.press(); });
+        shown += d.isLoaded() ? u"open" : u"closed";
+      }
+      d.Cmd_AnnulerObs.press();
     });
-    const long failure = failureNumber([&] { ctl.Cmd_Obs.press(); });
-    EXPECT_EQ(failure, 0);
     EXPECT_FALSE(services->hasPendingAnswers());
-    EXPECT_EQ(shown, (Shown{"", "", "", ""}));
+    EXPECT_EQ(shown, ok ? u"||||open" : u"||||");
+    EXPECT_EQ(okFailure, ok ? errors::kInvalidCall : 0);
     EXPECT_EQ(slots().N_LigneObs, 0);
-    if (ok) {
-      EXPECT_EQ(okFailure, errors::kInvalidCall);
-      EXPECT_TRUE(openAfterOk);
-    }
     EXPECT_EQ(slots().R_Obs->r(), u"");
     EXPECT_EQ(snapshot(ctl), before);
   }
