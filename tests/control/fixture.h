@@ -142,7 +142,7 @@ class ControlTest : public ::testing::Test {
     services->onModal([action = std::move(action)](toolkit::Form& form) {
       action(dynamic_cast<Frm_AjoutObsTache&>(form));
     });
-    ctl.Lst_Selectionne.click(row);
+    if (row >= 0) ctl.Lst_Selectionne.click(row);  // -1: no current row
     ctl.Cmd_Obs.press();
   }
   void observe(int row, std::string_view text) {

@@ -38,7 +38,13 @@ class Init : public ControlTest {
     account.put("TPSSEMAINETYPEFLOT", kFloatingKey2,
                 {{""}, {"1130"}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"6 5 1"}});
   }
+  std::string captions() const {
+    return toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
+                  ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption());
+  }
 };
+const std::string kTaskCaptions = "Type|Groupe|Tâche|Afficher toutes les tâches";
+const std::string kCareCaptions = "Regroupement|Type|Soin|Afficher tous les soins";
 
 // The criteria: code, dates, times, days, then W_CleLue, W_SemType and W_Flot; and the
 // key's date.
@@ -88,31 +94,27 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
        "00001|23/11/2026||0900|1130|010001|111 21512"},
   };
   // The key's date stays from one Init to the next: the forms without a key come first.
+  // Only "AUTRE" names the tasks' vocabulary.
   for (const Form& f : forms) {
-    for (const char* typeAct : {"AUTRE", "SSIAD"}) {
-      SCOPED_TRACE(std::string(typeAct) + " " + f.code);
+    for (const std::string typeAct : {"SSIAD", "autre", "AUTRE"}) {
+      SCOPED_TRACE(typeAct + " " + f.code);
       session.state().clear();
       const InitArguments a =
           init(typeAct, f.code, f.dateDeb, f.dateFin, f.heureDe, f.heureA, f.jour);
       EXPECT_EQ(toUtf8(a.Code), f.codeBack);
       EXPECT_EQ(toUtf8(a.DateDeb), f.dateDebBack);
       EXPECT_EQ(criteria(ctl), f.criteria);
+      EXPECT_EQ(captions(), typeAct == "AUTRE" ? kTaskCaptions : kCareCaptions);
     }
   }
-}
-
-// Only "AUTRE" names the tasks' vocabulary. After a reset there is no database: Init still
-// takes the key apart and sets the captions, and opens nothing.
-TEST_F(Init, CaptionsFollowTheVocabularyWithOrWithoutADatabase) {
+  // After a reset there is no database: Init still takes the key apart and sets the
+  // captions, and opens nothing.
   init("AUTRE", "00009", "");
-  init("autre", "00009", "");
   session.state().clear();
   InitArguments a{u"SSIAD", fromUtf8(kDetailKey), u"23/11/2026", u"", u"", u"", u""};
   ctl.Init(a);
-  EXPECT_EQ(toUtf8(ctl.Etq_Pos1.Caption() + u"|" + ctl.Etq_Sel2.Caption() + u"|" +
-                   ctl.Etq_Pos3.Caption() + u"|" + ctl.Cac_TouteTache.Caption()),
-            "Regroupement|Type|Soin|Afficher tous les soins");
   EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
+  EXPECT_EQ(captions(), kCareCaptions);
   EXPECT_TRUE(slots().F_DetailsInterv.empty() && slots().R_DetailsInterv.empty());
 }
 

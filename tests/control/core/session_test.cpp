@@ -1,19 +1,10 @@
 // Sessions as a host sees them: controls with sessions of their own work side by side on
 // two stores, also on two threads, while controls on the default session share one
 // connection, so that a Vider_liste on one releases it for the other.
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/control/session.h>
-#include <velmora/toolkit/services.h>
 #include "control/fixture.h"
-#include "control/inspection.h"
-#include "support/account.h"
 
 namespace velmora::testing {
 namespace {
@@ -53,6 +44,8 @@ class Sessions : public ::testing::Test {
     for (Ctr_VelmoraNew* c : {&north, &south}) {
       c->setServices(std::make_shared<toolkit::ScriptedServices>());
     }
+    north.TheDatabase(northStore.account.open());
+    south.TheDatabase(southStore.account.open());
   }
 
   Store northStore{kNorth};
@@ -64,9 +57,23 @@ class Sessions : public ::testing::Test {
 };
 
 TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
-  north.TheDatabase(northStore.account.open());
-  south.TheDatabase(southStore.account.open());
-  // Interleaved, as a host with two windows calls them.
+  // One control per thread, at the same time.
+  std::vector<Rows> northSeen;
+  std::vector<Rows> southSeen;
+  const auto run = [](Ctr_VelmoraNew& c, std::vector<Rows>& seen) {
+    for (int i = 0; i < 20; ++i) {
+      showCatalogue(c);
+      seen.push_back(proposed(c));
+    }
+  };
+  std::thread first(run, std::ref(north), std::ref(northSeen));
+  std::thread second(run, std::ref(south), std::ref(southSeen));
+  first.join();
+  second.join();
+  EXPECT_EQ(northSeen, std::vector<Rows>(20, Rows{"010102", "010101"}));
+  EXPECT_EQ(southSeen, std::vector<Rows>(20, Rows{"010109"}));
+
+  // Interleaved on one thread, as a host with two windows calls them.
   InitArguments a{u"SSIAD", u"00001", u"23/11/2026", u"", u"0800", u"0900", u"1000000"};
   north.Init(a);
   InitArguments b = a;
@@ -94,26 +101,6 @@ TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
   // Its failure is kept in its own session's error object.
   EXPECT_EQ(CtrInspector(north).Err().Number, errors::kObjectNotSet);
   EXPECT_NE(CtrInspector(south).Err().Number, errors::kObjectNotSet);
-}
-
-// One control per thread, each on its own session and store, at the same time.
-TEST_F(Sessions, ControlsOnTheirOwnSessionsRunOnTwoThreadsAtOnce) {
-  north.TheDatabase(northStore.account.open());
-  south.TheDatabase(southStore.account.open());
-  std::vector<Rows> northSeen;
-  std::vector<Rows> southSeen;
-  const auto run = [](Ctr_VelmoraNew& c, std::vector<Rows>& seen) {
-    for (int i = 0; i < 20; ++i) {
-      showCatalogue(c);
-      seen.push_back(proposed(c));
-    }
-  };
-  std::thread first(run, std::ref(north), std::ref(northSeen));
-  std::thread second(run, std::ref(south), std::ref(southSeen));
-  first.join();
-  second.join();
-  EXPECT_EQ(northSeen, std::vector<Rows>(20, Rows{"010102", "010101"}));
-  EXPECT_EQ(southSeen, std::vector<Rows>(20, Rows{"010109"}));
 }
 
 // Controls made without a session share the process's: the connection one is given

@@ -24,7 +24,9 @@ std::string columns(const std::string& code) {
       {"010102", col("Soins de base") + col("Hygiène") + col("Change")},
       {"010103", col("Soins de base") + col("Hygiène") + col("Pansement")},
       {"010104", col("Soins de base") + col("Hygiène") + col("Surveillance")},
-      {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")}};
+      {"010105", col("Soins de base") + col("Hygiène") + col("Toilette complète")},
+      {"020101", col("Relationnel") + col("Écoute") + col("Accompagnement")},
+      {"020102", col("Relationnel") + col("Écoute") + col("Visite")}};
   return known.at(code);
 }
 // A list's rows from "code:minutes" words, "*" after a floating template's item, "!" after
@@ -261,10 +263,15 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
 
   account.put("SSIADSOINS", "990101", {{"Sans regroupement"}, {""}, {""}, {"5"}});
   account.put("SSIADSOINS", "010104", {{"Surveillance"}, {""}, {""}, {""}});
+  // The acts come in label order and are sorted as rows by exchanges, so that Visite
+  // jumps ahead and 010101 ends behind its twin.
+  account.put("SSIADSOINS", "010105", {{"Toilette complète"}, {""}, {""}, {"30"}});
+  account.put("SSIADSOINS", "020102", {{"Visite"}, {""}, {""}, {"15"}});
   for (const char* typeAct : {"SSIAD", "OTHER"}) {  // neither vocabulary: care acts
     search(typeAct, "0000001");
-    expectShown(catalogue("020101:45 010102:10 010103:20 010104: 010101:30"), "", "");
-    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 010102 010103 010104 010101");
+    expectShown(catalogue("020101:45 020102:15 010102:10 010103:20 010104: 010105:30 010101:30"),
+                "", "");
+    EXPECT_EQ(words(items(ctl.Lst_CodePos)), "020101 020102 010102 010103 010104 010105 010101");
   }
 }
 
@@ -288,10 +295,8 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"obs A", ""}));
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
-  // Ticking lets the last valid duration win: A shows 50, C its catalogue 35.
+  // Ticking and unticking brings the key's list back, the selection untouched.
   ctl.Cac_TouteTache.toggle();
-  EXPECT_EQ(items(ctl.Lst_Possible)[0], catalogue("A:50")[0]);
-  EXPECT_EQ(items(ctl.Lst_Possible)[2], catalogue("C:35")[0]);
   ctl.Cac_TouteTache.toggle();
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A A B C");
   EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), "0h10");
@@ -305,9 +310,11 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
 }
 
 // Ticked, the switch shows each task with the last duration of the key's list that fits
-// its five places, "" and "0" passed over; a task the list does not name keeps its own.
+// its five places, "" and "0" passed over; a task the list does not name, or names with
+// no duration that fits, keeps its own.
 TEST_F(Consultation, TheSwitchShowsTheLastDurationOfTheListThatFits) {
-  putList("01/11/2026", {"A", "A", "A", "B", "B", "C"}, {"40", "0", "", "20", "123456", "12345"});
+  putList("01/11/2026", {"A", "A", "A", "A", "B", "B", "C", "E"},
+          {"15", "40", "0", "", "20", "123456", "12345", "0"});
   // E comes first in the catalogue's order and takes its place among the sorted rows.
   account.put("TACHE", "E", {{"0"}, {"ENTRETIEN"}, {""}, {""}, {"5"}});
   const std::string detailKey = "INT01" + kClient + internal("23/11/2026") + "XXXXXX20900";

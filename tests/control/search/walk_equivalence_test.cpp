@@ -1,15 +1,10 @@
 // The indexed merges and walks against the row-by-row walks they replace, written out
 // here as documented: same rows, same order, same tables, on random data with many seeds.
-#include <gtest/gtest.h>
-
 #include <random>
-#include <string>
-#include <vector>
 
 #include <velmora/base/failure.h>
-#include <velmora/store/record.h>
 #include "catalogue/task_catalogue.h"
-#include "support/account.h"
+#include "control/fixture.h"
 #include "tables/item_merge.h"
 #include "tables/working_table.h"
 
@@ -89,7 +84,6 @@ void directTemplates(Tables& t, const std::vector<Template>& templates, bool cle
 }
 
 // Random data from small alphabets: duplicates, "" cells and groups out of order abound.
-
 class Random {
  public:
   explicit Random(unsigned seed) : engine_(seed) {}
@@ -112,11 +106,13 @@ class Random {
   std::mt19937 engine_;
 };
 
-TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
+// Each seed draws a catalogue's answers, templates and a client's lists.
+TEST(IndexedWalks, SameRowsAndTablesAsTheDocumentedScans) {
   const std::vector<std::string> types = {"", "T1", "T2", "T3", "T4"};
   const std::vector<std::string> groups = {"", "G1", "G2", "G3", "G4", "G5"};
   int nonEmpty = 0;
   for (unsigned seed = 1; seed <= 3000; ++seed) {
+    SCOPED_TRACE(seed);
     Random rnd(seed);
     Answer T(static_cast<std::size_t>(rnd.below(6))), G(static_cast<std::size_t>(rnd.below(8))),
         K(static_cast<std::size_t>(rnd.below(12)));
@@ -127,16 +123,9 @@ TEST(TaskCatalogueWalk, SameRowsAsTheDocumentedWalkOnRandomAnswers) {
     }
     for (auto& k : K) k = {"K", "z", rnd.below(10) == 0 ? "" : rnd.pick(groups)};
     const auto expected = directCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K));
-    ASSERT_EQ(taskCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K)), expected)
-        << "seed " << seed;
+    ASSERT_EQ(taskCatalogueWalk(makeRecord(T), makeRecord(G), makeRecord(K)), expected);
     nonEmpty += expected.empty() ? 0 : 1;
-  }
-  EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
-}
 
-TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
-  for (unsigned seed = 1; seed <= 3000; ++seed) {
-    Random rnd(seed);
     std::vector<Template> templates(static_cast<std::size_t>(rnd.below(6)));
     for (auto& tpl : templates) tpl = {rnd.below(2) == 0, rnd.below(2) == 0, rnd.items(7)};
     const bool cleLue = rnd.below(4) == 0;
@@ -144,27 +133,22 @@ TEST(TemplateMerge, SameTablesAsTheDocumentedScans) {
     Tables direct, indexed;
     directTemplates(direct, templates, cleLue, floating);
     TemplateMerge merge(indexed.possible, indexed.selection, indexed.durees);
+    using Mark = TemplateMerge::Mark;
     for (const auto& tpl : templates) {
+      const Mark mark = floating ? Mark::kNone : tpl.fixedKey ? Mark::kFixed : Mark::kFloating;
       for (const auto& item : tpl.items) {
-        const TemplateItem in{item.code, item.duration, item.observation};
-        using Mark = TemplateMerge::Mark;
-        const Mark mark = floating ? Mark::kNone : tpl.fixedKey ? Mark::kFixed : Mark::kFloating;
-        merge.merge(in, mark, tpl.matched, cleLue);
+        merge.merge(TemplateItem{item.code, item.duration, item.observation}, mark, tpl.matched,
+                    cleLue);
       }
     }
-    ASSERT_EQ(indexed.possible.r(), direct.possible.r()) << "seed " << seed;
-    ASSERT_EQ(indexed.selection.r(), direct.selection.r()) << "seed " << seed;
-    ASSERT_EQ(indexed.durees.r(), direct.durees.r()) << "seed " << seed;
-  }
-}
+    ASSERT_EQ(indexed.possible.r(), direct.possible.r());
+    ASSERT_EQ(indexed.selection.r(), direct.selection.r());
+    ASSERT_EQ(indexed.durees.r(), direct.durees.r());
 
-TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
-  for (unsigned seed = 1; seed <= 3000; ++seed) {
-    Random rnd(seed);
     NorvikRecord directPossible, directDurees, possible, durees;
-    ClientListMerge merge(possible, durees);
+    ClientListMerge lists(possible, durees);
     for (const auto& item : rnd.items(30)) {  // the lists of a client one after the other
-      merge.merge(item.code, item.duration);
+      lists.merge(item.code, item.duration);
       const int k = directScan(directPossible, item.code);
       if (!directPossible.r(k).empty()) continue;
       directPossible.set(k, 1, item.code);
@@ -175,9 +159,10 @@ TEST(ClientListMerge, SameTablesAsTheDocumentedScan) {
       } catch (const Failure&) {
       }
     }
-    ASSERT_EQ(possible.r(), directPossible.r()) << "seed " << seed;
-    ASSERT_EQ(durees.r(), directDurees.r()) << "seed " << seed;
+    ASSERT_EQ(possible.r(), directPossible.r());
+    ASSERT_EQ(durees.r(), directDurees.r());
   }
+  EXPECT_GT(nonEmpty, 300);  // the data does reach the interesting paths
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The planner's work on the selection: moving proposal rows in, editing a duration, the
-// observations dialog, removing a row, and the way out and back (MAJ_Enr, Vider_Tache,
-// Vider_liste, Affiche), each compared whole as a planner and a host see it.
+// observations dialog (also with no current row), removing a row, and the way out and back
+// (MAJ_Enr, Vider_Tache, Vider_liste, Affiche), each compared whole as a planner and a host see it.
 #include <array>
 
 #include "control/fixture.h"
@@ -201,6 +201,43 @@ TEST_F(Observations, TheDialogShowsTheRowAndItsTextAndOnlyItsButtonsCloseIt) {
             u"Ménage                   |Entretien                |VAISSELLE                |"
             u"Sonner deux fois\nCode 1234||open");
   EXPECT_EQ(snapshot(ctl).obs, (Rows{"Tapé puis fermé", "Sonner deux fois\nCode 1234", ""}));
+}
+
+// After the host's Vider_Tache, which leaves Obs. enabled, the dialog opens with no current
+// row on an empty row, whose observation (attribute 0 of R_Obs) reads as "". Cancelling
+// changes nothing; OK fails on the write at 0 and leaves the dialog open, and the
+// selection, the observations and the lists stay as they were.
+TEST_F(Observations, WithNoCurrentRowTheDialogOpensOnAnEmptyRowAndOnlyCancelClosesIt) {
+  select({4});
+  observe(0, "Sonner deux fois");
+  ctl.Vider_Tache();
+  ASSERT_TRUE(ctl.Cmd_Obs.Enabled());
+  ASSERT_EQ(ctl.Lst_Selectionne.ListIndex(), -1);
+  const Snapshot before = snapshot(ctl);
+  const int shows = services->modalShows();
+  for (const bool ok : {false, true}) {
+    SCOPED_TRACE(ok ? "OK" : "Annuler");
+    Text shown;  // what it showed, then whether OK left it open
+    long okFailure = 0;
+    withDialog(-1, [&](Frm_AjoutObsTache& d) {
+      for (const auto* t : {&d.Txt_Type, &d.Txt_Groupe, &d.Txt_Tache, &d.Txt_Obs}) {
+        shown += t->getText() + u"|";
+      }
+      d.Txt_Obs.replaceText(u"Clé sous le paillasson");
+      if (ok) {
+        okFailure = failureNumber([&] { d.Cmd_OkObs.press(); });
+        shown += d.isLoaded() ? u"open" : u"closed";
+      }
+      d.Cmd_AnnulerObs.press();
+    });
+    EXPECT_FALSE(services->hasPendingAnswers());
+    EXPECT_EQ(shown, ok ? u"||||open" : u"||||");
+    EXPECT_EQ(okFailure, ok ? errors::kInvalidCall : 0);
+    EXPECT_EQ(slots().N_LigneObs, 0);
+    EXPECT_EQ(slots().R_Obs->r(), u"");
+    EXPECT_EQ(snapshot(ctl), before);
+  }
+  EXPECT_EQ(services->modalShows(), shows + 2);
 }
 
 TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
