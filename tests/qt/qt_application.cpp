@@ -7,15 +7,16 @@
 
 namespace {
 
+int argc = 1;
+char name[] = "test_qt";
+char* argv[] = {name, nullptr};
+
 class QtApplication : public testing::Environment {
   void SetUp() override {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    app_ = std::make_unique<QApplication>(argc_, argv_);
+    app_ = std::make_unique<QApplication>(argc, argv);
   }
   void TearDown() override { app_.reset(); }
-  int argc_ = 1;
-  char name_[8] = "test_qt";
-  char* argv_[2] = {name_, nullptr};
   std::unique_ptr<QApplication> app_;
 };
 
