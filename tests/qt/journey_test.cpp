@@ -21,7 +21,7 @@ void expectObservationsDialogAsDesigned(QWidget& dialog) {
       {"Txt_Type", "Type"},        {"Txt_Groupe", "Groupe"}, {"Txt_Tache", "Tâche"},
       {"Txt_Obs", "Observations"}, {"Cmd_OkObs", "OK"},      {"Cmd_AnnulerObs", "Annuler"}};
   for (const auto& [object, name] : names) {
-    QWidget* child = dialog.findChild<QWidget*>(QString::fromUtf8(object));
+    auto* child = dialog.findChild<QWidget*>(QString::fromUtf8(object));
     ASSERT_NE(child, nullptr) << object;
     EXPECT_EQ(QAccessible::queryAccessibleInterface(child)->text(QAccessible::Name),
               QString::fromUtf8(name));

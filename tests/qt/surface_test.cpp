@@ -95,9 +95,10 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
       }
       run = ink ? run + 1 : 0;
     }
-    std::vector<int> expected;
     const int headingX = w.view(*heading)->x() - view->x();  // both lie in the frame
-    for (const int p : positions) expected.push_back(qRound((headingX + 7 * (p - 52)) * scale));
+    std::vector<int> expected(positions.size());
+    std::transform(positions.begin(), positions.end(), expected.begin(),
+                   [&](int p) { return qRound((headingX + 7 * (p - 52)) * scale); });
     EXPECT_EQ(starts, expected) << list->name() << " at scale " << scale;
     EXPECT_EQ(expected.front(), qRound(4 * scale));
   }
