@@ -122,6 +122,10 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   EXPECT_EQ(QApplication::focusWidget(), &selected);
   EXPECT_EQ(selected.caretRow(), 1);
   record();
+  // An edit the host opens on another row: when it ends, the caret goes to that row.
+  c.Lst_Selectionne.doubleClick(0);
+  key(dureeSoin, Qt::Key_Escape);
+  EXPECT_EQ(selected.caretRow(), 0);
 
   // End, then Down held at the last row, then Up: the middle row of three.
   key(&selected, Qt::Key_End);
