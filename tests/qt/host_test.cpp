@@ -1,21 +1,15 @@
 // The binding as a host meets it: the widget's failures and setControl, the screen
 // services' question box and pointer, the demo host's stored selection, and the widget in
 // Qt Designer.
-#include <QMessageBox>
-#include <QPushButton>
-#include <QSignalSpy>
 #include <QTemporaryDir>
-#include <functional>
 #include <memory>
 #include <tuple>
-#include <vector>
 
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/host_store.h>
 #include <velmora/qt/qt_services.h>
 #include <velmora/qt/sample_database.h>
 #include <velmora/store/sqlite_database.h>
-#include "control/inspection.h"
 #include "qt_support.h"
 
 #ifdef VELMORA_DESIGNER_PLUGIN
@@ -35,15 +29,13 @@ TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) 
   initClient(c, account);
   c.Vider_liste();
   int boxes = 0;
-  whenModal([&](QWidget& modal) {
-    auto* box = qobject_cast<QMessageBox*>(&modal);
-    ASSERT_NE(box, nullptr);
+  whenBox([&](QMessageBox& box) {
     ++boxes;
-    EXPECT_EQ(box->icon(), QMessageBox::Warning);
-    EXPECT_EQ(box->windowTitle(), QStringLiteral("Erreur"));
-    EXPECT_EQ(box->text(),
+    EXPECT_EQ(box.icon(), QMessageBox::Warning);
+    EXPECT_EQ(box.windowTitle(), QStringLiteral("Erreur"));
+    EXPECT_EQ(box.text(),
               QStringLiteral("Erreur n° 91 :\nobjet non défini : la référence est vide"));
-    click(box->button(QMessageBox::Ok));
+    click(box.button(QMessageBox::Ok));
   });
   click(w.view(c.Cac_TouteTache));
   EXPECT_EQ(boxes, 1);
@@ -60,7 +52,6 @@ TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) 
   EXPECT_TRUE(failures.at(0).at(1).toString().contains(QStringLiteral("objet non défini")));
   EXPECT_EQ(failures.at(1).at(0).toInt(), errors::kTypeMismatch);
   EXPECT_EQ(boxes, 1);
-
   // Given its connection again, the same control fills on the next tick.
   initClient(c, account);
   click(w.view(c.Cac_TouteTache));
@@ -78,9 +69,7 @@ TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
   owning.setControl(hosts);
   EXPECT_EQ(&owning.control(), &hosts);
   EXPECT_EQ(held.use_count(), 1);  // that control is gone, and what it held let go
-  ASSERT_NE(qt::listViewOf(owning, hosts.Lst_Possible), nullptr);
   EXPECT_EQ(owning.findChildren<QWidget*>().size(), views);  // the old control's views are gone
-
   initClient(hosts, account);
   hosts.Cac_TouteTache.toggle();
   owning.refreshLists();
@@ -97,7 +86,6 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
     EXPECT_EQ(b.defaultButton()->text(), QStringLiteral("&Oui"));
     click(b.button(QMessageBox::Yes));
   };
-  const Close no = [](QMessageBox& b) { click(b.button(QMessageBox::No)); };
   const Close ok = [](QMessageBox& b) {
     EXPECT_EQ(b.buttons().size(), 1);
     click(b.button(QMessageBox::Ok));
@@ -107,8 +95,7 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
   const int yesNo = toolkit::kStyleYesNoQuestion;
   const std::vector<std::tuple<int, Close, int, QMessageBox::Icon>> cases{
       {yesNo, yes, toolkit::kMsgBoxYes, QMessageBox::Question},
-      {yesNo, no, toolkit::kMsgBoxNo, QMessageBox::Question},
-      // Escape, or a box closed without a button, answers No, never Yes.
+      // Escape (the No button's key), or a box closed without a button, answers No.
       {yesNo, escape, toolkit::kMsgBoxNo, QMessageBox::Question},
       {yesNo, reject, toolkit::kMsgBoxNo, QMessageBox::Question},
       // A box of one button answers with it, however it is closed.
@@ -119,13 +106,11 @@ TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
   qt::QtServices services;
   for (const auto& [style, close, code, icon] : cases) {
     SCOPED_TRACE(style);
-    whenModal([&how = close, want = icon](QWidget& modal) {
-      auto* box = qobject_cast<QMessageBox*>(&modal);
-      ASSERT_NE(box, nullptr);
-      EXPECT_EQ(box->windowTitle(), QStringLiteral("Message TALVERANE"));
-      EXPECT_EQ(box->text(), QStringLiteral("Etes-vous sûr ?"));
-      EXPECT_EQ(box->icon(), want);
-      how(*box);
+    whenBox([&how = close, want = icon](QMessageBox& box) {
+      EXPECT_EQ(box.windowTitle(), QStringLiteral("Message TALVERANE"));
+      EXPECT_EQ(box.text(), QStringLiteral("Etes-vous sûr ?"));
+      EXPECT_EQ(box.icon(), want);
+      how(box);
     });
     EXPECT_EQ(services.MsgBox(u"Etes-vous sûr ?", style, u"Message TALVERANE"), code);
   }
@@ -143,31 +128,30 @@ TEST(QtServices, APointerShapeOverridesTheCursorUntilShapeZeroOrTheServicesGo) {
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
-// Client 00001 on Monday 23/11/2026 (day 21512), 08:30 to 10:00.
-const qt::Intervention kMonday{.client = u"00001",
-                               .dateDeb = u"23/11/2026",
-                               .dateFin = u"23/11/2026",
-                               .heureDe = u"08:30",
-                               .heureA = u"10:00",
-                               .kind = u"AUTRE"};
+using HostStore = WidgetTest;
 
-TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
-  Session::processDefault().state().clear();
+// Client 00001 on Monday 23/11/2026 (day 21512), 08:30 to 10:00, in the demo's sample.
+TEST_F(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
   QTemporaryDir dir;
   ASSERT_TRUE(dir.isValid());
   const std::string path = dir.filePath(QStringLiteral("sample.db")).toStdString();
   qt::ensureSampleDatabase(path, VELMORA_SAMPLE_DIR);
-
-  Ctr_VelmoraNew ctl;
-  ctl.TheDatabase(openDatabase(path));
+  c.TheDatabase(openDatabase(path));
   InitArguments a{u"AUTRE", u"00001", u"23/11/2026", u"23/11/2026", u"08:30", u"10:00", u"1000000"};
-  ctl.Init(a);
-  const Snapshot before = snapshot(ctl);
-  ctl.MAJ_Enr();
-  const RecordRef items = ctl.W_Enr;
+  c.Init(a);
+  const Snapshot before = snapshot(c);
+  c.MAJ_Enr();
+  const RecordRef items = c.W_Enr;
   ASSERT_GE(items->DCount(), 2);
 
-  const Text key = qt::storeSelection(path, kMonday, *items);
+  const Text key = qt::storeSelection(path,
+                                      {.client = u"00001",
+                                       .dateDeb = u"23/11/2026",
+                                       .dateFin = u"23/11/2026",
+                                       .heureDe = u"08:30",
+                                       .heureA = u"10:00",
+                                       .kind = u"AUTRE"},
+                                      *items);
   ASSERT_EQ(key, u"DEMO0000012151200000100850");
   // What the host wrote, read back through a connection of its own.
   const RecordRef stored = openDatabase(path)->OpenFile(u"TPSDETAILSINTERV")->ReadRecord(key);
@@ -177,28 +161,22 @@ TEST(HostStore, AStoredSelectionComesBackWhenItsKeyIsConsulted) {
 
   // Consulting the key shows the same selection, rows, codes, observations and total.
   InitArguments consult{u"AUTRE", key, u"", u"", u"", u"", u""};
-  ctl.TheDatabase(openDatabase(path));
-  ctl.Init(consult);
-  const Snapshot s = snapshot(ctl);
+  c.TheDatabase(openDatabase(path));
+  c.Init(consult);
+  const Snapshot s = snapshot(c);
   EXPECT_EQ(std::tie(s.rows, s.codes, s.obs, s.duree, s.total),
             std::tie(before.rows, before.codes, before.obs, before.duree, before.total));
-  Session::processDefault().state().clear();
 }
 
 #ifdef VELMORA_DESIGNER_PLUGIN
-
+// The plugin holds its own copy of the binding: the widget is checked by its class name
+// and its surface, not by a cast.
 TEST(DesignerPlugin, DescribesAndCreatesTheWidget) {
   QPluginLoader loader(QStringLiteral(VELMORA_DESIGNER_PLUGIN));
-  QObject* instance = loader.instance();
-  ASSERT_NE(instance, nullptr) << loader.errorString().toStdString();
-  auto* plugin = qobject_cast<QDesignerCustomWidgetInterface*>(instance);
-  ASSERT_NE(plugin, nullptr);
-
+  auto* plugin = qobject_cast<QDesignerCustomWidgetInterface*>(loader.instance());
+  ASSERT_NE(plugin, nullptr) << loader.errorString().toStdString();
   EXPECT_EQ(plugin->name(), QStringLiteral("velmora::qt::VelmoraWidget"));
   EXPECT_TRUE(plugin->domXml().contains(QStringLiteral(R"(class="velmora::qt::VelmoraWidget")")));
-
-  // The plugin holds its own copy of the binding: the widget is checked by its class
-  // name and its surface, not by a cast.
   QWidget form;
   QWidget* widget = plugin->createWidget(&form);
   ASSERT_NE(widget, nullptr);
@@ -207,7 +185,6 @@ TEST(DesignerPlugin, DescribesAndCreatesTheWidget) {
   EXPECT_EQ(widget->size(), QSize(664, 400));  // 9960 x 6000 twips
   EXPECT_EQ(widget->findChildren<QListView*>().size(), 4);
 }
-
 #endif
 
 }  // namespace

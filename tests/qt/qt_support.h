@@ -9,10 +9,15 @@
 #include <string>
 #include <vector>
 
-#include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 
@@ -33,20 +38,20 @@ inline std::string row(std::string_view c1, std::string_view c2, std::string_vie
   return marker == 0 ? columns + right(minutes, 7) : columns + marker + right(minutes, 6);
 }
 
+// The children an edit enables and disables, in the order of Snapshot::enabled.
+inline std::vector<const toolkit::Control*> editChildren(const Ctr_VelmoraNew& c) {
+  return {&c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
+          &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
+}
+
 // Everything a step of a journey can change, read from the toolkit objects.
 struct Snapshot {
-  std::vector<std::string> possible;
+  std::vector<std::string> possible, rows, codes, obs;
   std::vector<int> marked;
-  std::vector<std::string> rows;
-  std::vector<std::string> codes;
-  std::vector<std::string> obs;
-  std::string duree;
-  std::string dureeSoin;
-  std::string total;
+  std::string duree, dureeSoin, total;
   int current = -1;
   bool imperative = false;
-  std::vector<bool> enabled;  // Cmd_Select, Cmd_Obs, Cmd_Suppr, Cmd_OK, Cmd_Annuler,
-                              // Txt_DureeSoin, Lst_Selectionne
+  std::vector<bool> enabled;  // of editChildren
   friend bool operator==(const Snapshot&, const Snapshot&) = default;
 };
 
@@ -56,9 +61,9 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
     s.possible.push_back(toUtf8(c.Lst_Possible.List(i)));
     if (c.Lst_Possible.Selected(i)) s.marked.push_back(i);
   }
+  const RecordRef& obs = CtrInspector(c).Variable().R_Obs;
   for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
     s.rows.push_back(toUtf8(c.Lst_Selectionne.List(i)));
-    const RecordRef& obs = CtrInspector(c).Variable().R_Obs;
     s.obs.push_back(obs ? toUtf8(obs->r(i + 1)) : "<none>");
   }
   for (int i = 0; i < c.Lst_CodeSelect.ListCount(); ++i) {
@@ -69,10 +74,7 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   s.total = toUtf8(c.W_Total.toText());
   s.current = c.Lst_Selectionne.ListIndex();
   s.imperative = c.Etq_Imperativite.Visible();
-  s.enabled = {c.Cmd_Select.Enabled(),         c.Cmd_Obs.Enabled(),
-               c.Cmd_SupprVelmora.Enabled(),   c.Cmd_OKVelmora.Enabled(),
-               c.Cmd_AnnulerVelmora.Enabled(), c.Txt_DureeSoin.Enabled(),
-               c.Lst_Selectionne.Enabled()};
+  for (const toolkit::Control* child : editChildren(c)) s.enabled.push_back(child->Enabled());
   return s;
 }
 
@@ -80,8 +82,7 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
 // holds (what a screen reader hears as selected).
 struct ListShown {
   std::vector<std::string> rows;
-  std::vector<int> highlighted;
-  std::vector<int> selected;
+  std::vector<int> highlighted, selected;
   friend bool operator==(const ListShown&, const ListShown&) = default;
 };
 
@@ -119,11 +120,9 @@ inline void expectScreenShows(const qt::VelmoraWidget& w, const Ctr_VelmoraNew& 
   EXPECT_EQ(text(c.Txt_Duree), s.duree);
   EXPECT_EQ(text(c.Txt_DureeSoin), s.dureeSoin);
   EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative);
-  const std::vector<const toolkit::Control*> controls{
-      &c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
-      &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
-  for (std::size_t i = 0; i < controls.size(); ++i) {
-    EXPECT_EQ(w.view(*controls[i])->isEnabled(), s.enabled[i]) << controls[i]->name();
+  const auto children = editChildren(c);
+  for (std::size_t i = 0; i < children.size(); ++i) {
+    EXPECT_EQ(w.view(*children[i])->isEnabled(), s.enabled[i]) << children[i]->name();
   }
 }
 
@@ -154,9 +153,7 @@ inline void whenModal(std::function<void(QWidget&)> action, int attempts = 300) 
   QTimer::singleShot(10, qApp, [action = std::move(action), attempts]() mutable {
     if (QWidget* modal = QApplication::activeModalWidget()) {
       action(*modal);
-      return;
-    }
-    if (attempts > 0) {
+    } else if (attempts > 0) {
       whenModal(std::move(action), attempts - 1);
     } else {
       ADD_FAILURE() << "no modal widget appeared";
@@ -167,6 +164,15 @@ inline void whenModal(std::function<void(QWidget&)> action, int attempts = 300) 
 inline void click(QWidget* widget) {
   ASSERT_NE(widget, nullptr);
   QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+// The next question box, once up, is checked and closed by how.
+inline void whenBox(std::function<void(QMessageBox&)> how) {
+  whenModal([how = std::move(how)](QWidget& modal) {
+    auto* box = qobject_cast<QMessageBox*>(&modal);
+    ASSERT_NE(box, nullptr);
+    how(*box);
+  });
 }
 
 // The fixture of the widget tests: the module state reset around each test, an account

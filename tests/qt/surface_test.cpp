@@ -1,13 +1,8 @@
 // The control on screen: its children at their place, with their caption, font, colours
 // and visibility, and the captions that Init rewrites.
 #include <tuple>
-#include <vector>
 
-#include <QCheckBox>
 #include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QStyle>
 
 #include "qt/select_arrow.h"
@@ -27,23 +22,19 @@ QString captionOf(QWidget* view) {
   return {};
 }
 
-TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaption) {
+TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaptionAndLook) {
   EXPECT_EQ(w.size(), QSize(664, 400));
   // Children on the widget and in the frame: each one's place in its parent in pixels,
   // whether it lies in the frame, its caption, "off" when disabled, "hidden" when not shown.
-  const std::vector<std::tuple<const toolkit::Control*, QRect, bool, const char*, std::string>>
-      places{
-          {&c.Cac_TouteTache, {8, 8, 161, 17}, false, "Afficher toutes les tâches", ""},
-          {&c.Cdr_Soins, {0, 32, 662, 361}, false, "", ""},
-          {&c.Lst_CodePos, {504, 104, 57, 56}, true, "", "hidden"},
-          {&c.Txt_Barre1, {704, 40, 1, 73}, true, "Text1", ""},
-          {&c.Cmd_AnnulerVelmora, {448, 328, 57, 25}, true, "Annuler", "off"},
-          {&c.Etq_Imperativite,
-           {72, 320, 265, 25},
-           true,
-           "Au moins une tâche impérative",
-           "hidden"},
-      };
+  using Place = std::tuple<const toolkit::Control*, QRect, bool, const char*, std::string>;
+  const std::vector<Place> places{
+      {&c.Cac_TouteTache, {8, 8, 161, 17}, false, "Afficher toutes les tâches", ""},
+      {&c.Cdr_Soins, {0, 32, 662, 361}, false, "", ""},
+      {&c.Lst_CodePos, {504, 104, 57, 56}, true, "", "hidden"},
+      {&c.Txt_Barre1, {704, 40, 1, 73}, true, "Text1", ""},
+      {&c.Cmd_AnnulerVelmora, {448, 328, 57, 25}, true, "Annuler", "off"},
+      {&c.Etq_Imperativite, {72, 320, 265, 25}, true, "Au moins une tâche impérative", "hidden"},
+  };
   QWidget* frame = w.view(c.Cdr_Soins);
   for (const auto& [control, rect, inFrame, caption, state] : places) {
     SCOPED_TRACE(control->name());
@@ -63,14 +54,11 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaption)
   EXPECT_EQ(select->icon().pixmap(16, 16).toImage().convertToFormat(QImage::Format_RGB32),
             qt::selectArrowImage().convertToFormat(QImage::Format_RGB32));
   EXPECT_EQ(select->accessibleName(), QStringLiteral("Sélectionner"));
-}
-
-TEST_F(Surface, FontsAndColoursAreThoseOfTheDesign) {
+  // Fonts and colours of the design.
   QWidget* warning = w.view(c.Etq_Imperativite);
   EXPECT_EQ(warning->font().family(), QStringLiteral("MS Sans Serif"));
   EXPECT_DOUBLE_EQ(warning->font().pointSizeF(), 13.5);
   EXPECT_EQ(warning->palette().color(QPalette::WindowText), QColor(255, 0, 0));
-
   EXPECT_EQ(w.view(c.Txt_Duree)->palette().color(QPalette::Disabled, QPalette::Base),
             QColor(192, 192, 255));
   EXPECT_EQ(w.view(c.Txt_Barre1)->palette().color(QPalette::Base), QColor(64, 64, 64));
@@ -107,9 +95,10 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
       }
       run = ink ? run + 1 : 0;
     }
-    std::vector<int> expected;
     const int headingX = w.view(*heading)->x() - view->x();  // both lie in the frame
-    for (const int p : positions) expected.push_back(qRound((headingX + 7 * (p - 52)) * scale));
+    std::vector<int> expected(positions.size());
+    std::transform(positions.begin(), positions.end(), expected.begin(),
+                   [&](int p) { return qRound((headingX + 7 * (p - 52)) * scale); });
     EXPECT_EQ(starts, expected) << list->name() << " at scale " << scale;
     EXPECT_EQ(expected.front(), qRound(4 * scale));
   }
