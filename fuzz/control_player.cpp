@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -109,9 +108,6 @@ void fault(const std::string& what) {
 }
 
 void expectDocumented(const Failure& failure) {
-  if (std::getenv("VELMORA_FUZZ_SHOW")) {
-    std::fprintf(stderr, "failure %ld: %s\n", failure.number(), failure.what());
-  }
   namespace e = errors;
   for (const long number :
        {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
@@ -180,13 +176,6 @@ bool Player::step(Bytes& in) {
     clean_ = false;
   } catch (const std::exception& e) {
     fault(std::string("an exception that is no Failure: ") + e.what());
-  }
-  if (trace_) {
-    std::fprintf(stderr, "step %d: %zu proposed, %zu selected, Txt_Duree \"%s\", W_Total %s%s\n",
-                 op % 22, static_cast<std::size_t>(control_.Lst_Possible.ListCount()),
-                 static_cast<std::size_t>(control_.Lst_Selectionne.ListCount()),
-                 toUtf8(control_.Txt_Duree.getText()).c_str(),
-                 toUtf8(control_.W_Total.toText()).c_str(), clean_ ? "" : " (after a failure)");
   }
   if (!clean_) return true;
   checkInvariants();
@@ -326,10 +315,7 @@ void Player::checkInvariants() const {
   const Ctr_VelmoraNew& c = control_;
   if (c.Lst_CodePos.ListCount() != c.Lst_Possible.ListCount() ||
       c.Lst_CodeSelect.ListCount() != c.Lst_Selectionne.ListCount()) {
-    fault("a code list out of step with its list: " + std::to_string(c.Lst_Possible.ListCount()) +
-          "/" + std::to_string(c.Lst_CodePos.ListCount()) + " proposed, " +
-          std::to_string(c.Lst_Selectionne.ListCount()) + "/" +
-          std::to_string(c.Lst_CodeSelect.ListCount()) + " selected");
+    fault("a code list out of step with its list");
   }
 }
 

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -76,9 +75,6 @@ class Player {
   std::shared_ptr<toolkit::ScriptedServices> services_;
   // No failure since the last Init: the state is one the documented operations made.
   bool clean_ = true;
-  // VELMORA_FUZZ_SHOW in the environment: each step and failure told on stderr, to read
-  // what an input does.
-  bool trace_ = std::getenv("VELMORA_FUZZ_SHOW") != nullptr;
   // W_Total is the sum of the selection's durations: from a clean Init, until a step that
   // the documentation lets set them apart (emptying, the show-all switch, a host's fill).
   bool summed_ = false;
