@@ -65,6 +65,27 @@ std::optional<double> readBack(const Text& shown) {
   return *hours * 60 + *minutes;
 }
 
+// A fault: something the documentation does not allow. Traps, so that libFuzzer keeps
+// the input; the message says which promise broke.
+[[noreturn]] void fault(const std::string& what) {
+  std::fprintf(stderr, "fault: %s\n", what.c_str());
+  __builtin_trap();
+}
+
+// A failure the control or the store documents, or a fault.
+void expectDocumented(const Failure& failure) {
+  namespace e = errors;
+  for (const long number :
+       {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
+        e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
+    if (failure.number() == number) {
+      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
+      return;
+    }
+  }
+  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
+}
+
 }  // namespace
 
 // The store file of this process, removed when the process ends (but for a crash).
@@ -100,24 +121,6 @@ Text Bytes::text() {
     for (int n = byte() * 16; n > 0; --n) out += unit;
   }
   return out;
-}
-
-void fault(const std::string& what) {
-  std::fprintf(stderr, "fault: %s\n", what.c_str());
-  __builtin_trap();
-}
-
-void expectDocumented(const Failure& failure) {
-  namespace e = errors;
-  for (const long number :
-       {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
-        e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
-    if (failure.number() == number) {
-      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
-      return;
-    }
-  }
-  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
 }
 
 Player::Player(DatabaseRef database, bool checkTotal)

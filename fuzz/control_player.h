@@ -37,13 +37,6 @@ class Bytes {
   std::size_t next_ = 0;
 };
 
-// A fault: something the documentation does not allow. Traps, so that libFuzzer keeps
-// the input; the message says which promise broke.
-[[noreturn]] void fault(const std::string& what);
-
-// A failure the control or the store documents, or a fault.
-void expectDocumented(const Failure& failure);
-
 class Player {
  public:
   // checkTotal: whether W_Total must agree with Txt_Duree (not with damaged records, whose
@@ -57,8 +50,6 @@ class Player {
   bool step(Bytes& in);
   // Init with arguments decoded from the bytes.
   void init(Bytes& in);
-
-  Ctr_VelmoraNew& control() { return control_; }
 
  private:
   void run(std::uint8_t op, Bytes& in);
