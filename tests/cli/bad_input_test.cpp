@@ -61,8 +61,8 @@ std::string numberOf(const std::string& line) {
 struct Case {
   std::vector<std::string> args;  // "S" is the sample store, "W/x" a path in the work folder
   int status;
-  std::string message;      // a part of the message
-  std::string script = "";  // when not empty, written to the last argument's file first
+  std::string message;   // a part of the message
+  std::string script{};  // when not empty, written to the last argument's file first
 };
 
 class BadInput : public cli_test::Tool {
