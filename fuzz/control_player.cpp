@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string_view>
 #include <vector>
@@ -66,6 +65,27 @@ std::optional<double> readBack(const Text& shown) {
   return *hours * 60 + *minutes;
 }
 
+// A fault: something the documentation does not allow. Traps, so that libFuzzer keeps
+// the input; the message says which promise broke.
+[[noreturn]] void fault(const std::string& what) {
+  std::fprintf(stderr, "fault: %s\n", what.c_str());
+  __builtin_trap();
+}
+
+// A failure the control or the store documents, or a fault.
+void expectDocumented(const Failure& failure) {
+  namespace e = errors;
+  for (const long number :
+       {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
+        e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
+    if (failure.number() == number) {
+      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
+      return;
+    }
+  }
+  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
+}
+
 }  // namespace
 
 // The store file of this process, removed when the process ends (but for a crash).
@@ -101,27 +121,6 @@ Text Bytes::text() {
     for (int n = byte() * 16; n > 0; --n) out += unit;
   }
   return out;
-}
-
-void fault(const std::string& what) {
-  std::fprintf(stderr, "fault: %s\n", what.c_str());
-  __builtin_trap();
-}
-
-void expectDocumented(const Failure& failure) {
-  if (std::getenv("VELMORA_FUZZ_SHOW")) {
-    std::fprintf(stderr, "failure %ld: %s\n", failure.number(), failure.what());
-  }
-  namespace e = errors;
-  for (const long number :
-       {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
-        e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
-    if (failure.number() == number) {
-      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
-      return;
-    }
-  }
-  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
 }
 
 Player::Player(DatabaseRef database, bool checkTotal)
@@ -180,13 +179,6 @@ bool Player::step(Bytes& in) {
     clean_ = false;
   } catch (const std::exception& e) {
     fault(std::string("an exception that is no Failure: ") + e.what());
-  }
-  if (trace_) {
-    std::fprintf(stderr, "step %d: %zu proposed, %zu selected, Txt_Duree \"%s\", W_Total %s%s\n",
-                 op % 22, static_cast<std::size_t>(control_.Lst_Possible.ListCount()),
-                 static_cast<std::size_t>(control_.Lst_Selectionne.ListCount()),
-                 toUtf8(control_.Txt_Duree.getText()).c_str(),
-                 toUtf8(control_.W_Total.toText()).c_str(), clean_ ? "" : " (after a failure)");
   }
   if (!clean_) return true;
   checkInvariants();
@@ -326,10 +318,7 @@ void Player::checkInvariants() const {
   const Ctr_VelmoraNew& c = control_;
   if (c.Lst_CodePos.ListCount() != c.Lst_Possible.ListCount() ||
       c.Lst_CodeSelect.ListCount() != c.Lst_Selectionne.ListCount()) {
-    fault("a code list out of step with its list: " + std::to_string(c.Lst_Possible.ListCount()) +
-          "/" + std::to_string(c.Lst_CodePos.ListCount()) + " proposed, " +
-          std::to_string(c.Lst_Selectionne.ListCount()) + "/" +
-          std::to_string(c.Lst_CodeSelect.ListCount()) + " selected");
+    fault("a code list out of step with its list");
   }
 }
 

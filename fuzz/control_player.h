@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -38,13 +37,6 @@ class Bytes {
   std::size_t next_ = 0;
 };
 
-// A fault: something the documentation does not allow. Traps, so that libFuzzer keeps
-// the input; the message says which promise broke.
-[[noreturn]] void fault(const std::string& what);
-
-// A failure the control or the store documents, or a fault.
-void expectDocumented(const Failure& failure);
-
 class Player {
  public:
   // checkTotal: whether W_Total must agree with Txt_Duree (not with damaged records, whose
@@ -58,8 +50,6 @@ class Player {
   bool step(Bytes& in);
   // Init with arguments decoded from the bytes.
   void init(Bytes& in);
-
-  Ctr_VelmoraNew& control() { return control_; }
 
  private:
   void run(std::uint8_t op, Bytes& in);
@@ -76,9 +66,6 @@ class Player {
   std::shared_ptr<toolkit::ScriptedServices> services_;
   // No failure since the last Init: the state is one the documented operations made.
   bool clean_ = true;
-  // VELMORA_FUZZ_SHOW in the environment: each step and failure told on stderr, to read
-  // what an input does.
-  bool trace_ = std::getenv("VELMORA_FUZZ_SHOW") != nullptr;
   // W_Total is the sum of the selection's durations: from a clean Init, until a step that
   // the documentation lets set them apart (emptying, the show-all switch, a host's fill).
   bool summed_ = false;

@@ -6,8 +6,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -108,7 +106,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
           .string();
   fuzz::Bytes in(data, size);
   const std::size_t pick = (in.byte() << 8 | in.byte()) % changes.size();
-  if (std::getenv("VELMORA_FUZZ_SHOW")) std::fprintf(stderr, "pick %zu\n", pick);
   Batch batch;
   try {
     if (const auto* put = std::get_if<Batch::PutRecord>(&changes[pick])) {

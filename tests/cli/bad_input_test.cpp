@@ -61,12 +61,12 @@ std::string numberOf(const std::string& line) {
 struct Case {
   std::vector<std::string> args;  // "S" is the sample store, "W/x" a path in the work folder
   int status;
-  std::string message;  // a part of the message
+  std::string message;   // a part of the message
+  std::string script{};  // when not empty, written to the last argument's file first
 };
 
 class BadInput : public cli_test::Tool {
  protected:
-  std::string at(const std::string& name) const { return (dir() / name).string(); }
   std::vector<std::string> expand(const std::vector<std::string>& args) const {
     std::vector<std::string> out;
     for (const auto& a : args) {
@@ -98,26 +98,11 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
   spit(at("text.db"), "mes notes\n");
   spit(at("cut.db"), store.substr(0, 20000));
   const std::string longWord(100000, 'a');
-  for (const auto& [name, script] : std::initializer_list<std::pair<const char*, std::string>>{
-           {"long", "show\nx" + longWord + "\n"},
-           {"quote", "init AUTRE \"" + longWord + "\n"},
-           {"inject", "init AUTRE \"0000]\"\nshow\n"},
-           {"key", "init-key AUTRE \"00001]\"\nshow\n"},
-           {"button", "show\npress selct\n"},  // the show before the mistake is not printed
-           {"row", "click possible x\n"},
-           {"list", "mark selected 0\n"},
-           {"missing", "# fine\n\ninit\n"},
-           {"dialog", "observation \"Sonner\" close\n"},
-           {"host", "host maj_enr\n"},
-           {"word", "show now\n"},
-           {"box", "type duree 5\n"},
-           {"item", "host affiche A 10\n"}}) {
-    spit(at(std::string(name) + ".play"), script);
-  }
   spit(at("gone.db-journal"), "journal d'une base partie\n");  // its store moved away
   fs::create_directory(at("folder"));
   ASSERT_EQ(mkfifo(at("fifo").c_str(), 0600), 0);
 
+  const std::vector<std::string> play{"play", "--db", "S", "W/s.play"};
   const std::vector<Case> cases{
       {{}, 2, "a command is missing"},
       {{"frob"}, 2, "unknown command \"frob\""},
@@ -174,25 +159,26 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"consult", "--db", "S", "--key", std::string(26, 'A')}, 1, "unknown key"},
       {{"play", "--db", "S", "W/folder"}, 2, "is a folder: give the script"},
       {{"play", "--db", "S", "W/none.play"}, 1, "cannot be read: No such file"},
-      {{"play", "--db", "S", "W/long.play"}, 2, "long.play:2: unknown word \"xaaa"},
-      {{"play", "--db", "S", "W/quote.play"}, 2, "quote.play:1: a quote opened at position 12"},
-      {{"play", "--db", "S", "W/inject.play"}, 2, "inject.play:1: client code \"0000]\""},
-      {{"play", "--db", "S", "W/key.play"}, 2, "key.play:1: the key holds a double quote"},
-      {{"play", "--db", "S", "W/button.play"}, 2, "button.play:2: unknown button \"selct\""},
-      {{"play", "--db", "S", "W/row.play"}, 2, "row.play:1: \"x\" is not a row number"},
-      {{"play", "--db", "S", "W/list.play"}, 2, "list.play:1: unknown list \"selected\""},
-      {{"play", "--db", "S", "W/missing.play"}, 2, "missing.play:3: missing kind of activity"},
-      {{"play", "--db", "S", "W/dialog.play"}, 2, "missing dialog button after \"close\""},
-      {{"play", "--db", "S", "W/host.play"}, 2, "host.play:1: unknown host call \"maj_enr\""},
-      {{"play", "--db", "S", "W/word.play"}, 2, "word.play:1: unexpected word \"now\""},
-      {{"play", "--db", "S", "W/box.play"}, 2, "box.play:1: unknown text box \"duree\""},
-      {{"play", "--db", "S", "W/item.play"}, 2, "item.play:1: an item of host affiche needs CODE"},
+      {play, 2, "s.play:2: unknown word \"xaaa", "show\nx" + longWord + "\n"},
+      {play, 2, "s.play:1: a quote opened at position 12", "init AUTRE \"" + longWord + "\n"},
+      {play, 2, "s.play:1: client code \"0000]\"", "init AUTRE \"0000]\"\nshow\n"},
+      {play, 2, "s.play:1: the key holds a double quote", "init-key AUTRE \"00001]\"\nshow\n"},
+      {play, 2, "s.play:2: unknown button \"selct\"", "show\npress selct\n"},
+      {play, 2, "s.play:1: \"x\" is not a row number", "click possible x\n"},
+      {play, 2, "s.play:1: unknown list \"selected\"", "mark selected 0\n"},
+      {play, 2, "s.play:3: missing kind of activity", "# fine\n\ninit\n"},
+      {play, 2, "missing dialog button after \"close\"", "observation \"Sonner\" close\n"},
+      {play, 2, "s.play:1: unknown host call \"maj_enr\"", "host maj_enr\n"},
+      {play, 2, "s.play:1: unexpected word \"now\"", "show now\n"},
+      {play, 2, "s.play:1: unknown text box \"duree\"", "type duree 5\n"},
+      {play, 2, "s.play:1: an item of host affiche needs CODE", "host affiche A 10\n"},
   };
   // Each case in English, then in French: the same status and failure number, and in
   // each language lines of that language alone.
   const bool french = frenchLocaleExists();
   for (const Case& c : cases) {
     const auto args = expand(c.args);
+    if (!c.script.empty()) spit(args.back(), c.script);
     const Outcome o = run(args);
     const Outcome fr = french ? run(args, "fr_FR.UTF-8") : o;
     SCOPED_TRACE((c.args.empty() ? "" : c.args.front()) + " " +

@@ -11,40 +11,29 @@
 namespace velmora::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using Json = nlohmann::json;
 using cli_test::Outcome;
 
-class Play : public cli_test::Tool {
+// Scripts played on the sample account.
+class Journey : public cli_test::Tool {
  protected:
-  Outcome play(const std::string& on, const std::string& script, bool json = false) {
-    cli_test::spit(dir() / "script.play", script);
-    std::vector<std::string> args{"play", "--db", on, (dir() / "script.play").string()};
-    if (json) args.emplace_back("--json");
-    return run(args);
+  void SetUp() override { ASSERT_EQ(run({"sample", "--db", at("sample.db")}).status, 0); }
+  Outcome playJson(const std::string& script) {
+    cli_test::spit(at("script.play"), script);
+    return run({"play", "--db", at("sample.db"), at("script.play"), "--json"});
   }
-};
-
-// The example journey on the sample account, step by step.
-class Journey : public Play {
- protected:
-  void SetUp() override {
-    sample = (dir() / "sample.db").string();
-    ASSERT_EQ(run({"sample", "--db", sample}).status, 0);
-  }
-  std::string sample;
 };
 
 TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
   const Outcome o =
-      run({"play", "--db", sample, std::string(VELMORA_SAMPLE_DIR) + "/journey.play"});
+      run({"play", "--db", at("sample.db"), std::string(VELMORA_SAMPLE_DIR) + "/journey.play"});
   ASSERT_EQ(o.status, 0) << o.err;
   // Each show, from its heading to the next.
   std::vector<std::string> shows;
-  for (std::size_t at = o.out.find("== line "); at != std::string::npos;) {
-    const std::size_t next = o.out.find("== line ", at + 1);
-    shows.push_back(o.out.substr(at, next - at));
-    at = next;
+  for (std::size_t pos = o.out.find("== line "); pos != std::string::npos;) {
+    const std::size_t next = o.out.find("== line ", pos + 1);
+    shows.push_back(o.out.substr(pos, next - pos));
+    pos = next;
   }
   ASSERT_EQ(shows.size(), 6u) << o.out;
   const auto selection = [&](std::size_t show) {
@@ -89,22 +78,21 @@ TEST_F(Journey, TheExampleJourneyPlaysOnTheSample) {
 // Gestures that cannot happen are noted and skipped: a disabled button, a row past the
 // list, the close box of the dialog, a question nobody answered.
 TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
-  const Outcome o = play(sample,
-                         "host affiche\n"
-                         "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
-                         "press ok\n"
-                         "mark\tpossible 1\t# tabs part words as spaces do\n"
-                         "click selected 9\n"
-                         "click selected 0\n"
-                         "observation \"Par la porte de derrière\" close ok\n"
-                         "press obs\n"
-                         "press remove\n"
-                         "show\n"
-                         "host maj-enr\n"
-                         "host vider-tache\n"
-                         "host affiche \"Aide au lever\" 25 \"Linge\" Inconnue 5 \"\"\n"
-                         "show\n",
-                         true);
+  const Outcome o = playJson(
+      "host affiche\n"
+      "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
+      "press ok\n"
+      "mark\tpossible 1\t# tabs part words as spaces do\n"
+      "click selected 9\n"
+      "click selected 0\n"
+      "observation \"Par la porte de derrière\" close ok\n"
+      "press obs\n"
+      "press remove\n"
+      "show\n"
+      "host maj-enr\n"
+      "host vider-tache\n"
+      "host affiche \"Aide au lever\" 25 \"Linge\" Inconnue 5 \"\"\n"
+      "show\n");
   ASSERT_EQ(o.status, 0) << o.err;
   const Json j = Json::parse(o.out);
   const Json& state = j["shows"][0]["state"];

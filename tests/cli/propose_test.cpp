@@ -2,11 +2,17 @@
 // for them: one home-help client with a Monday template of two tasks.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <tuple>
+#include <variant>
 #include <vector>
+
+#include <velmora/store/exchange.h>
 
 #include "cli/run_velmora.h"
 #include "support/rows.h"
@@ -14,7 +20,6 @@
 namespace velmora {
 namespace {
 
-namespace fs = std::filesystem;
 using cli_test::Outcome;
 using testing::col;
 using testing::right;
@@ -101,6 +106,69 @@ TEST_F(Propose, JsonForProgramsAndForEachCase) {
     ASSERT_EQ(o.status, 0) << o.err;
     EXPECT_EQ(Json::parse(o.out).at(Json::json_pointer(field)), expected);
   }
+}
+
+// Proposals replayed by the tool in processes, from two threads, while a writer renames
+// every task type back and forth in one batch: each is one committed state's, never a mix.
+// On the sample account, on a file and on a server under VELMORA_TEST_STORE=postgresql.
+TEST(ConcurrentProposals, EachIsTheProposalOfOneCommittedState) {
+  testing::TempAccount account;
+  Batch sample;
+  for (const char* name : {"10-soins", "20-taches", "30-clients", "40-semaines", "60-param"}) {
+    const std::string path = std::string(VELMORA_SAMPLE_DIR) + "/" + name + ".jsonl";
+    std::ifstream in(path, std::ios::binary);
+    sample.append(readExchange(in, path));
+  }
+  account.apply(sample);
+  // The task groups, with their type as it is, or renamed.
+  Batch asIs;
+  Batch renamed;
+  for (const auto& change : sample.changes()) {
+    const auto* put = std::get_if<Batch::PutRecord>(&change);
+    if (put == nullptr || put->file != u"GROUPETACHE") continue;
+    asIs.putRecord(put->file, put->key, NorvikRecord(put->body));
+    NorvikRecord record(put->body);
+    record.set(2, record.r(2) + u" bis");
+    renamed.putRecord(put->file, put->key, record);
+  }
+  ASSERT_GT(asIs.size(), 0U);
+
+  const std::vector<std::string> propose = {"propose", "--db", account.path(), "--client", "00001"};
+  const std::string before = cli_test::runVelmora(propose, account.directory()).out;
+  account.apply(renamed);
+  const std::string after = cli_test::runVelmora(propose, account.directory()).out;
+  ASSERT_NE(before, after);
+  ASSERT_NE(after.find(" bis"), std::string::npos);
+
+  std::atomic<int> runs{0};
+  std::atomic<bool> stop{false};
+  std::vector<std::string> wrong(2);
+  std::vector<std::thread> planners;
+  for (int p = 0; p < 2; ++p) {
+    planners.emplace_back([&, p] {
+      const auto dir = std::filesystem::path(account.directory()) / ("planner" + std::to_string(p));
+      std::filesystem::create_directory(dir);
+      while (!stop) {
+        const Outcome o = cli_test::runVelmora(propose, dir);
+        if (o.status != 0 || (o.out != before && o.out != after)) {
+          wrong[p] = o.out + o.err;
+          return;
+        }
+        ++runs;
+      }
+    });
+  }
+  bool isRenamed = true;
+  while (runs < 8 && wrong[0].empty() && wrong[1].empty()) {
+    account.apply(isRenamed ? asIs : renamed);
+    isRenamed = !isRenamed;
+  }
+  stop = true;
+  for (auto& planner : planners) planner.join();
+  EXPECT_EQ(wrong[0], "");
+  EXPECT_EQ(wrong[1], "");
+  // The planners wrote nothing: the store gives the last committed state's proposal.
+  EXPECT_EQ(cli_test::runVelmora(propose, account.directory()).out, isRenamed ? after : before);
 }
 
 }  // namespace

@@ -43,6 +43,12 @@ inline void spit(const fs::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
+// The exit status of a shell command line.
+inline int shell(const std::string& command) {
+  const int raw = std::system(command.c_str());
+  return WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+}
+
 // Whether the French locale that the French runs ask for is installed (locale-gen).
 inline bool frenchLocaleExists() {
   const locale_t french = newlocale(LC_MESSAGES_MASK, "fr_FR.UTF-8", nullptr);
@@ -61,8 +67,8 @@ inline Outcome runVelmora(const std::vector<std::string>& args, const fs::path& 
   const auto out = workDir / "stdout.txt";
   const auto err = workDir / "stderr.txt";
   command += " >" + shellWord(out.string()) + " 2>" + shellWord(err.string()) + " </dev/null";
-  const int raw = std::system(command.c_str());
-  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(out), slurp(err)};
+  const int status = shell(command);
+  return {status, slurp(out), slurp(err)};
 }
 
 class Tool : public ::testing::Test {
@@ -71,6 +77,7 @@ class Tool : public ::testing::Test {
     return runVelmora(args, dir(), lang);
   }
   fs::path dir() const { return account.directory(); }
+  std::string at(const std::string& name) const { return (dir() / name).string(); }
   std::string db() const { return account.path(); }
 
   testing::TempAccount account;
