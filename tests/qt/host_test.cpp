@@ -61,7 +61,7 @@ TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) 
 // A widget made with a parent only (as Designer makes it) owns a control until it is
 // given the host's.
 TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
-  Ctr_VelmoraNew hosts;  // outlives the widget that shows it
+  Ctr_VelmoraNew hosts(session);  // outlives the widget that shows it
   qt::VelmoraWidget owning;
   const auto held = std::make_shared<qt::QtServices>();  // by the control the widget made
   owning.control().setServices(held);

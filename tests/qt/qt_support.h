@@ -175,15 +175,11 @@ inline void whenBox(std::function<void(QMessageBox&)> how) {
   });
 }
 
-// The fixture of the widget tests: the module state reset around each test, an account
-// with the journeys' catalogue, and the host's control in a widget, not yet shown.
+// The fixture of the widget tests: an account with the journeys' catalogue, and the host's
+// control, on a session of its own, in a widget not yet shown.
 class WidgetTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    Session::processDefault().state().clear();
-    putTaskCatalogue(account);
-  }
-  void TearDown() override { Session::processDefault().state().clear(); }
+  void SetUp() override { putTaskCatalogue(account); }
 
   // Shows the widget and waits until it is on screen, and active when keys must reach it.
   [[nodiscard]] bool shown(bool active = false) {
@@ -203,7 +199,8 @@ class WidgetTest : public ::testing::Test {
   qt::ListBoxView& listOf(const toolkit::ListBox& list) const { return *qt::listViewOf(w, list); }
 
   TempAccount account;
-  Ctr_VelmoraNew c;
+  Session session;
+  Ctr_VelmoraNew c{session};
   qt::VelmoraWidget w{c};
 };
 

@@ -91,17 +91,17 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   putTaskCatalogue(account);
   for (const Route& route : routes) {
     SCOPED_TRACE(route.name);
-    Session::processDefault().state().clear();
     Snapshot expected;
     {
-      Ctr_VelmoraNew c;
+      Session headless;
+      Ctr_VelmoraNew c(headless);
       initClient(c, account);
       if (route.before) route.before(c);
       route.headless(c);
       expected = snapshot(c);
     }
-    Session::processDefault().state().clear();
-    Ctr_VelmoraNew c;
+    Session shown;
+    Ctr_VelmoraNew c(shown);
     VelmoraWidget w(c);
     w.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
@@ -113,7 +113,6 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
     EXPECT_EQ(snapshot(c), expected);
     expectScreenShows(w, c);
   }
-  Session::processDefault().state().clear();
 }
 
 }  // namespace
