@@ -1,5 +1,7 @@
-// The PostgreSQL backend's reads: one read-only session with prepared statements, for files,
-// dictionary items, records and range scans. Snapshots are repeatable-read transactions.
+// The PostgreSQL backend's reads: one session, unnamed statements in read-only transactions
+// that carry their own settings (a pooler in transaction mode may hand the server
+// connection to another client between two of them), for files, dictionary items, records
+// and range scans. Snapshots are repeatable-read transactions.
 #include "store/postgresql/postgresql_read_connection.h"
 
 #include <algorithm>
@@ -39,6 +41,54 @@ bool lost(PGconn* connection) {
   return connection == nullptr || PQstatus(connection) == CONNECTION_BAD;
 }
 
+// What each read transaction carries, since a session's own settings do not survive a
+// pooler that hands the server connection to another client between transactions: set
+// local to the transaction, they end with it. The reads cannot write, whatever role
+// logged in; a statement that a lock or a load keeps waiting ends with a failure instead
+// of a hang, unless the office set its own limit; and a walk in key order follows the
+// primary key, never a sort of a whole file (which would spill to disk).
+constexpr const char* kReadSettings =
+    "SELECT set_config('transaction_read_only', 'on', true), "
+    "set_config('enable_sort', 'off', true), "
+    "CASE WHEN current_setting('statement_timeout') = '0' "
+    "THEN set_config('statement_timeout', '30s', true) END";
+
+// One statement in a transaction of its own with the read settings, in one round trip:
+// the settings and the statement pipelined up to one sync, which the server runs as one
+// implicit transaction. Unnamed statements: nothing stays on the server connection.
+Result readAlone(PGconn* db, const std::string& sql, const Parameters& parameters, int format,
+                 const std::string& name) {
+  if (PQenterPipelineMode(db) == 0) throw statementFailure(db, nullptr, name);
+  if (PQsendQueryParams(db, kReadSettings, 0, nullptr, nullptr, nullptr, nullptr, 0) == 0 ||
+      PQsendQueryParams(db, sql.c_str(), parameters.size(), nullptr, parameters.values(),
+                        parameters.lengths(), parameters.formats(), format) == 0 ||
+      PQpipelineSync(db) == 0) {
+    throw statementFailure(db, nullptr, name);
+  }
+  // Answers: the settings', the statement's, each followed by a null, then the sync.
+  Result answer;
+  std::optional<Failure> failure;
+  for (int statement = 0; statement < 2; ++statement) {
+    Result result(PQgetResult(db));
+    if (result == nullptr) throw statementFailure(db, nullptr, name);
+    const auto status = PQresultStatus(result.get());
+    if (status != PGRES_TUPLES_OK && !failure) {
+      failure = statementFailure(db, status == PGRES_PIPELINE_ABORTED ? nullptr : result.get(),
+                                 name);
+    }
+    if (statement == 1) answer = std::move(result);
+    while (Result(PQgetResult(db)) != nullptr) {
+    }
+  }
+  const Result sync(PQgetResult(db));
+  if (sync == nullptr || PQresultStatus(sync.get()) != PGRES_PIPELINE_SYNC ||
+      PQexitPipelineMode(db) == 0) {
+    throw statementFailure(db, nullptr, name);
+  }
+  if (failure) throw *failure;
+  return answer;
+}
+
 }  // namespace
 
 PostgresqlReadConnection::PostgresqlReadConnection(std::string uri)
@@ -48,23 +98,9 @@ PostgresqlReadConnection::PostgresqlReadConnection(std::string uri)
 
 void PostgresqlReadConnection::connect() {
   connection_.reset();
-  prepared_ = {};
   inTransaction_ = false;
   forgetCaches();
   connection_ = connectToServer(uri_, name_);
-  // The session cannot write, whatever role it logged in with; and a statement that a
-  // lock or a load keeps waiting ends with a failure instead of a hang, unless the
-  // office set its own limit.
-  // Its statements are planned once: their plan does not depend on the values, and
-  // planning each execution again costs more than running it. That plan walks the primary
-  // key in its order (the order asked): never a sort, which a plan made without the
-  // values would otherwise choose for a whole file, and spill to disk.
-  execute(connection_.get(),
-          "SET default_transaction_read_only = on; "
-          "SET plan_cache_mode = force_generic_plan; SET enable_sort = off; "
-          "SELECT CASE WHEN current_setting('statement_timeout') = '0' "
-          "THEN set_config('statement_timeout', '30s', false) END",
-          name_);
   checkServerSchema(connection_.get(), name_);
 }
 
@@ -72,32 +108,36 @@ void PostgresqlReadConnection::connectIfLost() {
   if (lost(connection_.get())) connect();
 }
 
-Result PostgresqlReadConnection::run(Kind kind, const Parameters& parameters, bool withState) {
-  // Outside a snapshot a read is one statement of its own: if the session was lost since
-  // the last one, it is opened again and the read made once more.
+Result PostgresqlReadConnection::read(const std::string& sql, const Parameters& parameters,
+                                      int format) {
+  // In a snapshot, a statement of its transaction. Outside, a read is a transaction of its
+  // own: if the session was lost since the last one, it is opened again and the read made
+  // once more.
+  if (inTransaction_) {
+    PGconn* db = connection_.get();
+    Result result(PQexecParams(db, sql.c_str(), parameters.size(), nullptr, parameters.values(),
+                               parameters.lengths(), parameters.formats(), format));
+    if (result == nullptr || PQresultStatus(result.get()) != PGRES_TUPLES_OK) {
+      throw statementFailure(db, result.get(), name_);
+    }
+    return result;
+  }
   for (int attempt = 0;; ++attempt) {
-    if (!inTransaction_) connectIfLost();
-    std::string statementName(1, 'v');
-    statementName += std::to_string(kind);
-    if (withState) statementName += 's';
+    connectIfLost();
     try {
-      if (!prepared_[kind][withState ? 1 : 0]) {
-        const Result prepared(PQprepare(connection_.get(), statementName.c_str(),
-                                        sqlOf(kSql[kind], withState).c_str(), 0, nullptr));
-        if (prepared == nullptr || PQresultStatus(prepared.get()) != PGRES_COMMAND_OK) {
-          throw statementFailure(connection_.get(), prepared.get(), name_);
-        }
-        prepared_[kind][withState ? 1 : 0] = true;
-      }
-      Result result(PQexecPrepared(connection_.get(), statementName.c_str(), parameters.size(),
-                                   parameters.values(), parameters.lengths(), parameters.formats(),
-                                   1));
-      if (result != nullptr && PQresultStatus(result.get()) == PGRES_TUPLES_OK) return result;
-      throw statementFailure(connection_.get(), result.get(), name_);
+      return readAlone(connection_.get(), sql, parameters, format, name_);
     } catch (const Failure&) {
-      if (inTransaction_ || attempt > 0 || !lost(connection_.get())) throw;
+      // A pipeline left unfinished leaves the session in an unknown state: opened again.
+      if (!lost(connection_.get()) && PQpipelineStatus(connection_.get()) != PQ_PIPELINE_OFF) {
+        connection_.reset();
+      }
+      if (attempt > 0 || !lost(connection_.get())) throw;
     }
   }
+}
+
+Result PostgresqlReadConnection::run(Kind kind, const Parameters& parameters, bool withState) {
+  return read(sqlOf(kSql[kind], withState), parameters, 1);
 }
 
 std::uint64_t PostgresqlReadConnection::beginSnapshot() {
@@ -106,8 +146,9 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
     connectIfLost();
     try {
       const Result result = execute(connection_.get(),
-                                    "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; "
-                                    "SELECT generation FROM velmora_store",
+                                    std::string("BEGIN ISOLATION LEVEL REPEATABLE READ "
+                                                "READ ONLY; ") +
+                                        kReadSettings + "; SELECT generation FROM velmora_store",
                                     name_);
       inTransaction_ = true;
       if (PQntuples(result.get()) != 1) {
@@ -231,8 +272,7 @@ bool PostgresqlReadConnection::scanRecords(const Range& range, const Visitor& vi
 }
 
 std::vector<Text> PostgresqlReadConnection::fileNames() {
-  connectIfLost();
-  const Result result = execute(connection_.get(), "SELECT name FROM files", name_);
+  const Result result = read("SELECT name FROM files", {}, 0);
   std::vector<Text> names;
   const int rows = PQntuples(result.get());
   names.reserve(static_cast<std::size_t>(rows));
@@ -243,10 +283,8 @@ std::vector<Text> PostgresqlReadConnection::fileNames() {
 }
 
 std::vector<DictionaryItem> PostgresqlReadConnection::dictionaryItems() {
-  connectIfLost();
   const Result result =
-      execute(connection_.get(),
-              "SELECT file, name, attribute, key_start, key_length FROM dictionary", name_);
+      read("SELECT file, name, attribute, key_start, key_length FROM dictionary", {}, 0);
   std::vector<DictionaryItem> items;
   const auto number = [&](int row, int column) {
     const char* text = PQgetvalue(result.get(), row, column);

@@ -1,4 +1,5 @@
-// The storage on a PostgreSQL server: one read-only session with its prepared statements.
+// The storage on a PostgreSQL server: one session, directly or through a pooler, whose
+// every transaction is read-only and carries its own settings.
 #pragma once
 
 #include <array>
@@ -14,8 +15,8 @@ namespace velmora::store {
 
 class PostgresqlReadConnection final : public ReadConnection {
  public:
-  // Connects, makes the session read-only on the server and checks that the database
-  // holds a store; fails with errors::kDatabase and a French message.
+  // Connects and checks that the database holds a store; fails with errors::kDatabase and
+  // a French message.
   explicit PostgresqlReadConnection(std::string uri);
 
   const std::string& path() const override { return name_; }
@@ -63,14 +64,15 @@ class PostgresqlReadConnection final : public ReadConnection {
   // server is back; inside a snapshot its reads fail.
   void connectIfLost();
   void connect();
-  // Runs the prepared statement of that kind (prepared at first use in this session).
+  // Runs a statement, unnamed, in the current snapshot or in a read transaction of its
+  // own; results in text (format 0) or binary (1).
+  Result read(const std::string& sql, const Parameters& parameters, int format);
+  // The statement of that kind, results in binary.
   Result run(Kind kind, const Parameters& parameters, bool withState = false);
 
   std::string uri_;
   std::string name_;
   ServerConnection connection_;
-  // Per kind, whether it is prepared in this session, without and with the state version.
-  std::array<std::array<bool, 2>, kKinds> prepared_{};
   bool inTransaction_ = false;
   // A snapshot that reads many records of a file one by one (a catalogue's labels) reads
   // them by key ranges after its first kPointReadsAlone: one round trip for hundreds of

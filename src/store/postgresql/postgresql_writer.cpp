@@ -69,10 +69,16 @@ class ServerTarget final : public BatchTarget {
     if (PQstatus(connection_.get()) == CONNECTION_BAD) connect();
     PGconn* db = connection_.get();
     lostTheRace_ = false;
+    // Settings and statements live in the transaction, or are dropped at its end: through
+    // a pooler in transaction mode the server connection serves others between batches.
+    // Statements another writer's failed batch left on it are dropped first.
     execute(db,
-            std::string("BEGIN; SELECT CASE WHEN current_setting('lock_timeout') = '0' THEN "
-                        "set_config('lock_timeout', '") +
-                kLockWait + "', true) END",
+            std::string("BEGIN; DEALLOCATE ALL; SELECT CASE WHEN current_setting('lock_timeout') "
+                        "= '0' THEN set_config('lock_timeout', '") +
+                kLockWait + "', true) END" +
+                (sync_ == StoreWriter::Sync::Fast
+                     ? ", set_config('synchronous_commit', 'off', true)"
+                     : ""),
             name_);
     try {
       if (holdsNoTable()) {
@@ -83,11 +89,13 @@ class ServerTarget final : public BatchTarget {
       }
       prepare();
       sendAll(batch);
-      execute(db, "UPDATE velmora_store SET generation = generation + 1; COMMIT", name_);
+      execute(db,
+              "UPDATE velmora_store SET generation = generation + 1; DEALLOCATE ALL; COMMIT",
+              name_);
     } catch (...) {
       if (PQpipelineStatus(db) != PQ_PIPELINE_OFF) PQexitPipelineMode(db);
       if (PQstatus(db) != CONNECTION_BAD && PQtransactionStatus(db) != PQTRANS_IDLE) {
-        PQclear(PQexec(db, "ROLLBACK"));
+        PQclear(PQexec(db, "ROLLBACK; DEALLOCATE ALL"));
       }
       throw;
     }
@@ -148,10 +156,6 @@ class ServerTarget final : public BatchTarget {
 
   void connect() {
     connection_ = connectToServer(uri_, name_);
-    prepared_ = false;
-    if (sync_ == StoreWriter::Sync::Fast) {
-      execute(connection_.get(), "SET synchronous_commit = off", name_);
-    }
   }
 
   bool holdsNoTable() {
@@ -162,14 +166,12 @@ class ServerTarget final : public BatchTarget {
   }
 
   void prepare() {
-    if (prepared_) return;
     for (const auto& [name, sql] : kChanges) {
       const Result result(PQprepare(connection_.get(), name, sql, 0, nullptr));
       if (result == nullptr || PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
         throw statementFailure(connection_.get(), result.get(), name_);
       }
     }
-    prepared_ = true;
   }
 
   void send(Change change, const Parameters& parameters) {
@@ -243,7 +245,6 @@ class ServerTarget final : public BatchTarget {
   std::string name_;
   StoreWriter::Sync sync_;
   ServerConnection connection_;
-  bool prepared_ = false;
   bool lostTheRace_ = false;
   int pending_ = 0;
 };
