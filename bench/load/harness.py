@@ -186,14 +186,26 @@ class Harness:
         raw = self.out / "raw" / run
         shutil.rmtree(raw, ignore_errors=True)
         raw.mkdir(parents=True)
-        start = time.time() + 2 + 0.03 * len(targets)
         procs = []
         for i, uri in enumerate(targets):
             with open(raw / f"{i}.json", "w") as out:
                 procs.append(subprocess.Popen(
-                    [self.args.planner, "--uri", uri, "--reference", str(self.reference), "--start",
-                     str(int(start * 1000)), "--seconds", str(seconds), "--id", str(i), *self.journeys],
-                    env=self.env, stdout=out))
+                    [self.args.planner, "--uri", uri, "--reference", str(self.reference),
+                     "--seconds", str(seconds), "--id", str(i), *self.journeys],
+                    env=self.env, stdin=subprocess.PIPE, stdout=out))
+        # Every planner ready (its reference played, its connection open) or gone, then all
+        # started at once.
+        deadline = time.time() + 120 + 0.2 * len(targets)
+        for i, p in enumerate(procs):
+            while (raw / f"{i}.json").stat().st_size == 0 and p.poll() is None and time.time() < deadline:
+                time.sleep(0.05)
+        for p in procs:
+            try:
+                p.stdin.write(b"go\n")
+                p.stdin.close()
+            except BrokenPipeError:
+                pass
+        start = time.time()
         events = {}
         if stops:
             time.sleep(max(0, start + seconds / 3 - time.time()))
@@ -214,7 +226,8 @@ class Harness:
         lines = []
         for i in range(len(targets)):
             text = (raw / f"{i}.json").read_text().strip().splitlines()
-            lines.append(json.loads(text[-1]) if text else None)
+            last = json.loads(text[-1]) if text else {}
+            lines.append(None if "ready" in last or not last else last)
         row = summarize(run, lines, len(targets), seconds, 1 if stops else 0)
         row.update(events)
         print(f"{run}: {row['throughput']} procedures/s, Init median "

@@ -4,8 +4,11 @@
 // journey played once, before the clock starts, on a quiet SQLite copy of the same
 // committed state. Prints one JSON line: its counts and its latencies.
 //
-//   velmora_load_planner --uri URI --reference FILE --start EPOCH_MS --seconds S
-//                        [--id N] JOURNEY.play...
+//   velmora_load_planner --uri URI --reference FILE --seconds S [--id N] JOURNEY.play...
+//
+// Once the reference is played and the connection open it prints {"ready": true} and waits
+// for a line (or the end) on its standard input, so that the planners of a run start
+// together.
 //
 // A line whose failures outnumber the reference's at that line is an error: the journey
 // stops there and the next one starts (a host shows the failure and the planner goes on).
@@ -23,7 +26,6 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -43,7 +45,6 @@ using velmora::cli::Step;
 struct Options {
   std::string uri;
   std::string reference;
-  long long startMs = 0;  // wall clock, milliseconds since the epoch
   double seconds = 10;
   int id = 0;
   std::vector<std::string> journeys;
@@ -51,8 +52,8 @@ struct Options {
 
 [[noreturn]] void usage(const std::string& why) {
   std::cerr << "velmora_load_planner: " << why
-            << "\nUsage: velmora_load_planner --uri URI --reference FILE --start EPOCH_MS "
-               "--seconds S [--id N] JOURNEY.play...\n";
+            << "\nUsage: velmora_load_planner --uri URI --reference FILE --seconds S [--id N] "
+               "JOURNEY.play...\n";
   std::exit(2);
 }
 
@@ -74,7 +75,6 @@ Options parse(int argc, char** argv) {
     };
     if (word == "--uri") o.uri = value();
     else if (word == "--reference") o.reference = value();
-    else if (word == "--start") o.startMs = number<long long>(value(), "--start");
     else if (word == "--seconds") o.seconds = number<double>(value(), "--seconds");
     else if (word == "--id") o.id = number<int>(value(), "--id");
     else if (word.starts_with("--")) usage("unknown option " + word);
@@ -141,14 +141,17 @@ class Tally {
     ++procedures_;
     run_ = 0;
   }
-  void failed(const std::string& name, const Json& messages) {
+  void failed(const std::string& name, const Json& messages, double at) {
     ++errors_;
     maxRun_ = std::max(maxRun_, ++run_);
     if (samples_.size() < 3) {
       samples_.push_back({{"procedure", name},
+                          {"at_seconds", at},
                           {"message", messages.empty() ? Json() : messages.back()["text"]}});
     }
   }
+  // The last procedure failed: the planner has yet to show that the next one succeeds.
+  bool failing() const { return run_ > 0; }
   // A journey played to its end: right when it showed what the reference showed.
   void finished(const Journey& j, const Json& seen) {
     ++journeys_;
@@ -189,7 +192,12 @@ class Tally {
       if (want[i] == got[i]) continue;
       Json parts = Json::array();
       for (const auto& [key, value] : want[i]["state"].items()) {
-        if (got[i]["state"].value(key, Json()) != value) parts.push_back(key);
+        const Json other = got[i]["state"].value(key, Json());
+        if (other == value) continue;
+        // a list by its lengths (wanted, got), anything else by its name
+        parts.push_back(value.is_array() && other.is_array()
+                            ? Json{key, value.size(), other.size()}
+                            : Json(key));
       }
       return Json{{"journey", j.name}, {"line", want[i]["line"]}, {"differs", parts}};
     }
@@ -198,15 +206,17 @@ class Tally {
 };
 
 // Plays one journey, timing each procedure; false when a line failed beyond the reference.
-bool playOnce(const Journey& j, const velmora::DatabaseRef& db, Tally& tally, Json& seen) {
+bool playOnce(const Journey& j, const velmora::DatabaseRef& db, Tally& tally, Json& seen,
+              Clock::time_point runStart) {
   Player player(db, true);
   for (std::size_t i = 0; i < j.steps.size(); ++i) {
     const auto name = procedure(j.steps[i]);
-    const auto t0 = Clock::now();
+    const auto before = Clock::now();
     player.step(j.steps[i]);
-    const std::chrono::duration<double, std::micro> took = Clock::now() - t0;
+    const std::chrono::duration<double, std::micro> took = Clock::now() - before;
     if (player.failures() > j.failuresAfter[i]) {
-      tally.failed(name.value_or("show"), player.seen()["messages"]);
+      const std::chrono::duration<double> at = Clock::now() - runStart;
+      tally.failed(name.value_or("show"), player.seen()["messages"], at.count());
       return false;
     }
     if (name) tally.played(*name, took.count());
@@ -230,14 +240,21 @@ int run(const Options& o) {
     std::cout << Json{{"id", o.id}, {"refused", f.what()}}.dump() << "\n";
     return 1;
   }
-  const auto start = std::chrono::system_clock::time_point(std::chrono::milliseconds(o.startMs));
-  std::this_thread::sleep_until(start);
+  std::cout << Json{{"ready", true}}.dump() << std::endl;
+  std::string go;
+  std::getline(std::cin, go);
   const auto t0 = Clock::now();
   const auto end = t0 + std::chrono::duration<double>(o.seconds);
-  for (std::size_t n = static_cast<std::size_t>(o.id); Clock::now() < end; ++n) {
+  // Past the end, a planner whose last procedure failed goes on (for a while) until one
+  // succeeds or fails again: whether the next one succeeds is what a failover promises.
+  const auto grace = end + std::chrono::seconds(20);
+  for (std::size_t n = static_cast<std::size_t>(o.id);
+       Clock::now() < end || (tally.failing() && Clock::now() < grace); ++n) {
     const Journey& j = journeys[n % journeys.size()];
     Json seen;
-    if (playOnce(j, db, tally, seen)) tally.finished(j, seen);
+    const bool wasFailing = tally.failing();
+    if (playOnce(j, db, tally, seen, t0)) tally.finished(j, seen);
+    if (Clock::now() >= end && wasFailing) break;
   }
   const std::chrono::duration<double> elapsed = Clock::now() - t0;
   std::cout << tally.json(o, elapsed.count()).dump() << "\n";
