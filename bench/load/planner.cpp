@@ -153,11 +153,14 @@ class Tally {
   // The last procedure failed: the planner has yet to show that the next one succeeds.
   bool failing() const { return run_ > 0; }
   // A journey played to its end: right when it showed what the reference showed.
-  void finished(const Journey& j, const Json& seen) {
+  void finished(const Journey& j, const Json& seen, double at) {
     ++journeys_;
     if (seen == j.seen) return;
     ++wrong_;
-    if (wrongSamples_.size() < 2) wrongSamples_.push_back(difference(j, seen));
+    if (wrongSamples_.size() < 2) {
+      wrongSamples_.push_back(difference(j, seen));
+      wrongSamples_.back()["at_seconds"] = at;
+    }
   }
   Json json(const Options& o, double elapsed) const {
     Json lat = Json::object();
@@ -253,7 +256,9 @@ int run(const Options& o) {
     const Journey& j = journeys[n % journeys.size()];
     Json seen;
     const bool wasFailing = tally.failing();
-    if (playOnce(j, db, tally, seen, t0)) tally.finished(j, seen);
+    if (playOnce(j, db, tally, seen, t0)) {
+      tally.finished(j, seen, std::chrono::duration<double>(Clock::now() - t0).count());
+    }
     if (Clock::now() >= end && wasFailing) break;
   }
   const std::chrono::duration<double> elapsed = Clock::now() - t0;
