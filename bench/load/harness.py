@@ -315,6 +315,27 @@ def markdown(rows):
     return "\n".join(lines) + "\n"
 
 
+def goals(rows):
+    """The goals measured beside their floors in this run: the most planners through the
+    pooler against 8 direct connections (at least 0.8 of their throughput), and one planner
+    alone through the pooler and on the standby against direct on the primary (Init's
+    median within 1.3x)."""
+    by = {r["run"]: r for r in rows}
+    found = []
+    pooled = sorted((r for r in rows if r["run"].startswith("pooled-")), key=lambda r: r["planners"])
+    if pooled and "floor-8" in by and by["floor-8"]["throughput"]:
+        ratio = pooled[-1]["throughput"] / by["floor-8"]["throughput"]
+        found.append({"goal": f"{pooled[-1]['run']} throughput >= 0.8 x floor-8", "ratio": round(ratio, 2),
+                      "met": ratio >= 0.8})
+    direct = by.get("alone-primary", {}).get("latency_ms", {}).get("Init", {}).get("median")
+    for name in ("alone-pooler", "alone-standby"):
+        init = by.get(name, {}).get("latency_ms", {}).get("Init", {}).get("median")
+        if direct and init:
+            found.append({"goal": f"{name} Init median <= 1.3 x alone-primary", "ratio": round(init / direct, 2),
+                          "met": init / direct <= 1.3})
+    return found
+
+
 def numbers(text):
     return [int(w) for w in text.split(",") if w.strip()]
 
@@ -354,11 +375,13 @@ def main(argv=None):
             loop.join()
     table = {"when": time.strftime("%Y-%m-%d %H:%M UTC", time.gmtime()), "seconds": args.seconds,
              "imports": h.imports if args.import_loop else None, "cores": os.cpu_count(),
-             "load_average": os.getloadavg(), "rows": rows}
+             "load_average": os.getloadavg(), "goals": goals(rows), "rows": rows}
     (h.out / "table.json").write_text(json.dumps(table, indent=1, ensure_ascii=False) + "\n")
     (h.out / "table.md").write_text(markdown(rows))
     plot(rows, h.out)
     print(markdown(rows))
+    for g in table["goals"]:
+        print(f"goal {g['goal']}: {g['ratio']} ({'met' if g['met'] else 'missed'})")
     if args.import_loop:
         print(f"imports: {h.imports['done']} done, {h.imports['failed']} failed")
     faults = [f for f in map(failed, rows) if f]
