@@ -168,11 +168,16 @@ class Harness:
             stop.wait(self.args.import_pause)
 
     def standby_sessions(self):
-        """The planners' sessions on the standby, seen from a planner's own connection."""
-        done = subprocess.run(["psql", "-X", "-At", "-d", self.uris["standby"], "-c",
-                               "SELECT count(*) FROM pg_stat_activity WHERE usename = current_user"],
+        """The planners' sessions on the standby, seen by the writer's role (the planners'
+        own may have no connection left)."""
+        writer = urllib.parse.urlsplit(self.uris["writer"])
+        standby = urllib.parse.urlsplit(self.uris["standby"])
+        uri = writer._replace(netloc=writer.netloc.rpartition("@")[0] + "@" +
+                              standby.netloc.rpartition("@")[2]).geturl()
+        done = subprocess.run(["psql", "-X", "-At", "-d", uri, "-c",
+                               "SELECT count(*) FROM pg_stat_activity WHERE usename = 'velmora_planner'"],
                               env=self.env, capture_output=True, text=True)
-        return int(done.stdout) - 1 if done.returncode == 0 and done.stdout.strip() else None
+        return int(done.stdout) if done.returncode == 0 and done.stdout.strip() else None
 
     def cluster(self, command):
         subprocess.run([self.args.cluster_script, command, self.args.cluster, "standby"],
@@ -351,8 +356,9 @@ def main(argv=None):
     ap.add_argument("--floor", type=numbers, default=[1, 8, 16], help="direct planners, e.g. 1,8,16")
     ap.add_argument("--pooled", type=numbers, default=[1, 50, 200, 500], help="e.g. 1,50,200,500")
     ap.add_argument("--failover", type=int, default=500, help="planners of the standby-stop run (0: none)")
-    ap.add_argument("--standby-planners", type=int, default=80,
-                    help="of those, how many on the standby directly (its connection slots bound it)")
+    ap.add_argument("--standby-planners", type=int, default=40,
+                    help="of those, how many on the standby directly (the planners' role may "
+                         "hold 50 connections a server)")
     ap.add_argument("--alone", action="store_true", help="one planner alone on each target, for Init")
     ap.add_argument("--import-loop", action="store_true")
     ap.add_argument("--import-pause", type=float, default=0.5, help="seconds between two imports")
