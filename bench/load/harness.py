@@ -215,8 +215,10 @@ class Harness:
         if stops:
             time.sleep(max(0, start + seconds / 3 - time.time()))
             events["standby_sessions_before_stop"] = self.standby_sessions()
+            events["standby_stopped_at"] = round(time.time() - start, 1)
             self.cluster("stop")
             time.sleep(max(0, start + 2 * seconds / 3 - time.time()))
+            events["standby_restarted_at"] = round(time.time() - start, 1)
             self.cluster("start")
             time.sleep(1)
             events["standby_sessions_after_restart"] = self.standby_sessions()
