@@ -300,6 +300,7 @@ unset logscale y
 set yrange [0:*]
 set ylabel 'procedures per second'
 set title 'Throughput'
+set key bottom right
 plot {curves(((5, ''),))}
 unset multiplot
 """
