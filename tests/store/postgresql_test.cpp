@@ -56,6 +56,36 @@ const std::string kStandbySignal =
 const std::string kIntruder =
     "DROP ROLE IF EXISTS velmora_intrus; CREATE ROLE velmora_intrus LOGIN PASSWORD 'juste'; ";
 
+// A store whose reads of the file COUPE run cut(): it ends its own session while fewer than
+// `allowed` sessions were ended since the count was taken, and fails in two lines with a
+// tab when none is allowed (the sessions ended before have counted themselves after 0.2 s).
+const std::string kCutStore =
+    std::string(
+        "DROP SCHEMA IF EXISTS velmora_coupe CASCADE; CREATE SCHEMA velmora_coupe; "
+        "SET search_path = velmora_coupe; ") +
+    store::kServerSchema + R"sql(
+ALTER TABLE files RENAME TO stored_files;
+INSERT INTO stored_files VALUES ('TACHE');
+CREATE FUNCTION ended() RETURNS bigint LANGUAGE sql AS
+  'SELECT pg_stat_get_db_sessions_killed(oid) FROM pg_database WHERE datname = current_database()';
+CREATE TABLE cuts AS SELECT 0 AS allowed, ended() AS since;
+CREATE FUNCTION cut() RETURNS boolean LANGUAGE plpgsql AS $$ BEGIN
+  IF (SELECT allowed FROM cuts) < 0 THEN RAISE EXCEPTION E'une\ttabulation\net une ligne'; END IF;
+  PERFORM pg_sleep(0.2), pg_stat_clear_snapshot();
+  IF ended() < (SELECT since + allowed FROM cuts) THEN
+    PERFORM pg_terminate_backend(pg_backend_pid()), pg_sleep(5);
+  END IF;
+  RETURN true;
+END $$;
+CREATE VIEW files AS SELECT name FROM stored_files UNION ALL SELECT 'COUPE' WHERE cut();
+)sql";
+// Opens the file COUPE, outside any snapshot, with that many sessions ended under it.
+void openCut(int allowed) {
+  administerServer("UPDATE velmora_coupe.cuts SET allowed = " + std::to_string(allowed) +
+                   ", since = velmora_coupe.ended()");
+  openDatabase("postgresql://?options=-csearch_path%3Dvelmora_coupe")->OpenFile(u"COUPE");
+}
+
 std::string readValue(DatabaseRef& db) {
   const auto snapshot = db->holdSnapshot();
   return toUtf8(db->OpenFile(u"TACHE")->ReadRecord(u"A1")->r());
@@ -199,6 +229,18 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        "auront fermé la leur ; si cela dure, demandez à l'administrateur d'augmenter "
        "max_connections. | La base postgresql://velmora_intrus:***@/ refuse la connexion : les "
        "dernières connexions libres du serveur sont réservées à ses administrateurs"},
+      // A read alone is made again once on a new session, not twice.
+      {"a read alone whose session is ended twice in a row", [] { administerServer(kCutStore); },
+       [] {
+         EXPECT_EQ(failureNumber([] { openCut(1); }), 0);
+         openCut(2);
+       },
+       [] { administerServer("DROP SCHEMA velmora_coupe CASCADE"); }, errors::kDatabase,
+       "La connexion au serveur de la base postgresql://?options=-csearch_path%3Dvelmora_coupe a "
+       "été perdue (FATAL:  terminating connection due to administrator command"},
+      {"a server's message on several lines, with a tab", [] { administerServer(kCutStore); },
+       [] { openCut(-1); }, [] { administerServer("DROP SCHEMA velmora_coupe CASCADE"); },
+       errors::kDatabase, "ne peut pas être utilisée (ERROR:  une tabulation et une ligne "},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
@@ -222,10 +264,15 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
 }
 
 // An address libpq refuses before any server is asked: the message quotes what is wrong
-// with it, the password masked and nothing else.
+// with it, the password masked and nothing else; a list of hosts is an address too.
 TEST(ServerAddress, ARefusedAddressIsQuotedWithOnlyItsPasswordMasked) {
-  for (const std::string uri : {"postgresql://planner:s3cret@/velmora?sslmode=bogus",
-                                "postgresql:///velmora?password=s3cret&sslmode=bogus"}) {
+  for (const std::string uri :
+       {"postgresql://planner:s3cret@/velmora?sslmode=bogus",
+        "postgresql:///velmora?password=s3cret&sslmode=bogus",
+        "postgresql://planner:s3cret@h1:5433,h2/velmora?target_session_attrs=prefer-standby&"
+        "sslmode=bogus"}) {
+    EXPECT_TRUE(isServerUri(uri));
+    EXPECT_EQ(shownLocation(uri).find("s3cret"), std::string::npos);
     std::string message;
     EXPECT_EQ(failureNumber([&] { openDatabase(uri); }, &message), errors::kDatabase);
     for (const char* words : {"n'est pas valable", "\"bogus\"", "velmora"}) {
@@ -446,6 +493,134 @@ TEST_F(Office, NoPasswordInAnyOutputEvenAWrongOne) {
   for (const auto& password : passwords) {
     EXPECT_EQ(office_->outputs.find(password), std::string::npos) << office_->outputs;
   }
+}
+
+// The office's cluster of scripts/office-cluster, in the folder tests/support/on-cluster
+// names: planners through PgBouncer in transaction mode, and on the streaming standby.
+class OfficeCluster : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (std::getenv("VELMORA_TEST_CLUSTER") == nullptr) GTEST_SKIP() << "runs in office_cluster";
+  }
+  static std::string uri(const std::string& name) {
+    std::istringstream lines(
+        cli_test::slurp(std::string(std::getenv("VELMORA_TEST_CLUSTER")) + "/uris"));
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with(name + "=")) return line.substr(name.size() + 1);
+    }
+    return "postgresql://absent";
+  }
+  static std::string port(const std::string& name) {
+    const std::string whole = uri(name);
+    const auto colon = whole.rfind(':');
+    return whole.substr(colon + 1, whole.rfind('/') - colon - 1);
+  }
+  // The first value of the statement's answer, or "!" and its SQLSTATE.
+  static std::string value(PGconn* connection, const std::string& sql) {
+    const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
+                                                               &PQclear);
+    if (PQresultStatus(result.get()) == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
+    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+    return std::string("!") + (state != nullptr ? state : "?");
+  }
+  // The administrator's view of a server (the PG* variables name the primary's).
+  static std::string administrator(const std::string& server, const std::string& sql) {
+    const Pg admin(PQconnectdb(("port=" + port(server)).c_str()), &PQfinish);
+    return value(admin.get(), sql);
+  }
+  static void standby(const std::string& action) {
+    run(std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-cluster " + action + " " +
+        std::getenv("VELMORA_TEST_CLUSTER") + " standby >/dev/null");
+  }
+  // The task's record, "" when there is none.
+  static std::string label(DatabaseRef& db, const char16_t* key) {
+    try {
+      return toUtf8(db->OpenFile(u"TACHE")->ReadRecord(key)->r());
+    } catch (const Failure& failure) {
+      if (failure.number() != errors::kRecordNotFound) throw;
+      return "";
+    }
+  }
+};
+
+TEST_F(OfficeCluster, ThroughThePoolerPlannersTakeTurnsOnOneServerConnectionAndLeaveNothing) {
+  const Pg other(PQconnectdb(uri("pooler").c_str()), &PQfinish);  // another planner's host
+  std::vector<DatabaseRef> planners = {openDatabase(uri("pooler")), openDatabase(uri("pooler"))};
+  for (int turn = 0; turn < 3; ++turn) {
+    for (auto& planner : planners) {
+      {
+        const auto snapshot = planner->holdSnapshot();
+        EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
+      }
+      EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
+      // What the planner's transactions set or prepared ended with them.
+      EXPECT_EQ(value(other.get(),
+                      "SELECT current_setting('enable_sort') || ' ' || "
+                      "(SELECT count(*) FROM pg_prepared_statements)"),
+                "on 0");
+    }
+  }
+  EXPECT_EQ(value(other.get(), "INSERT INTO files VALUES ('X') RETURNING name"), "!25006");
+  EXPECT_EQ(administrator("primary",
+                          "SELECT count(*) FROM pg_stat_activity WHERE usename = "
+                          "'velmora_planner'"),
+            "1");
+}
+
+TEST_F(OfficeCluster, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAfterTheReplicationLag) {
+  TempAccount work;  // a folder for the tool's output
+  const auto propose = [&](const std::string& at) {
+    const auto outcome = cli_test::runVelmora(
+        {"propose", "--db", at, "--client", "00001", "--json"}, work.directory());
+    EXPECT_EQ(outcome.status, 0) << at << outcome.err;
+    return outcome.out;
+  };
+  const std::string onPrimary = propose(uri("primary"));
+  EXPECT_NE(onPrimary.find("Ménage courant"), std::string::npos) << onPrimary;
+  const std::string both = "postgresql://velmora_planner@localhost:" + port("primary") +
+                           ",localhost:" + port("standby") +
+                           "/velmora_office?target_session_attrs=read-only";
+  for (const auto& at : {uri("standby"), uri("pooler"), both}) EXPECT_EQ(propose(at), onPrimary);
+
+  DatabaseRef standby = openDatabase(uri("standby"));
+  Batch batch;
+  batch.putRecord(u"TACHE", u"Retard", makeRecord({{"1"}, {"G-RETARD"}}));
+  StoreWriter(uri("writer")).apply(batch);
+  const auto written = std::chrono::steady_clock::now();  // committed on the primary
+  while (label(standby, u"Retard").empty() &&
+         std::chrono::steady_clock::now() - written < std::chrono::seconds(10)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  const auto lag = std::chrono::steady_clock::now() - written;
+  EXPECT_NE(label(standby, u"Retard"), "");
+  std::printf(
+      "replication lag: %lld ms\n",
+      static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(lag).count()));
+}
+
+TEST_F(OfficeCluster, AStandbyLostUnderAProcedureFailsItOnceAndTheNextRunsOnThePrimary) {
+  const std::string both = "postgresql://velmora_planner@localhost:" + port("standby") +
+                           ",localhost:" + port("primary") +
+                           "/velmora_office?target_session_attrs=prefer-standby&"
+                           "application_name=velmora_secours";
+  DatabaseRef db = openDatabase(both);
+  const std::string planners =
+      "SELECT count(*) FROM pg_stat_activity WHERE application_name = 'velmora_secours'";
+  ASSERT_EQ(administrator("standby", planners), "1");
+  std::string message;
+  {
+    const auto snapshot = db->holdSnapshot();
+    const auto file = db->OpenFile(u"TACHE");
+    EXPECT_NE(label(db, u"Aspirateur"), "");
+    standby("stop");
+    EXPECT_EQ(failureNumber([&] { file->ReadRecord(u"Poussière"); }, &message), errors::kDatabase);
+  }
+  EXPECT_NE(message.find("La connexion au serveur de la base " + both + " a été perdue"),
+            std::string::npos)
+      << message;
+  EXPECT_NE(label(db, u"Aspirateur").find("Ménage courant"), std::string::npos);
+  EXPECT_EQ(administrator("primary", planners), "1");
+  standby("start");
 }
 
 }  // namespace

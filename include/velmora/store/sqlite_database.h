@@ -56,8 +56,10 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
 };
 
 // A new read-only connection to the store at that location: a file path, or a PostgreSQL
-// server's URI (postgresql://user@host/database or postgres://...), whose session is then
-// read-only on the server. Fails with errors::kDatabase and a French message that says
+// server's URI (postgresql://user@host/database or postgres://...; several hosts,
+// postgresql://user@h1:5432,h2:5432/database?target_session_attrs=prefer-standby, are
+// tried in turn), whose every transaction is then read-only on the server. It works
+// through a pooler in transaction mode (PgBouncer): nothing is kept in the session. Fails with errors::kDatabase and a French message that says
 // what to do (no password in it), or errors::kBusy as SqliteDatabase does.
 VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
 

@@ -70,22 +70,21 @@ Result readAlone(PGconn* db, const std::string& sql, const Parameters& parameter
   std::optional<Failure> failure;
   for (int statement = 0; statement < 2; ++statement) {
     Result result(PQgetResult(db));
-    if (result == nullptr) throw statementFailure(db, nullptr, name);
+    if (result == nullptr) throw failure ? *failure : statementFailure(db, nullptr, name);
     const auto status = PQresultStatus(result.get());
     if (status != PGRES_TUPLES_OK && !failure) {
-      failure = statementFailure(db, status == PGRES_PIPELINE_ABORTED ? nullptr : result.get(),
-                                 name);
+      failure =
+          statementFailure(db, status == PGRES_PIPELINE_ABORTED ? nullptr : result.get(), name);
     }
     if (statement == 1) answer = std::move(result);
     while (Result(PQgetResult(db)) != nullptr) {
     }
   }
   const Result sync(PQgetResult(db));
-  if (sync == nullptr || PQresultStatus(sync.get()) != PGRES_PIPELINE_SYNC ||
-      PQexitPipelineMode(db) == 0) {
-    throw statementFailure(db, nullptr, name);
-  }
-  if (failure) throw *failure;
+  const bool synced = sync != nullptr && PQresultStatus(sync.get()) == PGRES_PIPELINE_SYNC &&
+                      PQexitPipelineMode(db) != 0;
+  if (failure) throw *failure;  // the first cause, also of a session lost after it
+  if (!synced) throw statementFailure(db, nullptr, name);
   return answer;
 }
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "store/postgresql/postgresql_support.h"
 #include "store/engine/read_connection.h"
+#include "store/postgresql/postgresql_support.h"
 
 namespace velmora::store {
 

@@ -72,14 +72,14 @@ class ServerTarget final : public BatchTarget {
     // Settings and statements live in the transaction, or are dropped at its end: through
     // a pooler in transaction mode the server connection serves others between batches.
     // Statements another writer's failed batch left on it are dropped first.
-    execute(db,
-            std::string("BEGIN; DEALLOCATE ALL; SELECT CASE WHEN current_setting('lock_timeout') "
-                        "= '0' THEN set_config('lock_timeout', '") +
-                kLockWait + "', true) END" +
-                (sync_ == StoreWriter::Sync::Fast
-                     ? ", set_config('synchronous_commit', 'off', true)"
-                     : ""),
-            name_);
+    execute(
+        db,
+        std::string("BEGIN; DEALLOCATE ALL; SELECT CASE WHEN current_setting('lock_timeout') "
+                    "= '0' THEN set_config('lock_timeout', '") +
+            kLockWait + "', true) END" +
+            (sync_ == StoreWriter::Sync::Fast ? ", set_config('synchronous_commit', 'off', true)"
+                                              : ""),
+        name_);
     try {
       if (holdsNoTable()) {
         createTables();
@@ -89,8 +89,7 @@ class ServerTarget final : public BatchTarget {
       }
       prepare();
       sendAll(batch);
-      execute(db,
-              "UPDATE velmora_store SET generation = generation + 1; DEALLOCATE ALL; COMMIT",
+      execute(db, "UPDATE velmora_store SET generation = generation + 1; DEALLOCATE ALL; COMMIT",
               name_);
     } catch (...) {
       if (PQpipelineStatus(db) != PQ_PIPELINE_OFF) PQexitPipelineMode(db);
@@ -154,9 +153,7 @@ class ServerTarget final : public BatchTarget {
     return shown;
   }
 
-  void connect() {
-    connection_ = connectToServer(uri_, name_);
-  }
+  void connect() { connection_ = connectToServer(uri_, name_); }
 
   bool holdsNoTable() {
     const Result count =
