@@ -11,7 +11,7 @@ beside its floor in the same call:
   pooled-N    N planners through PgBouncer;
   failover-N  N planners, those the standby takes on it (a URI that lists the standby then
               the primary, prefer-standby) and the rest through PgBouncer; the standby is
-              stopped at a third of the run and started again at two thirds;
+              stopped at a quarter of the run and started again at half of it;
   alone-*     one planner alone through PgBouncer, on the standby, and direct on the
               primary, for the time of Init.
 
