@@ -17,8 +17,8 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -61,7 +61,8 @@ template <typename Number>
 Number number(const std::string& text, const char* what) {
   Number value{};
   const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (ec != std::errc{} || end != text.data() + text.size()) usage(std::string(what) + " is a number");
+  if (ec != std::errc{} || end != text.data() + text.size())
+    usage(std::string(what) + " is a number");
   return value;
 }
 
@@ -73,12 +74,18 @@ Options parse(int argc, char** argv) {
       if (i + 1 >= argc) usage(word + " needs a value");
       return argv[++i];
     };
-    if (word == "--uri") o.uri = value();
-    else if (word == "--reference") o.reference = value();
-    else if (word == "--seconds") o.seconds = number<double>(value(), "--seconds");
-    else if (word == "--id") o.id = number<int>(value(), "--id");
-    else if (word.starts_with("--")) usage("unknown option " + word);
-    else o.journeys.push_back(word);
+    if (word == "--uri")
+      o.uri = value();
+    else if (word == "--reference")
+      o.reference = value();
+    else if (word == "--seconds")
+      o.seconds = number<double>(value(), "--seconds");
+    else if (word == "--id")
+      o.id = number<int>(value(), "--id");
+    else if (word.starts_with("--"))
+      usage("unknown option " + word);
+    else
+      o.journeys.push_back(word);
   }
   if (o.uri.empty() || o.reference.empty() || o.journeys.empty()) {
     usage("--uri, --reference and a journey are needed");
@@ -107,18 +114,28 @@ std::optional<std::string> procedure(const Step& step) {
   using K = Step::Kind;
   const auto first = [&] { return step.words.empty() ? std::string() : " " + step.words[0]; };
   switch (step.kind) {
-    case K::Init: return "Init";
-    case K::Click: return "click" + first();
-    case K::DoubleClick: return "double-click" + first();
-    case K::Press: return "press" + first();
-    case K::Type: return "type";
-    case K::Paste: return "paste";
-    case K::Clear: return "clear";
-    case K::Tick: return "tick";
-    case K::Host: return "host" + first();
+    case K::Init:
+      return "Init";
+    case K::Click:
+      return "click" + first();
+    case K::DoubleClick:
+      return "double-click" + first();
+    case K::Press:
+      return "press" + first();
+    case K::Type:
+      return "type";
+    case K::Paste:
+      return "paste";
+    case K::Clear:
+      return "clear";
+    case K::Tick:
+      return "tick";
+    case K::Host:
+      return "host" + first();
     case K::Answer:
     case K::Observation:
-    case K::Show: return std::nullopt;
+    case K::Show:
+      return std::nullopt;
   }
   return std::nullopt;
 }
@@ -198,9 +215,8 @@ class Tally {
         const Json other = got[i]["state"].value(key, Json());
         if (other == value) continue;
         // a list by its lengths (wanted, got), anything else by its name
-        parts.push_back(value.is_array() && other.is_array()
-                            ? Json{key, value.size(), other.size()}
-                            : Json(key));
+        parts.push_back(value.is_array() && other.is_array() ? Json{key, value.size(), other.size()}
+                                                             : Json(key));
       }
       return Json{{"journey", j.name}, {"line", want[i]["line"]}, {"differs", parts}};
     }
