@@ -215,8 +215,13 @@ class Harness:
         if stops:
             # The scripts take seconds on a loaded machine: the times kept are when the
             # standby went down and when it was back, from the planners' start.
+            # Counted aside: a connection of psql may take seconds under the load.
+            def count():
+                time.sleep(seconds / 8)
+                events["standby_sessions_before_stop"] = self.standby_sessions()
+            counting = threading.Thread(target=count)
+            counting.start()
             time.sleep(max(0, start + seconds / 4 - time.time()))
-            events["standby_sessions_before_stop"] = self.standby_sessions()
             self.cluster("stop")
             events["standby_stopped_at"] = round(time.time() - start, 1)
             time.sleep(max(2, start + seconds / 2 - time.time()))
@@ -224,6 +229,7 @@ class Harness:
             events["standby_restarted_at"] = round(time.time() - start, 1)
             time.sleep(1)
             events["standby_sessions_after_restart"] = self.standby_sessions()
+            counting.join()
         for p in procs:
             try:
                 p.wait(timeout=max(10, start + seconds + 120 - time.time()))
