@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -154,7 +155,7 @@ Journey reference(const std::string& path, const velmora::DatabaseRef& quiet) {
 class Tally {
  public:
   void played(const std::string& name, double micros) {
-    latencies_[name].push_back(static_cast<long long>(micros + 0.5));
+    latencies_[name].push_back(std::llround(micros));
     ++procedures_;
     run_ = 0;
   }
@@ -267,7 +268,7 @@ int run(const Options& o) {
   // Past the end, a planner whose last procedure failed goes on (for a while) until one
   // succeeds or fails again: whether the next one succeeds is what a failover promises.
   const auto grace = end + std::chrono::seconds(20);
-  for (std::size_t n = static_cast<std::size_t>(o.id);
+  for (auto n = static_cast<std::size_t>(o.id);
        Clock::now() < end || (tally.failing() && Clock::now() < grace); ++n) {
     const Journey& j = journeys[n % journeys.size()];
     Json seen;
