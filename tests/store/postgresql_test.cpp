@@ -519,7 +519,7 @@ TEST_F(Office, NoPasswordInAnyOutputEvenAWrongOne) {
 TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWhenItStops) {
   const auto propose = [&](const std::string& server) {
     int status = -1;
-    const std::string shown =
+    std::string shown =
         velmora({"propose", "--db", server, "--client", "00001", "--json"}, &status);
     EXPECT_EQ(status, 0) << server << shown;
     return shown;
