@@ -64,8 +64,7 @@ const std::string kCutStore =
         "DROP SCHEMA IF EXISTS velmora_coupe CASCADE; CREATE SCHEMA velmora_coupe; "
         "SET search_path = velmora_coupe; ") +
     store::kServerSchema + R"sql(
-ALTER TABLE files RENAME TO stored_files;
-INSERT INTO stored_files VALUES ('TACHE');
+ALTER TABLE files RENAME TO stored_files; INSERT INTO stored_files VALUES ('TACHE');
 CREATE FUNCTION ended() RETURNS bigint LANGUAGE sql AS
   'SELECT pg_stat_get_db_sessions_killed(oid) FROM pg_database WHERE datname = current_database()';
 CREATE TABLE cuts AS SELECT 0 AS allowed, ended() AS since;
@@ -74,9 +73,7 @@ CREATE FUNCTION cut() RETURNS boolean LANGUAGE plpgsql AS $$ BEGIN
   PERFORM pg_sleep(0.2), pg_stat_clear_snapshot();
   IF ended() < (SELECT since + allowed FROM cuts) THEN
     PERFORM pg_terminate_backend(pg_backend_pid()), pg_sleep(5);
-  END IF;
-  RETURN true;
-END $$;
+  END IF; RETURN true; END $$;
 CREATE VIEW files AS SELECT name FROM stored_files UNION ALL SELECT 'COUPE' WHERE cut();
 )sql";
 // Opens the file COUPE, outside any snapshot, with that many sessions ended under it.
@@ -229,18 +226,19 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        "auront fermé la leur ; si cela dure, demandez à l'administrateur d'augmenter "
        "max_connections. | La base postgresql://velmora_intrus:***@/ refuse la connexion : les "
        "dernières connexions libres du serveur sont réservées à ses administrateurs"},
-      // A read alone is made again once on a new session, not twice.
+      // A read alone is made again once on a new session, not twice; a server's message
+      // in several lines, with a tab, is quoted on one.
       {"a read alone whose session is ended twice in a row", [] { administerServer(kCutStore); },
        [] {
+         std::string tab;
          EXPECT_EQ(failureNumber([] { openCut(1); }), 0);
+         failureNumber([] { openCut(-1); }, &tab);
+         EXPECT_NE(tab.find("utilisée (ERROR:  une tabulation et une ligne "), std::string::npos);
          openCut(2);
        },
        [] { administerServer("DROP SCHEMA velmora_coupe CASCADE"); }, errors::kDatabase,
        "La connexion au serveur de la base postgresql://?options=-csearch_path%3Dvelmora_coupe a "
        "été perdue (FATAL:  terminating connection due to administrator command"},
-      {"a server's message on several lines, with a tab", [] { administerServer(kCutStore); },
-       [] { openCut(-1); }, [] { administerServer("DROP SCHEMA velmora_coupe CASCADE"); },
-       errors::kDatabase, "ne peut pas être utilisée (ERROR:  une tabulation et une ligne "},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
@@ -311,150 +309,155 @@ TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   administerServer("DROP SCHEMA velmora_vide CASCADE");
 }
 
-// An office as scripts/office-setup makes it on the test server, once for the tests below:
-// its database, its two roles, their passwords in a pgpass file of its own.
+// An office as scripts/office-cluster makes it (scripts/office-setup's roles and sample
+// account on a primary, a streaming standby, PgBouncer in transaction mode), in the
+// folder tests/support/on-cluster names; the PG* variables name its administrator.
 class Office : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    if (!TempAccount::onServer()) return;
-    office_ = std::make_unique<Made>();
-    office_->setupOutput = setUpAgain();
-  }
-  static void TearDownTestSuite() { office_.reset(); }
-
   void SetUp() override {
-    if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
-    ASSERT_NE(office_->setupOutput.find("ready in database velmora_probe"), std::string::npos)
-        << office_->setupOutput;
-    ASSERT_EQ(office_->passwords.size(), 2U);
+    if (std::getenv("VELMORA_TEST_CLUSTER") == nullptr) GTEST_SKIP() << "runs in office_cluster";
   }
-
-  // The shell command's output and status, as a user with the office's pgpass file and no
-  // password of the administrator's sees them, or as the administrator.
-  static std::string shell(const std::string& command, int* status = nullptr, bool asUser = true) {
-    const std::string out = office_->directory.directory() + "/out.txt";
-    const std::string user = "env -u PGPASSWORD PGPASSFILE=" + cli_test::shellWord(pgpass()) + " ";
-    const int raw = std::system(
-        ((asUser ? user : "") + command + " >" + cli_test::shellWord(out) + " 2>&1 </dev/null")
-            .c_str());
-    if (status != nullptr) *status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    std::string output = cli_test::slurp(out);
-    office_->outputs += output;
-    return output;
+  static std::string at(const std::string& name) {
+    return std::string(std::getenv("VELMORA_TEST_CLUSTER")) + "/" + name;
   }
-  static std::string velmora(const std::vector<std::string>& args, int* status = nullptr) {
-    std::string command = cli_test::shellWord(VELMORA_CLI);
-    for (const auto& arg : args) command += " " + cli_test::shellWord(arg);
-    return shell(command, status);
-  }
-  // Runs office-setup (again) and reads back the writer's password, then the planner's.
-  static std::string setUpAgain() {
-    const std::string script = std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-setup";
-    const std::string output = shell("VELMORA=" + cli_test::shellWord(VELMORA_CLI) + " bash " +
-                                         cli_test::shellWord(script) + " --pgpass " +
-                                         cli_test::shellWord(pgpass()) + " velmora_probe",
-                                     nullptr, false);
-    office_->passwords.clear();
-    std::istringstream lines(cli_test::slurp(pgpass()));
+  // The value of that name in DIR/uris, or the server's port in DIR/ports.
+  static std::string uri(const std::string& name, const char* file = "uris") {
+    std::istringstream lines(cli_test::slurp(at(file)));
     for (std::string line; std::getline(lines, line);) {
-      office_->passwords.push_back(line.substr(line.rfind(':') + 1));
+      if (line.starts_with(name + "=")) return line.substr(name.size() + 1);
     }
-    return output;
+    return "postgresql://absent";
   }
-  static std::string pgpass() { return office_->directory.directory() + "/pgpass"; }
-  static std::string uri(const std::string& role, const std::string& rest = "") {
-    return "postgresql://" + role + "@localhost:" + std::getenv("PGPORT") + "/velmora_probe" + rest;
+  static std::string port(const std::string& name) { return uri(name, "ports"); }
+  // The tool's output and status, each output kept to look for passwords in.
+  std::string velmora(const std::vector<std::string>& args, int* status = nullptr) {
+    const auto outcome = cli_test::runVelmora(args, work_.directory());
+    if (status != nullptr) *status = outcome.status;
+    outputs_ += outcome.out + outcome.err;
+    return outcome.out + outcome.err;
   }
-  // A session as the role, with its password from the office's file (libpq would take the
-  // administrator's from PGPASSWORD first).
-  static Pg session(const std::string& role, const std::string& database = "velmora_probe") {
-    const std::string& password = office_->passwords[role == "velmora_writer" ? 0 : 1];
-    return {PQconnectdb(("host=localhost port=" + std::string(std::getenv("PGPORT")) +
-                         " dbname=" + database + " user=" + role + " password=" + password)
-                            .c_str()),
-            &PQfinish};
-  }
-  // The SQLSTATE of the statement's failure, "" when it went through.
-  static std::string refusal(PGconn* connection, const std::string& sql) {
+  // The first value of the statement's answer, "" for a command, or "!" and its SQLSTATE.
+  static std::string answer(PGconn* connection, const std::string& sql) {
     const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
                                                                &PQclear);
     const auto status = PQresultStatus(result.get());
-    if (status == PGRES_COMMAND_OK || status == PGRES_TUPLES_OK || status == PGRES_COPY_IN) {
+    if (status == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
+    if (status == PGRES_COMMAND_OK || status == PGRES_COPY_IN) return "";
+    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+    return std::string("!") + (state != nullptr ? state : "?");
+  }
+  static Pg session(const std::string& at) { return {PQconnectdb(at.c_str()), &PQfinish}; }
+  // The administrator's view of a server.
+  static std::string administrator(const std::string& server, const std::string& sql) {
+    return answer(session("port=" + port(server)).get(), sql);
+  }
+  static void standby(const std::string& action) {
+    run(std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-cluster " + action + " " + at("") +
+        " standby >/dev/null");
+  }
+  // The task's record, "" when there is none.
+  static std::string label(DatabaseRef& db, const char16_t* key) {
+    try {
+      return toUtf8(db->OpenFile(u"TACHE")->ReadRecord(key)->r());
+    } catch (const Failure& failure) {
+      if (failure.number() != errors::kRecordNotFound) throw;
       return "";
     }
-    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
-    return state != nullptr ? state : "?";
   }
 
-  struct Made {
-    TempAccount directory;  // for its temporary folder
-    std::string setupOutput;
-    std::vector<std::string> passwords;  // the writer's, then the planner's
-    std::string outputs;                 // everything every command printed
-  };
-  static std::unique_ptr<Made> office_;
+  TempAccount work_;  // a folder for the tool's output
+  std::string outputs_;
 };
-std::unique_ptr<Office::Made> Office::office_;
 
-TEST_F(Office, APlannerAskingForReadWriteIsRefusedEveryWriteRoute) {
-  const Pg planner = session("velmora_planner");
-  ASSERT_EQ(PQstatus(planner.get()), CONNECTION_OK) << PQerrorMessage(planner.get());
-  ASSERT_EQ(refusal(planner.get(), "SET default_transaction_read_only = off"), "");
-  for (const char* route : {"SELECT lo_from_bytea(0, 'plein')",
-                            "SELECT lo_create(0)",
-                            "SELECT lo_creat(-1)",
-                            "SELECT lo_import('/etc/hostname')",
-                            "CREATE TEMP TABLE t (x int)",
-                            "INSERT INTO files VALUES ('X')",
-                            "UPDATE velmora_store SET generation = 0",
-                            "TRUNCATE records",
-                            "COPY files FROM STDIN",
-                            "COPY files FROM '/etc/hostname'",
-                            "COPY files TO PROGRAM 'cat'",
-                            "COPY files TO '/tmp/velmora-probe'",
-                            "SET ROLE velmora_writer",
-                            "CREATE TABLE public.t (x int)",
-                            "CREATE SCHEMA planner",
-                            "ALTER DEFAULT PRIVILEGES GRANT ALL ON TABLES TO PUBLIC",
-                            "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE",
-                            "SELECT * FROM velmora_store FOR KEY SHARE",
-                            "SELECT pg_advisory_lock(g) FROM generate_series(1, 100000) g",
-                            "SELECT pg_try_advisory_xact_lock(1)"}) {
-    EXPECT_EQ(refusal(planner.get(), route), "42501") << route;
-    if (PQtransactionStatus(planner.get()) != PQTRANS_IDLE) refusal(planner.get(), "ROLLBACK");
+TEST_F(Office, ThroughThePoolerPlannersTakeTurnsOnOneServerConnectionAndLeaveNothing) {
+  const Pg other(PQconnectdb(uri("pooler").c_str()), &PQfinish);  // another planner's host
+  std::vector<DatabaseRef> planners = {openDatabase(uri("pooler")), openDatabase(uri("pooler"))};
+  for (int turn = 0; turn < 3; ++turn) {
+    for (auto& planner : planners) {
+      {
+        const auto snapshot = planner->holdSnapshot();
+        EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
+      }
+      EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
+      // What the planner's transactions set or prepared ended with them.
+      EXPECT_EQ(answer(other.get(),
+                       "SELECT current_setting('enable_sort') || ' ' || "
+                       "(SELECT count(*) FROM pg_prepared_statements)"),
+                "on 0");
+    }
   }
+  EXPECT_EQ(administrator("primary",
+                          "SELECT count(*) FROM pg_stat_activity WHERE usename = "
+                          "'velmora_planner'"),
+            "1");
+}
+
+TEST_F(Office, APlannerAskingForReadWriteIsRefusedEveryWriteRouteDirectlyAndThroughThePooler) {
+  for (const auto* server : {"primary", "pooler"}) {
+    SCOPED_TRACE(server);
+    const Pg planner = session(uri(server));
+    ASSERT_EQ(answer(planner.get(), "SET default_transaction_read_only = off"), "");
+    for (const char* route : {"SELECT lo_from_bytea(0, 'plein')",
+                              "SELECT lo_create(0)",
+                              "SELECT lo_creat(-1)",
+                              "SELECT lo_import('/etc/hostname')",
+                              "CREATE TEMP TABLE t (x int)",
+                              "INSERT INTO files VALUES ('X')",
+                              "UPDATE velmora_store SET generation = 0",
+                              "TRUNCATE records",
+                              "COPY files FROM STDIN",
+                              "COPY files FROM '/etc/hostname'",
+                              "COPY files TO PROGRAM 'cat'",
+                              "COPY files TO '/tmp/velmora-probe'",
+                              "SET ROLE velmora_writer",
+                              "CREATE TABLE public.t (x int)",
+                              "CREATE SCHEMA planner",
+                              "ALTER DEFAULT PRIVILEGES GRANT ALL ON TABLES TO PUBLIC",
+                              "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE",
+                              "SELECT * FROM velmora_store FOR KEY SHARE",
+                              "SELECT pg_advisory_lock(g) FROM generate_series(1, 100000) g",
+                              "SELECT pg_try_advisory_xact_lock(1)"}) {
+      EXPECT_EQ(answer(planner.get(), route), "!42501") << route;
+      if (PQtransactionStatus(planner.get()) != PQTRANS_IDLE) answer(planner.get(), "ROLLBACK");
+    }
+    answer(planner.get(), "RESET default_transaction_read_only");
+  }
+  const std::string pgpass = cli_test::slurp(at("pgpass"));
+  const auto from = pgpass.find(":velmora_planner:") + 17;
+  const std::string password = pgpass.substr(from, pgpass.find('\n', from) - from);
   for (const char* database : {"postgres", "template1"}) {
-    const std::string refused = PQerrorMessage(session("velmora_planner", database).get());
+    const std::string refused =
+        PQerrorMessage(session("postgresql://velmora_planner@localhost:" + port("primary") + "/" +
+                               database + "?password=" + password)
+                           .get());
     EXPECT_NE(refused.find("permission denied for database"), std::string::npos) << refused;
   }
 }
 
 TEST_F(Office, NoLockAPlannerCanTakeHoldsUpAnImportAndOnlyAWriterIsWaitedFor) {
   // A planner takes every lock it can reach and leaves its transaction open.
-  const Pg planner = session("velmora_planner");
-  ASSERT_EQ(refusal(planner.get(),
-                    "BEGIN; LOCK TABLE velmora_store, files, records, dictionary IN ACCESS SHARE "
-                    "MODE; SELECT count(*) FROM records"),
-            "");
-  const std::string exchange = office_->directory.directory() + "/tache.jsonl";
+  const Pg planner = session(uri("primary"));
+  ASSERT_NE(answer(planner.get(),
+                   "BEGIN; LOCK TABLE velmora_store, files, records, dictionary "
+                   "IN ACCESS SHARE MODE; SELECT count(*) FROM records")[0],
+            '!');
+  const std::string exchange = work_.directory() + "/tache.jsonl";
   cli_test::spit(exchange,
                  R"({"file":"TACHE","key":"Vitres","record":["1","G-VITRES","","N","45"]})"
                  "\n");
   // A writer waits at most this long, then says so; the planners are no reason to wait.
-  const std::string writer = uri("velmora_writer", "?options=-clock_timeout%3D2s");
+  const std::string writer = uri("writer") + "?options=-clock_timeout%3D2s";
   int status = -1;
   const std::string imported = velmora({"import", exchange, "--db", writer}, &status);
   EXPECT_EQ(status, 0) << imported;
   EXPECT_NE(imported.find("velmora_writer@localhost"), std::string::npos) << imported;
-  const std::string read =
-      velmora({"get", "--db", uri("velmora_planner"), "TACHE", "Vitres"}, &status);
+  const std::string read = velmora({"get", "--db", uri("pooler"), "TACHE", "Vitres"}, &status);
   EXPECT_EQ(status, 0) << read;
   EXPECT_NE(read.find("45"), std::string::npos) << read;
 
   // Another import in progress is waited for, then named.
-  const Pg other = session("velmora_writer");
-  ASSERT_EQ(refusal(other.get(), "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE"),
-            "");
+  const Pg other = session(uri("writer"));
+  ASSERT_EQ(answer(other.get(), "BEGIN; LOCK TABLE velmora_store IN SHARE ROW EXCLUSIVE MODE"), "");
   const std::string pid = std::to_string(PQbackendPID(other.get()));
   const std::string refused = velmora({"import", exchange, "--db", writer}, &status);
   EXPECT_EQ(status, 1) << refused;
@@ -467,142 +470,88 @@ TEST_F(Office, NoLockAPlannerCanTakeHoldsUpAnImportAndOnlyAWriterIsWaitedFor) {
 
 TEST_F(Office, NoPasswordInAnyOutputEvenAWrongOne) {
   struct stat file {};
-  ASSERT_EQ(stat(pgpass().c_str(), &file), 0);
+  ASSERT_EQ(stat(at("pgpass").c_str(), &file), 0);
   EXPECT_EQ(file.st_mode & 0777, 0600U);
   // A refused password, given in the URI, is shown masked.
   const std::string wrong = "faux-secret-4711";
   int status = -1;
   const std::string refused =
       velmora({"get", "--db",
-               "postgresql://velmora_planner:" + wrong + "@localhost:" + std::getenv("PGPORT") +
-                   "/velmora_probe?password=" + wrong,
-               "TACHE", "Vitres"},
+               "postgresql://velmora_planner:" + wrong + "@localhost:" + port("pooler") +
+                   "/velmora_office?password=" + wrong,
+               "TACHE", "Aspirateur"},
               &status);
   EXPECT_EQ(status, 1);
   EXPECT_NE(refused.find("velmora_planner:***@"), std::string::npos) << refused;
   EXPECT_NE(refused.find("refuse la connexion"), std::string::npos) << refused;
-  // office-setup run again: new passwords in the same file, the store kept and read.
-  std::vector<std::string> passwords = office_->passwords;
-  EXPECT_NE(setUpAgain().find("already holds a store: kept"), std::string::npos);
-  EXPECT_NE(velmora({"get", "--db", uri("velmora_planner"), "TACHE", "Aspirateur"}, &status)
-                .find("Ménage courant"),
+  // office-setup run again: new passwords in the same file, the store kept and read; then
+  // the roles' former verifiers and file back, for PgBouncer's auth file.
+  const std::string before = cli_test::slurp(at("pgpass"));
+  const std::string verifiers =
+      administrator("primary",
+                    "SELECT string_agg(format('ALTER ROLE %I PASSWORD %L', rolname, rolpassword), "
+                    "'; ') FROM pg_authid WHERE rolname LIKE 'velmora\\_%'");
+  const std::string setup = std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-setup";
+  EXPECT_EQ(cli_test::shell("bash " + cli_test::shellWord(setup) + " --pgpass " +
+                            cli_test::shellWord(at("pgpass")) + " velmora_office >" +
+                            cli_test::shellWord(at("again.log")) + " 2>&1"),
+            0);
+  for (const char* log :
+       {"again.log", "office-setup.log", "primary.log", "pgbouncer/pgbouncer.log"}) {
+    outputs_ += cli_test::slurp(at(log));
+  }
+  EXPECT_NE(outputs_.find("already holds a store: kept"), std::string::npos) << outputs_;
+  EXPECT_NE(velmora({"get", "--db", uri("primary"), "TACHE", "Aspirateur"}).find("Ménage courant"),
             std::string::npos);
-  passwords.insert(passwords.end(), office_->passwords.begin(), office_->passwords.end());
-  passwords.push_back(wrong);
-  ASSERT_EQ(passwords.size(), 5U);
+  std::istringstream lines(before + cli_test::slurp(at("pgpass")));
+  administerServer(verifiers);
+  cli_test::spit(at("pgpass"), before);
+  std::vector<std::string> passwords = {wrong};
+  for (std::string line; std::getline(lines, line);) {
+    passwords.push_back(line.substr(line.rfind(':') + 1));
+  }
+  ASSERT_EQ(passwords.size(), 1U + 6U + 6U);
   for (const auto& password : passwords) {
-    EXPECT_EQ(office_->outputs.find(password), std::string::npos) << office_->outputs;
+    EXPECT_EQ(outputs_.find(password), std::string::npos) << outputs_;
   }
 }
 
-// The office's cluster of scripts/office-cluster, in the folder tests/support/on-cluster
-// names: planners through PgBouncer in transaction mode, and on the streaming standby.
-class OfficeCluster : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (std::getenv("VELMORA_TEST_CLUSTER") == nullptr) GTEST_SKIP() << "runs in office_cluster";
-  }
-  static std::string uri(const std::string& name) {
-    std::istringstream lines(
-        cli_test::slurp(std::string(std::getenv("VELMORA_TEST_CLUSTER")) + "/uris"));
-    for (std::string line; std::getline(lines, line);) {
-      if (line.starts_with(name + "=")) return line.substr(name.size() + 1);
-    }
-    return "postgresql://absent";
-  }
-  static std::string port(const std::string& name) {
-    const std::string whole = uri(name);
-    const auto colon = whole.rfind(':');
-    return whole.substr(colon + 1, whole.rfind('/') - colon - 1);
-  }
-  // The first value of the statement's answer, or "!" and its SQLSTATE.
-  static std::string value(PGconn* connection, const std::string& sql) {
-    const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
-                                                               &PQclear);
-    if (PQresultStatus(result.get()) == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
-    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
-    return std::string("!") + (state != nullptr ? state : "?");
-  }
-  // The administrator's view of a server (the PG* variables name the primary's).
-  static std::string administrator(const std::string& server, const std::string& sql) {
-    const Pg admin(PQconnectdb(("port=" + port(server)).c_str()), &PQfinish);
-    return value(admin.get(), sql);
-  }
-  static void standby(const std::string& action) {
-    run(std::string(VELMORA_SAMPLE_DIR) + "/../../scripts/office-cluster " + action + " " +
-        std::getenv("VELMORA_TEST_CLUSTER") + " standby >/dev/null");
-  }
-  // The task's record, "" when there is none.
-  static std::string label(DatabaseRef& db, const char16_t* key) {
-    try {
-      return toUtf8(db->OpenFile(u"TACHE")->ReadRecord(key)->r());
-    } catch (const Failure& failure) {
-      if (failure.number() != errors::kRecordNotFound) throw;
-      return "";
-    }
-  }
-};
-
-TEST_F(OfficeCluster, ThroughThePoolerPlannersTakeTurnsOnOneServerConnectionAndLeaveNothing) {
-  const Pg other(PQconnectdb(uri("pooler").c_str()), &PQfinish);  // another planner's host
-  std::vector<DatabaseRef> planners = {openDatabase(uri("pooler")), openDatabase(uri("pooler"))};
-  for (int turn = 0; turn < 3; ++turn) {
-    for (auto& planner : planners) {
-      {
-        const auto snapshot = planner->holdSnapshot();
-        EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
-      }
-      EXPECT_NE(label(planner, u"Aspirateur").find("Ménage courant"), std::string::npos);
-      // What the planner's transactions set or prepared ended with them.
-      EXPECT_EQ(value(other.get(),
-                      "SELECT current_setting('enable_sort') || ' ' || "
-                      "(SELECT count(*) FROM pg_prepared_statements)"),
-                "on 0");
-    }
-  }
-  EXPECT_EQ(value(other.get(), "INSERT INTO files VALUES ('X') RETURNING name"), "!25006");
-  EXPECT_EQ(administrator("primary",
-                          "SELECT count(*) FROM pg_stat_activity WHERE usename = "
-                          "'velmora_planner'"),
-            "1");
-}
-
-TEST_F(OfficeCluster, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAfterTheReplicationLag) {
-  TempAccount work;  // a folder for the tool's output
-  const auto propose = [&](const std::string& at) {
-    const auto outcome = cli_test::runVelmora(
-        {"propose", "--db", at, "--client", "00001", "--json"}, work.directory());
-    EXPECT_EQ(outcome.status, 0) << at << outcome.err;
-    return outcome.out;
+TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWhenItStops) {
+  const auto propose = [&](const std::string& server) {
+    int status = -1;
+    std::string shown =
+        velmora({"propose", "--db", server, "--client", "00001", "--json"}, &status);
+    EXPECT_EQ(status, 0) << server << shown;
+    return shown;
   };
   const std::string onPrimary = propose(uri("primary"));
   EXPECT_NE(onPrimary.find("Ménage courant"), std::string::npos) << onPrimary;
-  const std::string both = "postgresql://velmora_planner@localhost:" + port("primary") +
-                           ",localhost:" + port("standby") +
-                           "/velmora_office?target_session_attrs=read-only";
-  for (const auto& at : {uri("standby"), uri("pooler"), both}) EXPECT_EQ(propose(at), onPrimary);
+  std::string both = "postgresql://velmora_planner@localhost:" + port("primary") +
+                     ",localhost:" + port("standby") +
+                     "/velmora_office?target_session_attrs=read-only";
+  for (const auto& server : {uri("standby"), uri("pooler"), both}) {
+    EXPECT_EQ(propose(server), onPrimary);
+  }
 
-  DatabaseRef standby = openDatabase(uri("standby"));
+  DatabaseRef onStandby = openDatabase(uri("standby"));
   Batch batch;
   batch.putRecord(u"TACHE", u"Retard", makeRecord({{"1"}, {"G-RETARD"}}));
   StoreWriter(uri("writer")).apply(batch);
   const auto written = std::chrono::steady_clock::now();  // committed on the primary
-  while (label(standby, u"Retard").empty() &&
+  while (label(onStandby, u"Retard").empty() &&
          std::chrono::steady_clock::now() - written < std::chrono::seconds(10)) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   const auto lag = std::chrono::steady_clock::now() - written;
-  EXPECT_NE(label(standby, u"Retard"), "");
+  EXPECT_NE(label(onStandby, u"Retard"), "");
   std::printf(
       "replication lag: %lld ms\n",
       static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(lag).count()));
-}
 
-TEST_F(OfficeCluster, AStandbyLostUnderAProcedureFailsItOnceAndTheNextRunsOnThePrimary) {
-  const std::string both = "postgresql://velmora_planner@localhost:" + port("standby") +
-                           ",localhost:" + port("primary") +
-                           "/velmora_office?target_session_attrs=prefer-standby&"
-                           "application_name=velmora_secours";
+  // The standby stopped under a procedure: it fails, the next one runs on the primary.
+  both = "postgresql://velmora_planner@localhost:" + port("standby") +
+         ",localhost:" + port("primary") +
+         "/velmora_office?target_session_attrs=prefer-standby&application_name=velmora_secours";
   DatabaseRef db = openDatabase(both);
   const std::string planners =
       "SELECT count(*) FROM pg_stat_activity WHERE application_name = 'velmora_secours'";
