@@ -2,11 +2,9 @@
 
 #include <cmath>
 #include <limits>
-#include <string>
 #include <vector>
 
 #include <velmora/base/currency.h>
-#include <velmora/base/failure.h>
 #include <velmora/base/text.h>
 #include "support/failure_number.h"
 
