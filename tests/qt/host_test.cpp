@@ -126,6 +126,8 @@ TEST(QtServices, APointerShapeOverridesTheCursorUntilShapeZeroOrTheServicesGo) {
   services->setMousePointer(11);
   ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  services->setMousePointer(13);  // another shape replaces it
+  EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::BusyCursor);
   services->setMousePointer(0);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
   services->setMousePointer(11);
