@@ -66,8 +66,7 @@ namespace velmora {
 void Ctr_VelmoraNew::Recherche_SemaineTypeFlot(Boolean& RemplirBas) {
   const SessionInUse inUse(d_->session);
   const ProcedureSnapshot snapshot;
-  const search::SearchCriteria criteria{d_->W_Code,    d_->W_DateDeb, d_->W_DateFin, d_->W_TypeAct,
-                                        d_->W_HeureDe, d_->W_HeureA,  d_->W_Jour};
+  const search::SearchCriteria criteria = search::criteriaOf(*d_);
   const bool cleLue = d_->W_CleLue != kFalse;
   const search::TemplateSearch floating{
       [&] { return search::findFloatingKeys(criteria, cleLue, d_->W_ListeSem); },

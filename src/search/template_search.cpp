@@ -2,6 +2,7 @@
 // The procedures pass in their queries and their test of a template; the rest is here.
 #include "search/template_search.h"
 
+#include "control/control_private.h"
 #include "control/error_regime.h"
 #include "control/session_state.h"
 #include "rows/item_row.h"
@@ -98,6 +99,11 @@ void fillLowerHalf(const SearchControl& search) {
 }
 
 }  // namespace
+
+SearchCriteria criteriaOf(const Ctr_VelmoraNew::Private& fields) {
+  return {fields.W_Code,    fields.W_DateDeb, fields.W_DateFin, fields.W_TypeAct,
+          fields.W_HeureDe, fields.W_HeureA,  fields.W_Jour};
+}
 
 void runTemplateSearch(const SearchControl& search, const TemplateSearch& kind,
                        Boolean& remplirBas) {

@@ -47,6 +47,9 @@ struct TemplateSearch {
   RowEnd end;
 };
 
+// The criteria as Init left them in the control's private fields.
+SearchCriteria criteriaOf(const Ctr_VelmoraNew::Private& fields);
+
 // Runs the search under continue on error, as the procedures do.
 void runTemplateSearch(const SearchControl& search, const TemplateSearch& kind,
                        Boolean& remplirBas);

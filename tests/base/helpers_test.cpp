@@ -2,11 +2,9 @@
 
 #include <cmath>
 #include <limits>
-#include <string>
 #include <vector>
 
 #include <velmora/base/currency.h>
-#include <velmora/base/failure.h>
 #include <velmora/base/text.h>
 #include "support/failure_number.h"
 
@@ -19,6 +17,8 @@ TEST(Utf8, EdgesOfTheEncoding) {
   const std::string phrase = "Tâche à faire € \xF0\x9F\x98\x80";
   EXPECT_EQ(fromUtf8(phrase).size(), 18u);  // the emoji takes two code units
   EXPECT_EQ(toUtf8(fromUtf8(phrase)), phrase);
+  // The first and the last pair of surrogates.
+  EXPECT_EQ(toUtf8(u"\U00010000\U0010FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
   // Bytes that are not UTF-8, a cut sequence and an overlong form: one replacement a byte.
   EXPECT_EQ(fromUtf8("a\xFF!"), u"a\xFFFD!");
   EXPECT_EQ(fromUtf8("\xC3"), u"\xFFFD");

@@ -2,19 +2,13 @@
 // store in English and in French: each wrong input gets its exit status and a message in
 // one language that says what and where, ends as the tool promises (a pointer to --help,
 // or the failure's number), quotes long input cut, and leaves the store as it was.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
 #include <regex>
-#include <sstream>
-#include <string>
 #include <string_view>
-#include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "cli/run_velmora.h"
 
@@ -151,6 +145,7 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"propose", "--db", "S", "--client", "00001", "--kind", "autre"}, 2, "--kind is AUTRE or"},
       {{"consult", "--db", "S", "--key", "00001"}, 2, "--key is a full key"},
       {{"propose", "--db", "S", "--client", "00001", "--from", ""}, 2, "--from needs a date"},
+      {{"propose", "--db", "S", "--client", "00001", "--from"}, 2, "--from needs a value"},
       {{"propose", "--db", "S", "--client", "00001", "--from", "31/02/2026"}, 2, "not a date of"},
       {{"propose", "--db", "S", "--client", "00001", "--time", "25:99-99"}, 2, "\"25:99\" is not"},
       {{"propose", "--db", "S", "--client", "00001", "--days", "12"}, 2, "--days is a mask"},

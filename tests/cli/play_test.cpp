@@ -1,10 +1,5 @@
 // velmora play, run as a planner's tester runs it: scripts in files, the tool as a
 // process, its output read back whole.
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <nlohmann/json.hpp>
-#include <string>
 
 #include "cli/run_velmora.h"
 

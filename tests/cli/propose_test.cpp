@@ -1,16 +1,10 @@
 // velmora propose and velmora consult, run as a user runs them, on a small account made
 // for them: one home-help client with a Monday template of two tasks.
-#include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
-#include <string>
 #include <thread>
 #include <tuple>
 #include <variant>
-#include <vector>
 
 #include <velmora/store/exchange.h>
 

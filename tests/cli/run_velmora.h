@@ -1,5 +1,5 @@
 // Runs the built velmora tool as a user does, on a temporary account, its output read
-// back whole.
+// back whole (as text, or as JSON under --json).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,6 +12,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "support/account.h"
 

@@ -3,6 +3,7 @@
 // Qt Designer.
 #include <QTemporaryDir>
 #include <memory>
+#include <stdexcept>
 #include <tuple>
 
 #include <velmora/qt/failure_display.h>
@@ -47,7 +48,11 @@ TEST_F(HostWidget, FailuresAreShownOrHandedToAListeningHostAndTheControlGoesOn) 
   click(w.view(c.Cac_TouteTache));
   qt::guarded(w.view(c.Lst_Possible),
               [] { throw Failure(errors::kTypeMismatch, "type mismatch"); });
-  ASSERT_EQ(failures.count(), 2);
+  // Anything else a gesture lets out is the program's fault: an invalid call, not a crash.
+  qt::guarded(w.view(c.Lst_Possible), [] { throw std::out_of_range("rang 9"); });
+  ASSERT_EQ(failures.count(), 3);
+  EXPECT_EQ(failures.at(2).at(0).toInt(), errors::kInvalidCall);
+  EXPECT_EQ(failures.at(2).at(1).toString(), QStringLiteral("rang 9"));
   EXPECT_EQ(failures.at(0).at(0).toInt(), errors::kObjectNotSet);
   EXPECT_TRUE(failures.at(0).at(1).toString().contains(QStringLiteral("objet non défini")));
   EXPECT_EQ(failures.at(1).at(0).toInt(), errors::kTypeMismatch);
@@ -121,6 +126,8 @@ TEST(QtServices, APointerShapeOverridesTheCursorUntilShapeZeroOrTheServicesGo) {
   services->setMousePointer(11);
   ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  services->setMousePointer(13);  // another shape replaces it
+  EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::BusyCursor);
   services->setMousePointer(0);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
   services->setMousePointer(11);

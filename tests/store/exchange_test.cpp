@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <vector>
 
-#include <velmora/base/failure.h>
 #include <velmora/store/exchange.h>
-#include <velmora/store/sqlite_database.h>
 #include "support/account.h"
 #include "support/failure_number.h"
 

@@ -5,13 +5,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include <velmora/base/failure.h>
 #include <velmora/store/sample_account.h>
-#include <velmora/store/sqlite_database.h>
 #include "store/query/order.h"
 #include "store/query/syntax.h"
 #include "support/account.h"

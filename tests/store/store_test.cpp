@@ -7,13 +7,9 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <string>
 #include <string_view>
-#include <vector>
 
-#include <velmora/base/failure.h>
 #include <velmora/store/dates.h>
-#include <velmora/store/sqlite_database.h>
 #include "support/account.h"
 #include "support/failure_number.h"
 

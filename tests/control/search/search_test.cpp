@@ -4,7 +4,6 @@
 #include <map>
 #include <sstream>
 
-#include <velmora/base/failure.h>
 #include "control/fixture.h"
 
 namespace velmora::testing {
