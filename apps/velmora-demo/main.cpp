@@ -6,10 +6,10 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QLineEdit>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QStandardPaths>
 #include <QTranslator>
 

@@ -54,7 +54,7 @@ class ListBoxView : public QListView {
   toolkit::ListBox& list_;
   ListBoxModel* model_;
   bool mirroring_ = false;  // the selection model is being set from the toolkit
-  int caret_ = -1;  // a row of the view
+  int caret_ = -1;          // a row of the view
   QPointer<QWidget> filterLine_;
   std::shared_ptr<void> subscription_;
 };

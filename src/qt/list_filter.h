@@ -27,8 +27,8 @@ class FilterLine : public QLineEdit {
 // What the count beside a filter line says. Nouns and participles agree with what the
 // rows are: care acts ("soins", masculine) or tasks ("tâches", feminine).
 struct ListCount {
-  int shown = 0;   // rows the filter lets through
-  int rows = 0;    // rows of the list
+  int shown = 0;  // rows the filter lets through
+  int rows = 0;   // rows of the list
   bool filtered = false;
   int marked = 0;  // marked rows, shown or not
   int hiddenMarked = 0;

@@ -16,8 +16,8 @@
 #include "qt/accessibility.h"
 #include "qt/create_view.h"
 #include "qt/key_routes.h"
-#include "qt/view_look.h"
 #include "qt/velmora_widget_private.h"
+#include "qt/view_look.h"
 
 namespace velmora::qt {
 
@@ -135,7 +135,7 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
 }
 
 void VelmoraWidget::Private::makeFilters(Ctr_VelmoraNew& c,
-                                        std::vector<std::pair<int, QWidget*>>& tabOrder) {
+                                         std::vector<std::pair<int, QWidget*>>& tabOrder) {
   // Places that the design leaves empty, so that no child moves: the proposals' line
   // right of the show-all box above the frame, the selection's left of the select arrow
   // (its count right of it), in pixels of the widget and of the frame.
@@ -149,9 +149,17 @@ void VelmoraWidget::Private::makeFilters(Ctr_VelmoraNew& c,
   };
   QWidget* frame = views[&c.Cdr_Soins];
   const std::array places{
-      Place{&c.Lst_Possible, &q, {176, 5, 230, 22}, {412, 5, 250, 22}, "Possible",
+      Place{&c.Lst_Possible,
+            &q,
+            {176, 5, 230, 22},
+            {412, 5, 250, 22},
+            "Possible",
             "Filtrer les propositions"},
-      Place{&c.Lst_Selectionne, frame, {8, 184, 272, 22}, {328, 184, 320, 22}, "Selectionne",
+      Place{&c.Lst_Selectionne,
+            frame,
+            {8, 184, 272, 22},
+            {328, 184, 320, 22},
+            "Selectionne",
             "Filtrer la sélection"},
   };
   for (const Place& place : places) {
@@ -191,10 +199,10 @@ void VelmoraWidget::Private::showCounts() {
     const ListBoxModel::Marks marks = model.marks();
     const ListCount count{model.rowCount(), model.listCount(), model.isFiltered(), marks.marked,
                           marks.hidden};
-    const QString text = list == &control->Lst_Possible
-                             ? proposalsCount(count, careActs)
-                             : selectionCount(count, careActs,
-                                              toQString(control->Txt_Duree.getText()).trimmed());
+    const QString text =
+        list == &control->Lst_Possible
+            ? proposalsCount(count, careActs)
+            : selectionCount(count, careActs, toQString(control->Txt_Duree.getText()).trimmed());
     if (text == filter.count->text()) continue;
     // The label tells its new name, and the line whose rows it counts its new description:
     // a screen reader hears it where the planner types.

@@ -51,8 +51,8 @@ void VelmoraWidget::Private::focusFilter() {
   if (!filtersVisible || control == nullptr) return;
   const QWidget* focus = QApplication::focusWidget();
   const Filter& selection = filters[&control->Lst_Selectionne];
-  const bool inSelection = focus && (focus == views[&control->Lst_Selectionne] ||
-                                     focus == selection.line);
+  const bool inSelection =
+      focus && (focus == views[&control->Lst_Selectionne] || focus == selection.line);
   FilterLine* line = inSelection ? selection.line : filters[&control->Lst_Possible].line;
   line->setFocus(Qt::ShortcutFocusReason);
   line->selectAll();

@@ -59,8 +59,8 @@ class VELMORA_EXPORT VelmoraWidget : public QWidget {
   // A filter line above each list, with its count (off by default). Typing narrows the
   // rows shown, case and accents aside, to those that hold every word; the control's
   // rows, marks, indexes and everything a host reads stay as they are.
-  Q_PROPERTY(bool filtersVisible READ filtersVisible WRITE setFiltersVisible NOTIFY
-                 filtersVisibleChanged)
+  Q_PROPERTY(
+      bool filtersVisible READ filtersVisible WRITE setFiltersVisible NOTIFY filtersVisibleChanged)
 
  public:
   // A widget with a control of its own, not yet connected: the host gives it its
