@@ -42,16 +42,21 @@ class Accessibility : public WidgetTest {
 // Names themselves are read by the screen reader's journey (tests/ui); here, that none is
 // missing and that what is out of sight is out of the tree too.
 TEST_F(Accessibility, EveryReachableChildHasANameAndTheHiddenOnesStayOut) {
+  w.setFiltersVisible(true);
   std::vector<QAccessibleInterface*> tree;
   walk(QAccessible::queryAccessibleInterface(&w), tree);
+  QStringList filters;
   for (QAccessibleInterface* node : tree) {
     const QString object = node->object() ? node->object()->objectName() : QString();
+    if (object.startsWith(QLatin1String("Filtre_"))) filters << node->text(QAccessible::Name);
     EXPECT_FALSE(QStringList({"Txt_Barre1", "Lst_CodePos", "Lst_CodeSelect"}).contains(object))
         << object.toStdString();
     if (!node->state().invisible) {
       EXPECT_FALSE(node->text(QAccessible::Name).isEmpty()) << object.toStdString();
     }
   }
+  filters.sort();
+  EXPECT_EQ(filters, QStringList({"Filtrer la sélection", "Filtrer les propositions"}));
   // The total, named by its label, also says what it sums.
   EXPECT_FALSE(w.view(c.Txt_Duree)->accessibleDescription().isEmpty());
 }
@@ -64,6 +69,7 @@ TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelMarksAreSelectedRowsCha
   QAccessible::installUpdateHandler(hear);
   // The bridge comes up once it has found the accessibility bus.
   const bool active = QTest::qWaitFor([] { return QAccessible::isActive(); }, 3000);
+  w.setFiltersVisible(true);
   c.Cac_TouteTache.toggle();
   w.refreshLists();
   QAccessibleInterface* list = QAccessible::queryAccessibleInterface(w.view(c.Lst_Possible));
@@ -106,6 +112,9 @@ TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelMarksAreSelectedRowsCha
   EXPECT_TRUE(announced(QStringLiteral("Etq_Imperativite"), QAccessible::Alert));
   EXPECT_TRUE(announced(QStringLiteral("Lst_Selectionne"), QAccessible::TableModelChanged));
   EXPECT_TRUE(announced(QStringLiteral("Txt_DureeSoin"), QAccessible::DescriptionChanged));
+  // The counts beside the filters: the label's new text, the filter line's description.
+  EXPECT_TRUE(announced(QStringLiteral("Compte_Selectionne"), QAccessible::NameChanged));
+  EXPECT_TRUE(announced(QStringLiteral("Filtre_Selectionne"), QAccessible::DescriptionChanged));
 }
 
 }  // namespace
