@@ -4,6 +4,7 @@
 
 #include <QKeyEvent>
 #include <QLocale>
+#include <QToolButton>
 
 namespace velmora::qt {
 
@@ -63,6 +64,10 @@ QString selectionCount(const ListCount& count, bool careActs, const QString& tot
 
 FilterLine::FilterLine(ListBoxView& list, QWidget* parent) : QLineEdit(parent), list_(list) {
   setClearButtonEnabled(true);
+  // The clear button, shown once something is typed, is named for screen readers too.
+  for (QToolButton* button : findChildren<QToolButton*>()) {
+    button->setAccessibleName(QStringLiteral("Vider le filtre"));
+  }
   connect(this, &QLineEdit::textChanged, this,
           [this](const QString& typed) { list_.listModel().setFilter(typed); });
   list.setFilterLine(this);
