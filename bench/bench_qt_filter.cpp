@@ -5,6 +5,7 @@
 // texts, already folded, for the same words.
 #include <benchmark/benchmark.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -63,9 +64,11 @@ struct Shown {
   qt::ListBoxView* list = nullptr;
 };
 
+// Made at first use, dropped before the application ends.
+std::unique_ptr<Shown> theShown;
 Shown& shown() {
-  static Shown instance;
-  return instance;
+  if (!theShown) theShown = std::make_unique<Shown>();
+  return *theShown;
 }
 
 void FilterEachKey(benchmark::State& state) {

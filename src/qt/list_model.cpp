@@ -66,10 +66,16 @@ ListBoxModel::Marks ListBoxModel::marks() const {
   return marks;
 }
 
-QString ListBoxModel::rowText(int row) const {
-  QString text = toQString(list_.List(row));
-  for (const Text& whole : list_.wholeColumns(row)) text += QLatin1Char(' ') + toQString(whole);
-  return text;
+QString ListBoxModel::foldedRow(int row) const {
+  const TextView shown = list_.List(row);
+  QString folded;
+  folded.reserve(static_cast<qsizetype>(shown.size()) * 2);
+  appendFolded(QStringView(shown.data(), static_cast<qsizetype>(shown.size())), folded);
+  for (const Text& whole : list_.wholeColumns(row)) {
+    folded += QLatin1Char(' ');
+    appendFolded(QStringView(whole.data(), static_cast<qsizetype>(whole.size())), folded);
+  }
+  return folded;
 }
 
 void ListBoxModel::setFiltering(bool on) {
@@ -79,7 +85,7 @@ void ListBoxModel::setFiltering(bool on) {
   folded_.clear();
   if (!on) return;
   if (isDirty()) refreshNow();
-  folded_.assign(rowSnapshot_, [this](int row) { return rowText(row); });
+  folded_.assign(rowSnapshot_, [this](int row) { return foldedRow(row); });
 }
 
 void ListBoxModel::setFilter(const QString& typed) {
@@ -171,7 +177,7 @@ void ListBoxModel::refreshNow() {
   } else if (contentDirty_) {
     contentDirty_ = false;
     // A rewritten row is folded again, and may come into or go out of the filter.
-    for (const int row : rewritten_) folded_.replace(row, rowText(row));
+    for (const int row : rewritten_) folded_.replace(row, foldedRow(row));
     rewritten_.clear();
     if (applyFilter(nullptr)) {
       beginResetModel();
@@ -191,7 +197,7 @@ void ListBoxModel::reset() {
   structureDirty_ = false;
   contentDirty_ = false;
   rewritten_.clear();
-  if (filtering_) folded_.assign(rowSnapshot_, [this](int row) { return rowText(row); });
+  if (filtering_) folded_.assign(rowSnapshot_, [this](int row) { return foldedRow(row); });
   applyFilter(nullptr);
   listen();
   endResetModel();

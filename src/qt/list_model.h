@@ -67,7 +67,8 @@ class ListBoxModel : public QAbstractListModel {
  private:
   void listen();
   void onChange(toolkit::Change change, int row);
-  QString rowText(int row) const;
+  // The row's text as shown and its columns' whole values, folded for the filter.
+  QString foldedRow(int row) const;
   // The rows shown for the words now; true if they changed.
   bool applyFilter(const std::vector<int>* among);
   void reset();

@@ -13,6 +13,8 @@ namespace velmora::qt {
 // A text as the filter compares it: case folded, accents and other marks dropped
 // ("Pansement Élémentaire" -> "pansement elementaire"), by Unicode decomposition.
 QString foldForFilter(const QString& text);
+// The same, appended to folded: a row's parts folded into one text without a copy each.
+void appendFolded(QStringView text, QString& folded);
 
 // The folded words of what the planner typed, split at spaces.
 QStringList filterWords(const QString& typed);
@@ -20,10 +22,10 @@ QStringList filterWords(const QString& typed);
 // The folded texts of one list's rows, one per row.
 class FoldedRows {
  public:
-  // Folds the text of every row anew.
-  void assign(int count, const std::function<QString(int row)>& text);
-  // Folds one row's new text.
-  void replace(int row, const QString& text);
+  // The folded text of every row anew (made by appendFolded or foldForFilter).
+  void assign(int count, const std::function<QString(int row)>& folded);
+  // One row's new folded text.
+  void replace(int row, QString folded);
   void clear();
   int size() const { return static_cast<int>(texts_.size()); }
   QStringView text(int row) const { return texts_[static_cast<std::size_t>(row)]; }
