@@ -176,11 +176,16 @@ void ListBoxModel::refreshNow() {
     reset();
   } else if (contentDirty_) {
     contentDirty_ = false;
-    // A rewritten row is folded again, and may come into or go out of the filter.
+    // A rewritten row is folded again, and may come into or go out of the filter; marks
+    // alone leave the rows shown as they are.
+    const bool rewritten = !rewritten_.empty();
     for (const int row : rewritten_) folded_.replace(row, foldedRow(row));
     rewritten_.clear();
-    if (applyFilter(nullptr)) {
+    std::vector<int> shown;
+    if (rewritten && isFiltered()) shown = folded_.matching(words_, nullptr);
+    if (rewritten && isFiltered() && shown != shown_) {
       beginResetModel();
+      shown_ = std::move(shown);
       endResetModel();
     } else if (rowCount() > 0) {
       emit dataChanged(index(0), index(rowCount() - 1));
