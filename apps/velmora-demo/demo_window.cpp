@@ -48,6 +48,8 @@ DemoWindow::DemoWindow(const DemoOptions& options, QWidget* parent)
     : QWidget(parent), database_(options.database) {
   setWindowTitle(QStringLiteral("Velmora — démonstration"));
   view_ = makeChild<qt::VelmoraWidget>(this);
+  // The demo shows the lists' filter lines, which a host turns on.
+  view_->setFiltersVisible(true);
   auto* layout = makeChild<QHBoxLayout>(this);
   layout->addWidget(makeCriteria(options));
   layout->addWidget(view_, 0, Qt::AlignTop);

@@ -5,15 +5,18 @@
 #include <string_view>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QLibraryInfo>
+#include <QLineEdit>
 #include <QStandardPaths>
 #include <QTranslator>
 
 #include <velmora/base/failure.h>
 #include <velmora/qt/failure_display.h>
 #include <velmora/qt/sample_database.h>
+#include <velmora/qt/velmora_widget.h>
 #include <velmora/store/sqlite_database.h>  // isServerUri
 #include "demo_window.h"
 #include "sample_directory.h"
@@ -41,6 +44,21 @@ std::string defaultDatabase() {
   return path;
 }
 
+// What the planner would do next, done from the command line: the show-all box ticked,
+// words typed into the proposals' filter line.
+void afterInit(velmora::demo::DemoWindow& window, bool showAll, const QString& words) {
+  velmora::qt::VelmoraWidget& control = window.controlView();
+  if (showAll) {
+    if (auto* box = control.findChild<QCheckBox*>(QStringLiteral("Cac_TouteTache"))) box->click();
+  }
+  if (!words.isEmpty()) {
+    if (auto* line = control.findChild<QLineEdit*>(QStringLiteral("Filtre_Possible"))) {
+      line->setText(words);
+    }
+  }
+  control.refreshLists();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -51,7 +69,10 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("velmora-demo"));
   QApplication::setOrganizationName(QStringLiteral("Velmora"));
   QCommandLineParser parser;
-  parser.setApplicationDescription(QStringLiteral("A small host of the Velmora planning control."));
+  parser.setApplicationDescription(QStringLiteral(
+      "A small host of the Velmora planning control. Its lists have their filter lines "
+      "on (Ctrl+F, or type in a list): typing narrows the rows shown, case and accents "
+      "aside, and the count beside each line says how many rows are shown and marked."));
   parser.addHelpOption();
   const QCommandLineOption db(QStringLiteral("db"),
                               QStringLiteral("The store to open (default: the sample account)."),
@@ -84,8 +105,16 @@ int main(int argc, char** argv) {
       QStringLiteral("FILE"));
   const QCommandLineOption controlOnly(
       QStringLiteral("control-only"), QStringLiteral("With --screenshot, draw the control alone."));
-  parser.addOptions(
-      {db, client, kind, key, from, to, start, end, days, floating, screenshot, controlOnly});
+  const QCommandLineOption showAll(QStringLiteral("show-all"),
+                                   QStringLiteral("After Init, tick the box that shows the whole "
+                                                  "catalogue."));
+  const QCommandLineOption filter(
+      QStringLiteral("filter"),
+      QStringLiteral("After Init, type WORDS into the proposals' filter line (with --screenshot, "
+                     "draws the filter at work)."),
+      QStringLiteral("WORDS"));
+  parser.addOptions({db, client, kind, key, from, to, start, end, days, floating, screenshot,
+                     controlOnly, showAll, filter});
   parser.process(app);
 
   // Qt's own words on screen in French (Debian's qt6-translations-l10n), whatever the locale;
@@ -127,6 +156,7 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "velmora-demo: error %ld: %s\n", f.number(), f.what());
     });
     window.runInit();
+    afterInit(window, parser.isSet(showAll), parser.value(filter));
     window.adjustSize();
     QWidget& shown = parser.isSet(controlOnly) ? static_cast<QWidget&>(window.controlView())
                                                : static_cast<QWidget&>(window);
@@ -139,5 +169,6 @@ int main(int argc, char** argv) {
   }
   window.show();
   window.runInit();
+  afterInit(window, parser.isSet(showAll), parser.value(filter));
   return QApplication::exec();
 }

@@ -60,7 +60,11 @@ void VelmoraDesignerPlugin::initialize(QDesignerFormEditorInterface* /*core*/) {
 QString VelmoraDesignerPlugin::domXml() const {
   return QStringLiteral(
       R"(<ui language="c++" displayname="Ctr_VelmoraNew">
-  <widget class="velmora::qt::VelmoraWidget" name="velmoraWidget"/>
+  <widget class="velmora::qt::VelmoraWidget" name="velmoraWidget">
+    <property name="filtersVisible">
+      <bool>false</bool>
+    </property>
+  </widget>
 </ui>
 )");
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <QCoreApplication>
 #include <QFocusEvent>
 #include <QFontMetricsF>
 #include <QKeyEvent>
@@ -64,14 +65,20 @@ void ListBoxView::showMarks() {
   const auto mark = [&](int first, int last) {
     marks.select(model_->index(first), model_->index(last));
   };
+  // Rows of the view: a mark the filter hides is not drawn (the count beside the filter
+  // says it is there).
+  const auto marked = [this](int row) {
+    const int listRow = model_->listRow(row);
+    return listRow < list_.ListCount() && list_.Selected(listRow);
+  };
   if (list_.multiSelect()) {
-    for (int row = 0; row < count && row < list_.ListCount(); ++row) {
-      if (!list_.Selected(row)) continue;
+    for (int row = 0; row < count; ++row) {
+      if (!marked(row)) continue;
       const int first = row;
-      while (row + 1 < count && row + 1 < list_.ListCount() && list_.Selected(row + 1)) ++row;
+      while (row + 1 < count && marked(row + 1)) ++row;
       mark(first, row);
     }
-  } else if (const int row = list_.ListIndex(); row >= 0 && row < count) {
+  } else if (const int row = model_->viewRow(list_.ListIndex()); row >= 0) {
     mark(row, row);
   }
   if (marks == selectionModel()->selection()) return;
@@ -87,17 +94,20 @@ void ListBoxView::routeSelection(const QItemSelection& selected, const QItemSele
   if (mirroring_) return;
   std::vector<int> clicks;
   const int count = list_.ListCount();
+  const auto rowOf = [this](const QModelIndex& index) { return model_->listRow(index.row()); };
   if (list_.multiSelect()) {
     for (const QModelIndex& index : selected.indexes()) {
-      if (index.row() < count && !list_.Selected(index.row())) clicks.push_back(index.row());
+      const int row = rowOf(index);
+      if (row >= 0 && row < count && !list_.Selected(row)) clicks.push_back(row);
     }
     for (const QModelIndex& index : deselected.indexes()) {
-      if (index.row() < count && list_.Selected(index.row())) clicks.push_back(index.row());
+      const int row = rowOf(index);
+      if (row >= 0 && row < count && list_.Selected(row)) clicks.push_back(row);
     }
     std::sort(clicks.begin(), clicks.end());
   } else {
     for (const QModelIndex& index : selected.indexes()) {
-      if (index.row() != list_.ListIndex()) clicks = {index.row()};
+      if (const int row = rowOf(index); row >= 0 && row != list_.ListIndex()) clicks = {row};
     }
   }
   for (const int row : clicks) guarded(this, [this, row] { list_.click(row); });
@@ -108,24 +118,32 @@ void ListBoxView::routeSelection(const QItemSelection& selected, const QItemSele
 
 QRect ListBoxView::rowRect(int row) const {
   if (model_->isDirty()) model_->refreshNow();
-  return visualRect(model_->index(row));
+  return visualRect(model_->index(model_->viewRow(row)));
 }
 
 void ListBoxView::followCurrentRow() {
-  const int row = list_.ListIndex();
-  if (row >= 0 && row < model_->rowCount()) placeCaret(row);
-  if (caret_ >= model_->rowCount()) placeCaret(model_->rowCount() - 1);
+  const int row = model_->viewRow(list_.ListIndex());
+  if (row >= 0) placeViewCaret(row);
+  if (caret_ >= model_->rowCount()) placeViewCaret(model_->rowCount() - 1);
 }
 
-int ListBoxView::caretRow() const {
+int ListBoxView::viewCaret() const {
   if (caret_ >= 0 && caret_ < model_->rowCount()) return caret_;
-  if (list_.ListIndex() >= 0) return list_.ListIndex();
+  if (const int current = model_->viewRow(list_.ListIndex()); current >= 0) return current;
   return model_->rowCount() > 0 ? 0 : -1;
 }
 
-// Only the caret: the marks and the current row are the toolkit's.
+int ListBoxView::caretRow() const {
+  return model_->listRow(viewCaret());
+}
+
 void ListBoxView::placeCaret(int row) {
   if (model_->isDirty()) model_->refreshNow();
+  if (const int shown = model_->viewRow(row); shown >= 0 || row < 0) placeViewCaret(shown);
+}
+
+// Only the caret: the marks and the current row are the toolkit's.
+void ListBoxView::placeViewCaret(int row) {
   caret_ = row;
   const QModelIndex index = model_->index(row);
   if (hasFocus()) selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
@@ -134,7 +152,7 @@ void ListBoxView::placeCaret(int row) {
 
 void ListBoxView::focusInEvent(QFocusEvent* event) {
   QListView::focusInEvent(event);
-  const QModelIndex index = model_->index(caretRow());
+  const QModelIndex index = model_->index(viewCaret());
   selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
   if (index.isValid()) caret_ = index.row();
 }
@@ -150,8 +168,8 @@ void ListBoxView::mousePressEvent(QMouseEvent* event) {
   setFocus(Qt::MouseFocusReason);
   const QModelIndex index = indexAt(event->position().toPoint());
   if (!index.isValid()) return;
-  placeCaret(index.row());
-  guarded(this, [this, row = index.row()] { list_.click(row); });
+  placeViewCaret(index.row());
+  guarded(this, [this, row = model_->listRow(index.row())] { list_.click(row); });
 }
 
 void ListBoxView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -159,7 +177,7 @@ void ListBoxView::mouseDoubleClickEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
   const QModelIndex index = indexAt(event->position().toPoint());
   if (!index.isValid()) return;
-  guarded(this, [this, row = index.row()] { list_.doubleClick(row); });
+  guarded(this, [this, row = model_->listRow(index.row())] { list_.doubleClick(row); });
 }
 
 // Dragging does not mark rows: only clicks do.
@@ -174,9 +192,10 @@ void ListBoxView::mouseReleaseEvent(QMouseEvent* event) {
 void ListBoxView::keyPressEvent(QKeyEvent* event) {
   if (model_->isDirty()) model_->refreshNow();
   const int count = model_->rowCount();
-  const int caret = caretRow();
+  const int caret = viewCaret();
+  const int caretListRow = model_->listRow(caret);
   // With no row under the caret yet, the first arrow lands on the first row.
-  const bool placed = (caret_ >= 0 && caret_ < count) || list_.ListIndex() >= 0;
+  const bool placed = (caret_ >= 0 && caret_ < count) || model_->viewRow(list_.ListIndex()) >= 0;
   const int page = std::max(1, viewport()->height() / std::max(1, sizeHintForRow(0)));
   int target = -1;
   switch (event->key()) {
@@ -199,7 +218,7 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
       target = count - 1;
       break;
     case Qt::Key_Space:
-      if (caret >= 0) guarded(this, [this, caret] { list_.click(caret); });
+      if (caretListRow >= 0) guarded(this, [this, caretListRow] { list_.click(caretListRow); });
       return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -208,18 +227,35 @@ void ListBoxView::keyPressEvent(QKeyEvent* event) {
         event->ignore();
         return;
       }
-      if (caret >= 0) guarded(this, [this, caret] { list_.doubleClick(caret); });
+      if (caretListRow >= 0) {
+        guarded(this, [this, caretListRow] { list_.doubleClick(caretListRow); });
+      }
       return;
     default:
-      event->ignore();
+      typeIntoFilter(event);
       return;
   }
   if (count == 0) return;
   target = std::clamp(target, 0, count - 1);
-  placeCaret(target);
+  placeViewCaret(target);
   // Moving through a list with one current row chooses the row, as a click does; in a
   // list of marks the caret moves alone and the space bar marks.
-  if (!list_.multiSelect()) guarded(this, [this, target] { list_.click(target); });
+  if (!list_.multiSelect()) {
+    guarded(this, [this, row = model_->listRow(target)] { list_.click(row); });
+  }
+}
+
+// A letter or a digit typed in a list goes on in its filter line, when it is shown.
+void ListBoxView::typeIntoFilter(QKeyEvent* event) {
+  const QString text = event->text();
+  const bool typed = !text.isEmpty() && text.at(0).isLetterOrNumber() &&
+                     !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+  if (!typed || !filterLine_ || !filterLine_->isVisible() || !filterLine_->isEnabled()) {
+    event->ignore();
+    return;
+  }
+  filterLine_->setFocus(Qt::OtherFocusReason);
+  QCoreApplication::sendEvent(filterLine_, event);
 }
 
 }  // namespace velmora::qt

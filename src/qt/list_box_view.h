@@ -5,6 +5,7 @@
 #include <memory>
 
 #include <QListView>
+#include <QPointer>
 
 #include <velmora/toolkit/widgets.h>
 #include "qt/list_model.h"
@@ -21,13 +22,16 @@ class ListBoxView : public QListView {
   ListBoxView(toolkit::ListBox& list, QWidget* parent);
 
   ListBoxModel& listModel() const { return *model_; }
-  // The rectangle of a row, in viewport coordinates, for tests and hosts.
+  // Rows are the list's rows here, shown or hidden by a filter.
+  // The rectangle of a row, in viewport coordinates (empty while the filter hides it).
   QRect rowRect(int row) const;
   // The keyboard caret, where the next arrow, Space or Return acts; -1 for none. It is
   // Qt's current index only while the list has the focus, so that a screen reader hears
-  // of a focused row only in the focused list.
+  // of a focused row only in the focused list. A row the filter hides takes no caret.
   int caretRow() const;
   void placeCaret(int row);
+  // The filter line that a letter typed in the list goes to (none: letters do nothing).
+  void setFilterLine(QWidget* line) { filterLine_ = line; }
 
  protected:
   void mousePressEvent(QMouseEvent* event) override;
@@ -40,13 +44,18 @@ class ListBoxView : public QListView {
 
  private:
   void followCurrentRow();
+  // The caret on a row of the view.
+  void placeViewCaret(int viewRow);
+  int viewCaret() const;
   void showMarks();
+  void typeIntoFilter(QKeyEvent* event);
   void routeSelection(const QItemSelection& selected, const QItemSelection& deselected);
 
   toolkit::ListBox& list_;
   ListBoxModel* model_;
   bool mirroring_ = false;  // the selection model is being set from the toolkit
-  int caret_ = -1;
+  int caret_ = -1;          // a row of the view
+  QPointer<QWidget> filterLine_;
   std::shared_ptr<void> subscription_;
 };
 

@@ -3,6 +3,7 @@
 // signals once per burst. Where the focus goes after a gesture is in widget_focus.cpp.
 #include <velmora/qt/velmora_widget.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -16,6 +17,7 @@
 #include "qt/create_view.h"
 #include "qt/key_routes.h"
 #include "qt/velmora_widget_private.h"
+#include "qt/view_look.h"
 
 namespace velmora::qt {
 
@@ -81,6 +83,7 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
                               : child->tabIndex() * kInFrame;
     tabOrder.emplace_back(order, view);
   }
+  makeFilters(c, tabOrder);
   // Labels are windowless on the host platform: drawn beneath the other controls.
   for (const auto& [child, view] : views) {
     if (child->kind() == toolkit::Kind::Label) view->lower();
@@ -128,11 +131,96 @@ void VelmoraWidget::Private::show(Ctr_VelmoraNew& c) {
   lastCurrent = -1;
   lastTotal = c.W_Total.toDouble();
   lastMandatory = c.Etq_Imperativite.Visible();
+  showFilters();
+}
+
+void VelmoraWidget::Private::makeFilters(Ctr_VelmoraNew& c,
+                                         std::vector<std::pair<int, QWidget*>>& tabOrder) {
+  // Places that the design leaves empty, so that no child moves: the proposals' line
+  // right of the show-all box above the frame, the selection's left of the select arrow
+  // (its count right of it), in pixels of the widget and of the frame.
+  struct Place {
+    const toolkit::ListBox* list;
+    QWidget* parent;
+    QRect line;
+    QRect count;
+    const char* name;
+    const char* accessibleName;
+  };
+  QWidget* frame = views[&c.Cdr_Soins];
+  const std::array places{
+      Place{&c.Lst_Possible,
+            &q,
+            {176, 5, 230, 22},
+            {412, 5, 250, 22},
+            "Possible",
+            "Filtrer les propositions"},
+      Place{&c.Lst_Selectionne,
+            frame,
+            {8, 184, 272, 22},
+            {328, 184, 320, 22},
+            "Selectionne",
+            "Filtrer la sélection"},
+  };
+  for (const Place& place : places) {
+    ListBoxView* list = listView(*place.list);
+    auto* line = makeChild<FilterLine>(place.parent, *list);
+    line->setObjectName(QStringLiteral("Filtre_") + QLatin1String(place.name));
+    line->setAccessibleName(QString::fromUtf8(place.accessibleName));
+    line->setPlaceholderText(QStringLiteral("Filtrer (Ctrl+F)"));
+    line->setGeometry(place.line);
+    auto* count = makeChild<QLabel>(place.parent);
+    count->setObjectName(QStringLiteral("Compte_") + QLatin1String(place.name));
+    count->setGeometry(place.count);
+    filters[place.list] = {line, count};
+    QObject::connect(&list->listModel(), &ListBoxModel::refreshed, &q, [this] { showCounts(); });
+    // Just before its list in the tab order.
+    const auto at = std::find_if(tabOrder.begin(), tabOrder.end(),
+                                 [list](const auto& entry) { return entry.second == list; });
+    if (at != tabOrder.end()) tabOrder.insert(at, {at->first, line});
+  }
+}
+
+void VelmoraWidget::Private::showFilters() {
+  for (const auto& [list, filter] : filters) {
+    if (!filtersVisible) filter.line->clear();
+    listView(*list)->listModel().setFiltering(filtersVisible);
+    filter.line->setVisible(filtersVisible);
+    filter.count->setVisible(filtersVisible);
+  }
+  showCounts();
+}
+
+void VelmoraWidget::Private::showCounts() {
+  if (!filtersVisible || control == nullptr) return;
+  const bool careActs = q.kind() == QLatin1String("SSIAD");
+  for (const auto& [list, filter] : filters) {
+    const ListBoxModel& model = listView(*list)->listModel();
+    const ListBoxModel::Marks marks = model.marks();
+    const ListCount count{model.rowCount(), model.listCount(), model.isFiltered(), marks.marked,
+                          marks.hidden};
+    const QString text =
+        list == &control->Lst_Possible
+            ? proposalsCount(count, careActs)
+            : selectionCount(count, careActs, toQString(control->Txt_Duree.getText()).trimmed());
+    if (text == filter.count->text()) continue;
+    // The label tells its new name, and the line whose rows it counts its new description:
+    // a screen reader hears it where the planner types.
+    filter.count->setText(text);
+    filter.line->setAccessibleDescription(text);
+  }
 }
 
 void VelmoraWidget::Private::release() {
   if (control == nullptr) return;
   subscriptions.clear();
+  std::vector<std::unique_ptr<QWidget>> filterViews;
+  for (const auto& [list, filter] : filters) {
+    filterViews.emplace_back(filter.line);
+    filterViews.emplace_back(filter.count);
+  }
+  filters.clear();
+  filterViews.clear();
   // The handler points at this widget; the services outlive it and open parentless.
   control->setFailureHandler({});
   // Deleting the views on the widget deletes those in the frame with them.
@@ -156,6 +244,7 @@ void VelmoraWidget::Private::changed(bool selection) {
 void VelmoraWidget::Private::settle() {
   settlePending = false;
   if (control == nullptr) return;
+  showCounts();
   if (const double total = control->W_Total.toDouble(); total != lastTotal) {
     lastTotal = total;
     Q_EMIT q.totalChanged(total);
@@ -208,6 +297,17 @@ bool VelmoraWidget::mandatory() const {
 
 QString VelmoraWidget::kind() const {
   return toQString(CtrInspector(*d->control).W_TypeAct());
+}
+
+bool VelmoraWidget::filtersVisible() const {
+  return d->filtersVisible;
+}
+
+void VelmoraWidget::setFiltersVisible(bool visible) {
+  if (visible == d->filtersVisible) return;
+  d->filtersVisible = visible;
+  d->showFilters();
+  Q_EMIT filtersVisibleChanged(visible);
 }
 
 QtServices& VelmoraWidget::services() const {

@@ -8,11 +8,14 @@
 #include <vector>
 
 #include <QAbstractButton>
+#include <QLabel>
+#include <QShortcut>
 
 #include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/qt_services.h>
 #include <velmora/qt/velmora_widget.h>
 #include "qt/list_box_view.h"
+#include "qt/list_filter.h"
 
 namespace velmora::qt {
 
@@ -37,6 +40,14 @@ class VelmoraWidget::Private {
   // After OK, Annuler, Supprimer or the observations: back to the duration box while the
   // edit is open, otherwise to the selection on the row edited or the one in its place.
   void focusAfterEdit(const Ctr_VelmoraNew& c);
+  // The filter lines and counts over both lists, hidden until filtersVisible; their
+  // places in the tab order, just before their lists.
+  void makeFilters(Ctr_VelmoraNew& c, std::vector<std::pair<int, QWidget*>>& tabOrder);
+  void showFilters();
+  // The counts beside the filter lines, and the filter line's description, say so.
+  void showCounts();
+  // Ctrl+F: the focus to a filter line, what it holds selected.
+  void focusFilter();
   QAbstractButton* button(const toolkit::Control& child) {
     return qobject_cast<QAbstractButton*>(views[&child]);
   }
@@ -55,6 +66,13 @@ class VelmoraWidget::Private {
   bool selectionChanged = false;
   bool settlePending = false;
   int lastCurrent = -1;  // the last current row of the selection
+  struct Filter {
+    FilterLine* line = nullptr;
+    QLabel* count = nullptr;
+  };
+  std::map<const toolkit::ListBox*, Filter> filters;
+  bool filtersVisible = false;
+  QShortcut* findShortcut = nullptr;  // Ctrl+F, made once, owned by the widget
 };
 
 // The view of one of the lists of the control that widget shows; nullptr for anything

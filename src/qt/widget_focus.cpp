@@ -8,9 +8,11 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QShortcut>
 
 #include "qt/key_routes.h"
 #include "qt/velmora_widget_private.h"
+#include "qt/view_look.h"
 
 namespace velmora::qt {
 
@@ -29,6 +31,12 @@ void VelmoraWidget::Private::bindKeysAndFocus(Ctr_VelmoraNew& c) {
   bindKeyToButton(*views[&c.Lst_Possible], Qt::Key_Return, *button(c.Cmd_Select));
   bindKeyToButton(*views[&c.Lst_Selectionne], Qt::Key_Delete, *button(c.Cmd_SupprVelmora));
   bindKeyToButton(*views[&c.Txt_DureeSoin], Qt::Key_Return, *button(c.Cmd_OKVelmora));
+  // Ctrl+F goes to the filter of the list the planner is in, the proposals' otherwise.
+  if (findShortcut == nullptr) {
+    findShortcut = makeChild<QShortcut>(&q, QKeySequence(QKeySequence::Find));
+    findShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    QObject::connect(findShortcut, &QShortcut::activated, &q, [this] { focusFilter(); });
+  }
   // After Sélectionner the planner goes on in the proposals.
   QObject::connect(button(c.Cmd_Select), &QAbstractButton::clicked, views[&c.Lst_Possible],
                    [list = views[&c.Lst_Possible]] { list->setFocus(Qt::OtherFocusReason); });
@@ -37,6 +45,17 @@ void VelmoraWidget::Private::bindKeysAndFocus(Ctr_VelmoraNew& c) {
     QObject::connect(button(*done), &QAbstractButton::clicked, &q,
                      [this, &c] { focusAfterEdit(c); });
   }
+}
+
+void VelmoraWidget::Private::focusFilter() {
+  if (!filtersVisible || control == nullptr) return;
+  const QWidget* focus = QApplication::focusWidget();
+  const Filter& selection = filters[&control->Lst_Selectionne];
+  const bool inSelection =
+      focus && (focus == views[&control->Lst_Selectionne] || focus == selection.line);
+  FilterLine* line = inSelection ? selection.line : filters[&control->Lst_Possible].line;
+  line->setFocus(Qt::ShortcutFocusReason);
+  line->selectAll();
 }
 
 void VelmoraWidget::Private::focusOpenEdit(const Ctr_VelmoraNew& c) {

@@ -42,6 +42,7 @@ class Accessibility : public WidgetTest {
 // Names themselves are read by the screen reader's journey (tests/ui); here, that none is
 // missing and that what is out of sight is out of the tree too.
 TEST_F(Accessibility, EveryReachableChildHasANameAndTheHiddenOnesStayOut) {
+  w.setFiltersVisible(true);
   std::vector<QAccessibleInterface*> tree;
   walk(QAccessible::queryAccessibleInterface(&w), tree);
   for (QAccessibleInterface* node : tree) {
@@ -64,6 +65,7 @@ TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelMarksAreSelectedRowsCha
   QAccessible::installUpdateHandler(hear);
   // The bridge comes up once it has found the accessibility bus.
   const bool active = QTest::qWaitFor([] { return QAccessible::isActive(); }, 3000);
+  w.setFiltersVisible(true);
   c.Cac_TouteTache.toggle();
   w.refreshLists();
   QAccessibleInterface* list = QAccessible::queryAccessibleInterface(w.view(c.Lst_Possible));
@@ -106,6 +108,8 @@ TEST_F(Accessibility, RowsReadByColumnWithTheirWholeLabelMarksAreSelectedRowsCha
   EXPECT_TRUE(announced(QStringLiteral("Etq_Imperativite"), QAccessible::Alert));
   EXPECT_TRUE(announced(QStringLiteral("Lst_Selectionne"), QAccessible::TableModelChanged));
   EXPECT_TRUE(announced(QStringLiteral("Txt_DureeSoin"), QAccessible::DescriptionChanged));
+  // A new count beside a filter: the filter line's new description.
+  EXPECT_TRUE(announced(QStringLiteral("Filtre_Selectionne"), QAccessible::DescriptionChanged));
 }
 
 }  // namespace

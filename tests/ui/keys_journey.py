@@ -1,5 +1,6 @@
 """A whole intervention at Mme Lefèvre's with the keyboard alone: key presses go to the
-demo's real window (xdotool); the accessibility bus only watches where the focus is, as
+demo's real window (xdotool), Repassage found through the proposals' filter (Ctrl+F); the
+accessibility bus only watches where the focus is and what the lists and counts read, as
 the planner's eyes do. The host then keeps the selection, and what its table shows must
 be what `velmora play` gives for the same gestures on the same sample account.
 """
@@ -24,11 +25,31 @@ def main():
             desk.keys("Home", *["Down"] * index)
             return index
 
-        @step("Space marks Repassage and Aspirateur, Return selects them")
+        @step("Ctrl+F, « repass », Down and Space mark Repassage; Escape clears the filter")
         def _():
+            line = desk.by_name(pz.ROLE_TEXT, "Filtrer les propositions")
+            count = desk.by_name(pz.ROLE_LABEL, "12 tâches")
             desk.tab_to("the proposals", possibles)
-            desk.keys("Home", "Down", "Down", "Down", "space", "Down", "Down", "space")
-            gestures.extend(["mark possible 3", "mark possible 5"])
+            desk.keys("ctrl+f")
+            desk.wait("the focus in the proposals' filter", lambda: desk.holds_focus(line))
+            desk.type("repass")
+            desk.wait("Repassage alone shown", lambda: desk.row_names(possibles) == [
+                "Type : Entretien du linge, Groupe : Repassage et rangement, "
+                "Tâche : Repassage, Durée : 40 min"])
+            desk.keys("Down", "space")
+            gestures.append("mark possible 3")
+            check(desk.holds_focus(possibles), "Down did not lead from the filter into the list")
+            desk.wait_reads("the count", lambda: count.name, "1 sur 12 tâches · 1 marquée")
+            desk.shot("k0-filtered")
+            desk.keys("ctrl+f", "Escape")
+            desk.wait("the 12 proposals back", lambda: possibles.childCount == 12)
+            check(desk.text(line) == "", "Escape left the filter « " + desk.text(line) + " »")
+            desk.wait_reads("the count", lambda: count.name, "12 tâches · 1 marquée")
+
+        @step("Down into the list, Space marks Aspirateur, Return selects both")
+        def _():
+            desk.keys("Down", "Home", *["Down"] * 5, "space")
+            gestures.append("mark possible 5")
             desk.keys("Return")
             gestures.append("press select")
             desk.wait("six chosen tasks", lambda: selection.childCount == 6)

@@ -56,6 +56,11 @@ class VELMORA_EXPORT VelmoraWidget : public QWidget {
   // The kind of activity of the last Init: "SSIAD" (care acts) or "AUTRE" (home help),
   // "" before the first.
   Q_PROPERTY(QString kind READ kind)
+  // A filter line above each list, with its count (off by default). Typing narrows the
+  // rows shown, case and accents aside, to those that hold every word; the control's
+  // rows, marks, indexes and everything a host reads stay as they are.
+  Q_PROPERTY(
+      bool filtersVisible READ filtersVisible WRITE setFiltersVisible NOTIFY filtersVisibleChanged)
 
  public:
   // A widget with a control of its own, not yet connected: the host gives it its
@@ -85,6 +90,10 @@ class VELMORA_EXPORT VelmoraWidget : public QWidget {
   // The kind property: the kind of activity of the control's last Init.
   QString kind() const;
 
+  // The filtersVisible property. Turning it off clears what was typed.
+  bool filtersVisible() const;
+  void setFiltersVisible(bool visible);
+
   // The Qt services (question box, modal dialog, pointer) that the widget gives the
   // controls it shows; they open their boxes over the widget's window.
   QtServices& services() const;
@@ -107,6 +116,7 @@ class VELMORA_EXPORT VelmoraWidget : public QWidget {
   // A failure that the control let out: its number and message. While anything is
   // connected, the widget shows no box of its own.
   void failed(int number, const QString& message);
+  void filtersVisibleChanged(bool visible);
 
  protected:
   // Escape is Annuler while an edit is open.
