@@ -17,6 +17,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -271,6 +272,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
 // what a server says outside an answer is never printed by libpq.
 TEST(ServerStore, AHostGoingAwayIsLeftForTheNextOneAndNothingOfLibpqIsPrinted) {
   if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
+  using namespace std::string_view_literals;
   TempAccount account;
   account.put("TACHE", "A1", {{"un"}});
   const int listener = socket(AF_INET, SOCK_STREAM, 0);
@@ -291,10 +293,11 @@ TEST(ServerStore, AHostGoingAwayIsLeftForTheNextOneAndNothingOfLibpqIsPrinted) {
       const int session = accept(listener, nullptr, nullptr);
       std::array<char, 512> startup{};
       static_cast<void>(recv(session, startup.data(), startup.size(), 0));
-      const std::string fields = std::string("SFATAL", 7) + std::string("C57P01", 7) +
-                                 std::string("Mterminating connection", 24) + '\0';
+      // An ErrorResponse's fields, each ended by a zero byte, and a zero byte after them.
+      const std::string fields(std::string_view("SFATAL\0C57P01\0Mterminating connection\0\0"sv));
       const auto length = htonl(static_cast<std::uint32_t>(fields.size() + 4));
-      std::string fatal = "E" + std::string(reinterpret_cast<const char*>(&length), 4) + fields;
+      const std::string fatal =
+          "E" + std::string(reinterpret_cast<const char*>(&length), 4) + fields;
       if (withMessage) static_cast<void>(send(session, fatal.data(), fatal.size(), 0));
       close(session);
     });
