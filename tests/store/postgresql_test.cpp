@@ -1,17 +1,23 @@
 // The store on a PostgreSQL server: the failures a server brings reach the caller as a
 // numbered failure with a French message, never a crash or a hang, and the next read
 // works once the cause is gone. Then an office as scripts/office-setup makes it.
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -259,6 +265,60 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
     DatabaseRef fresh = account.open();
     EXPECT_EQ(readValue(fresh), "un");
   }
+}
+
+// A server of a list of hosts that goes away while a connection opens (a standby
+// stopping: closed, or ending its sessions) is left for the next host of the list, and
+// what a server says outside an answer is never printed by libpq.
+TEST(ServerStore, AHostGoingAwayIsLeftForTheNextOneAndNothingOfLibpqIsPrinted) {
+  if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
+  using namespace std::string_view_literals;
+  TempAccount account;
+  account.put("TACHE", "A1", {{"un"}});
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(listen(listener, 4), 0);
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size);
+  const std::string going = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+  const std::string rest = account.path().substr(std::string("postgresql://").size());
+  const std::string uri = "postgresql://" + going + ",localhost:" + std::getenv("PGPORT") + rest +
+                          "&sslmode=disable&gssencmode=disable";
+  for (const bool withMessage : {false, true}) {
+    SCOPED_TRACE(withMessage ? "FATAL at the opening" : "closed at the opening");
+    std::thread server([&] {
+      const int session = accept(listener, nullptr, nullptr);
+      std::array<char, 512> startup{};
+      static_cast<void>(recv(session, startup.data(), startup.size(), 0));
+      // An ErrorResponse's fields, each ended by a zero byte, and a zero byte after them.
+      const std::string fields(std::string_view("SFATAL\0C57P01\0Mterminating connection\0\0"sv));
+      const auto length = htonl(static_cast<std::uint32_t>(fields.size() + 4));
+      const std::string fatal =
+          "E" + std::string(reinterpret_cast<const char*>(&length), 4) + fields;
+      if (withMessage) static_cast<void>(send(session, fatal.data(), fatal.size(), 0));
+      close(session);
+    });
+    std::string message;
+    DatabaseRef db;
+    EXPECT_EQ(failureNumber([&] { db = openDatabase(uri); }, &message), 0) << message;
+    server.join();
+    if (db) EXPECT_EQ(readValue(db), "un");
+  }
+  close(listener);
+  // A session the server ends while idle: its FATAL, read before any statement asks
+  // (here by PQconsumeInput and PQisBusy; under load, at the end of a pipeline), goes nowhere.
+  const store::ServerConnection idle = store::connectToServer(account.path(), "idle");
+  ::testing::internal::CaptureStderr();
+  administerServer(
+      "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE "
+      "application_name = 'velmora' AND pid <> pg_backend_pid()");
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  static_cast<void>(PQconsumeInput(idle.get()));
+  static_cast<void>(PQisBusy(idle.get()));
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 }
 
 // An address libpq refuses before any server is asked: the message quotes what is wrong

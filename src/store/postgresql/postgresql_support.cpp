@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora::store {
@@ -161,17 +165,99 @@ bool holdsAny(std::string_view text, const std::array<std::string_view, 4>& word
   return false;
 }
 
+// Whether a server that accepted the connection went away while it opened (stopping,
+// starting, or ending its sessions): libpq then tries no other host of the address.
+bool wentAway(const char* message) {
+  const std::string words = unquoted(causeOf(message));
+  return holdsAny(words, kReasons[0].words) || holdsAny(words, kReasons[2].words) ||
+         holdsAny(words, kReasons[3].words) || holdsAny(words, kReasons.back().words);
+}
+
+std::vector<std::string> splitList(const std::string& list) {
+  std::vector<std::string> items;
+  std::size_t from = 0;
+  for (std::size_t comma = list.find(','); comma != std::string::npos;
+       from = comma + 1, comma = list.find(',', from)) {
+    items.push_back(list.substr(from, comma - from));
+  }
+  items.push_back(list.substr(from));
+  return items;
+}
+
+// The hosts and ports of the address listed after the one the failed connection reached
+// (libpq's lists, comma-separated); nothing when it was the last or the address names
+// servers by hostaddr.
+std::optional<std::pair<std::string, std::string>> hostsAfter(PGconn* failed) {
+  std::string hosts;
+  std::string ports;
+  const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(PQconninfo(failed),
+                                                                             &PQconninfoFree);
+  if (options == nullptr) return std::nullopt;
+  for (const PQconninfoOption* option = options.get(); option->keyword != nullptr; ++option) {
+    const std::string_view keyword = option->keyword;
+    const std::string value = option->val == nullptr ? "" : option->val;
+    if (keyword == "hostaddr" && !value.empty()) return std::nullopt;
+    if (keyword == "host") hosts = value;
+    if (keyword == "port") ports = value;
+  }
+  const std::vector<std::string> hostList = splitList(hosts);
+  std::vector<std::string> portList = splitList(ports);
+  if (hostList.size() < 2) return std::nullopt;
+  if (portList.size() == 1) portList.resize(hostList.size(), portList.front());
+  if (portList.size() != hostList.size()) return std::nullopt;
+  const char* host = PQhost(failed);
+  const char* port = PQport(failed);
+  if (host == nullptr || port == nullptr) return std::nullopt;
+  for (std::size_t at = 0; at + 1 < hostList.size(); ++at) {
+    if (hostList[at] != host || (!portList[at].empty() && portList[at] != port)) continue;
+    std::pair<std::string, std::string> rest;
+    for (std::size_t next = at + 1; next < hostList.size(); ++next) {
+      rest.first += (next > at + 1 ? "," : "") + hostList[next];
+      rest.second += (next > at + 1 ? "," : "") + portList[next];
+    }
+    return rest;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 ServerConnection connectToServer(const std::string& uri, const std::string& name) {
-  // Values given first; the URI, expanded last, overrides them.
-  const std::array<const char*, 5> keywords = {"connect_timeout", "fallback_application_name",
-                                               "client_encoding", "dbname", nullptr};
-  const std::array<const char*, 5> values = {kConnectWait, "velmora", "UTF8", uri.c_str(), nullptr};
-  ServerConnection connection(PQconnectdbParams(keywords.data(), values.data(), 1));
-  if (connection == nullptr)
-    throw Failure(errors::kDatabase, "La base " + name + " : mémoire épuisée.");
-  if (PQstatus(connection.get()) == CONNECTION_OK) return connection;
+  // Values given first; the URI, expanded last, overrides them, and the hosts still to try
+  // after one that went away (when there are) override its list.
+  std::array<const char*, 7> keywords = {"connect_timeout",
+                                         "fallback_application_name",
+                                         "client_encoding",
+                                         "dbname",
+                                         nullptr,
+                                         nullptr,
+                                         nullptr};
+  std::array<const char*, 7> values = {kConnectWait, "velmora", "UTF8", uri.c_str(),
+                                       nullptr,      nullptr,   nullptr};
+  ServerConnection connection;
+  std::optional<std::pair<std::string, std::string>> rest;
+  for (;;) {
+    if (rest) {
+      keywords[4] = "host";
+      keywords[5] = "port";
+      values[4] = rest->first.c_str();
+      values[5] = rest->second.c_str();
+    }
+    connection.reset(PQconnectdbParams(keywords.data(), values.data(), 1));
+    if (connection == nullptr)
+      throw Failure(errors::kDatabase, "La base " + name + " : mémoire épuisée.");
+    if (PQstatus(connection.get()) == CONNECTION_OK) {
+      // libpq would print on standard error what the server says outside an answer (the
+      // "FATAL: terminating connection" of a server stopping under an idle session); the
+      // lost session shows at its next statement, in our words.
+      PQsetNoticeReceiver(
+          connection.get(), [](void*, const PGresult*) {}, nullptr);
+      return connection;
+    }
+    if (!wentAway(PQerrorMessage(connection.get()))) break;
+    rest = hostsAfter(connection.get());
+    if (!rest) break;
+  }
   const std::string cause = causeOf(PQerrorMessage(connection.get()));
   // The words are looked for outside quotes: a name of a host, a role or a database may
   // hold any of them.
