@@ -26,6 +26,9 @@ struct ResultClearer {
 };
 using Result = std::unique_ptr<PGresult, ResultClearer>;
 
+// The server's own words, on one line (no line break, no tab), for the end of a message.
+std::string causeOf(const char* message);
+
 // The URI as messages show it: without its password.
 std::string displayUri(std::string_view uri);
 
