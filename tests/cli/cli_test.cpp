@@ -190,6 +190,19 @@ TEST_F(Cli, ALongImportShowsItsProgressOnATerminalAndAFullDiskLeavesTheStoreAsIt
                std::string(100, 'b') + "\"]}\n";
   }
   spit(big, records);
+  account.put("TACHE", "Vitres", {{"1"}});
+  const std::string before = slurp(db());
+  EXPECT_EQ(shell("ulimit -f 200; " + shellWord(VELMORA_CLI) + " import " + shellWord(big) +
+                  " --db " + shellWord(db()) + " 2>" + shellWord(at("full.txt"))),
+            1);
+  EXPECT_NE(slurp(at("full.txt")).find("disk full"), std::string::npos);
+  EXPECT_FALSE(fs::exists(db() + "-journal"));
+  EXPECT_EQ(slurp(db()), before);
+
+  // A root without /dev/pts (a bare chroot) can give no pseudo-terminal to watch.
+  if (shell("script -q -e -c true /dev/null >/dev/null 2>&1 </dev/null") != 0) {
+    GTEST_SKIP() << "no pseudo-terminal here: the progress lines are not checked";
+  }
   const auto onTerminal = [&](const std::string& words) {
     const std::string command = "env LANG=C.UTF-8 " + shellWord(VELMORA_CLI) + " " + words;
     EXPECT_EQ(shell("script -q -e -c " + shellWord(command) + " /dev/null >" +
@@ -215,15 +228,6 @@ TEST_F(Cli, ALongImportShowsItsProgressOnATerminalAndAFullDiskLeavesTheStoreAsIt
   const std::string quiet =
       onTerminal("import " + shellWord(big) + " --db " + shellWord(at("c.db")) + " --quiet");
   EXPECT_TRUE(quiet.starts_with("velmora: " + at("c.db") + ": 3000 lines imported")) << quiet;
-
-  account.put("TACHE", "Vitres", {{"1"}});
-  const std::string before = slurp(db());
-  EXPECT_EQ(shell("ulimit -f 200; " + shellWord(VELMORA_CLI) + " import " + shellWord(big) +
-                  " --db " + shellWord(db()) + " 2>" + shellWord(at("full.txt"))),
-            1);
-  EXPECT_NE(slurp(at("full.txt")).find("disk full"), std::string::npos);
-  EXPECT_FALSE(fs::exists(db() + "-journal"));
-  EXPECT_EQ(slurp(db()), before);
 }
 
 }  // namespace
