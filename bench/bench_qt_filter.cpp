@@ -20,6 +20,7 @@
 #include "qt/row_filter.h"
 #include "qt/velmora_widget_private.h"
 #include "support/large_account.h"
+#include "support/qt_bench.h"
 #include "support/summary.h"
 
 namespace velmora::bench {
@@ -167,14 +168,10 @@ BENCHMARK(FirstKeyFloor)->Unit(benchmark::kMillisecond)->MinTime(2);
 
 int main(int argc, char** argv) {
   using namespace velmora::bench;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  largeAccountDatabase();  // builds the large account before any timing
-  const int status = runWithSummary(
+  return runShownWithSummary(
       argc, argv,
       {RatioGoal{"FilterEachKey", "FilterFloor", 3},
        RatioGoal{"FilterFirstKeyAfterRefill", "FirstKeyFloor", 20}},
-      {TimeGoal{"FilterEachKey", 0.016}, TimeGoal{"FilterFirstKeyAfterRefill", 0.016}});
-  theShown.reset();  // its widgets go before the application
-  return status;
+      {TimeGoal{"FilterEachKey", 0.016}, TimeGoal{"FilterFirstKeyAfterRefill", 0.016}},
+      [] { theShown.reset(); });  // its widgets go before the application
 }

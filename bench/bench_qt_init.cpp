@@ -14,6 +14,7 @@
 #include "control/inspection.h"
 #include "qt/velmora_widget_private.h"
 #include "support/large_account.h"
+#include "support/qt_bench.h"
 #include "support/summary.h"
 
 namespace velmora::bench {
@@ -67,10 +68,6 @@ BENCHMARK(InitCareCatalogueShown)->Unit(benchmark::kMillisecond)->MinTime(4);
 
 int main(int argc, char** argv) {
   using namespace velmora::bench;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  largeAccountDatabase();  // builds the large account before any timing
-  const int status = runWithSummary(
+  return runShownWithSummary(
       argc, argv, {RatioGoal{"InitCareCatalogueShown", "InitCareCatalogueHeadless", 1.1}}, {});
-  return status;
 }
