@@ -1,17 +1,18 @@
 #include "control_player.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
 
 #include <velmora/control/frm_ajout_obs_tache.h>
 #include <velmora/store/sample_account.h>
-#include "control/inspection.h"
 
 namespace velmora::fuzz {
 
@@ -50,6 +51,14 @@ Text pick(Bytes& in, const std::vector<std::u16string_view>& table) {
   return i < table.size() ? Text(table[i]) : in.text();
 }
 
+cli::Step line(cli::Step::Kind kind, std::vector<std::string> words, int row = -1) {
+  cli::Step step;
+  step.kind = kind;
+  step.words = std::move(words);
+  step.row = row;
+  return step;
+}
+
 Text selectedDuration(const toolkit::ListBox& list, int row) {
   return trimBlanks(mid(list.List(row), 81, 5));
 }
@@ -72,18 +81,19 @@ std::optional<double> readBack(const Text& shown) {
   __builtin_trap();
 }
 
-// A failure the control or the store documents, or a fault.
-void expectDocumented(const Failure& failure) {
+// A failure the control or the store documents, with a message, or a fault.
+void expectDocumented(long number, std::string_view message) {
   namespace e = errors;
-  for (const long number :
+  for (const long documented :
        {e::kRecordNotFound, e::kObjectNotSet, e::kTypeMismatch, e::kInvalidCall, e::kOverflow,
         e::kUnknownFile, e::kBadQuery, e::kUnknownName, e::kDatabase, e::kBusy}) {
-    if (failure.number() == number) {
-      if (std::string_view(failure.what()).empty()) fault("a failure without a message");
-      return;
+    if (number != documented) continue;
+    if (message.find_first_not_of(": ") == std::string_view::npos) {
+      fault("a failure without a message");
     }
+    return;
   }
-  fault("undocumented failure " + std::to_string(failure.number()) + ": " + failure.what());
+  fault("undocumented failure " + std::to_string(number) + ": " + std::string(message));
 }
 
 }  // namespace
@@ -124,16 +134,7 @@ Text Bytes::text() {
 }
 
 Player::Player(DatabaseRef database, bool checkTotal)
-    : database_(std::move(database)),
-      checkTotal_(checkTotal),
-      services_(std::make_shared<toolkit::ScriptedServices>()) {
-  control_.setServices(services_);
-  // As a host does: a failure of a gesture is shown, and the planner goes on.
-  control_.setFailureHandler([this](const Failure& f) {
-    expectDocumented(f);
-    clean_ = false;
-  });
-}
+    : checkTotal_(checkTotal), player_(std::move(database), true) {}
 
 Player::~Player() {
   // The observations dialog is one instance for the process: leave it closed.
@@ -147,202 +148,170 @@ Player::~Player() {
 }
 
 void Player::init(Bytes& in) {
-  control_.TheDatabase(database_);
-  InitArguments a;
-  a.TypeAct = pick(in, kTypes);
-  a.Code = pick(in, kCodes);
-  a.DateDeb = pick(in, kDates);
-  a.DateFin = pick(in, kEndDates);
+  std::vector<std::string> a;
+  for (const auto* table : {&kTypes, &kCodes, &kDates, &kEndDates}) {
+    a.push_back(toUtf8(pick(in, *table)));
+  }
   const std::size_t t = in.byte() % (kTimes.size() + 1);
-  a.HeureDe = t < kTimes.size() ? Text(kTimes[t][0]) : in.text();
-  a.HeureA = t < kTimes.size() ? Text(kTimes[t][1]) : in.text();
-  a.Jour = pick(in, kDays);
+  for (const std::size_t i : {0, 1}) {
+    a.push_back(toUtf8(t < kTimes.size() ? Text(kTimes[t][i]) : in.text()));
+  }
+  a.push_back(toUtf8(pick(in, kDays)));
   clean_ = true;
-  control_.Init(a);
+  play(line(cli::Step::Kind::Init, std::move(a)));
   // A consultation that fails part way is given up inside Init (documented): W_Total then
   // holds the first pass's sum with an empty Txt_Duree. The sum is promised only where
   // the control shows its total consistent.
-  const Text& shown = control_.Txt_Duree.getText();
-  const double total = control_.W_Total.toDouble();
+  const Text& shown = player_.control().Txt_Duree.getText();
+  const double total = player_.control().W_Total.toDouble();
   const auto minutes = readBack(shown);
   summed_ = checkTotal_ && (shown.empty() ? total == 0 : minutes && *minutes == total);
+}
+
+// The lines of one gesture or host call; Init is played at once.
+std::vector<cli::Step> Player::decode(std::uint8_t op, Bytes& in) {
+  using K = cli::Step::Kind;
+  const Ctr_VelmoraNew& c = player_.control();
+  const auto row = [&in](const toolkit::ListBox& list) {
+    return list.ListCount() == 0 ? 0 : in.byte() % list.ListCount();
+  };
+  switch (op % 18) {
+    case 0:
+      init(in);
+      return {};
+    case 1:
+      return {line(K::Click, {"possible"}, row(c.Lst_Possible))};
+    case 2:
+      return {line(K::Click, {"selected"}, row(c.Lst_Selectionne))};
+    case 3:
+      return {line(K::DoubleClick, {"possible"}, row(c.Lst_Possible))};
+    case 4:
+      return {line(K::DoubleClick, {"selected"}, row(c.Lst_Selectionne))};
+    case 5:
+    case 6:
+    case 7:
+      return {line(K::Press, {std::array{"select", "ok", "cancel"}[op % 18 - 5]})};
+    case 8: {
+      // The question before a removal: Yes, No, or left without an answer.
+      const int answer = in.byte() % 3;
+      if (answer == 2) return {line(K::Press, {"remove"})};
+      return {line(K::Answer, {answer == 0 ? "yes" : "no"}), line(K::Press, {"remove"})};
+    }
+    case 9: {
+      // Maybe a text, then up to three buttons of the dialog: its close box, Ok, Annuler.
+      const std::uint8_t how = in.byte();
+      cli::Step observation = line(K::Observation, {});
+      observation.hasText = (how & 1) != 0;
+      if (observation.hasText) observation.words.push_back(toUtf8(in.text()));
+      for (int i = 0, b = how >> 1; i < 3 && (b & 3) != 3; ++i, b >>= 2) {
+        observation.words.emplace_back(std::array{"close", "ok", "cancel"}[b & 3]);
+      }
+      return {observation, line(K::Press, {"obs"})};
+    }
+    case 10:
+      return {line(K::Type, {toUtf8(in.text())})};
+    case 11:
+      return {line(K::Paste, {toUtf8(in.text())})};
+    case 12:
+      // A key as the keyboard gives it: digits, backspace, letters, anything.
+      return {line(K::Type, {toUtf8(Text(1, char16_t{in.byte()}))})};
+    case 13:
+      return {line(K::Clear, {})};
+    case 14:
+      summed_ = false;  // unticking may zero the total and keep the selection
+      return {line(K::Tick, {})};
+    case 15:
+      return {line(K::Host, {"maj-enr"})};
+    case 16:
+      summed_ = false;  // the host's emptying and fills set the total apart
+      return {line(K::Host, {in.byte() % 2 == 0 ? "vider-tache" : "vider-liste"})};
+    default: {
+      // Affiche of what MAJ_Enr gave, or of items the host makes up.
+      summed_ = false;
+      const int count = in.byte() % 5;
+      if (count == 0 && c.W_Enr.empty()) return {};
+      std::vector<std::string> words{"affiche"};
+      for (int i = 1; i <= count; ++i) {
+        for (const Text& word : {pick(in, kItems), in.text(), in.text()}) {
+          words.push_back(toUtf8(word));
+        }
+      }
+      return {line(K::Host, std::move(words))};
+    }
+  }
+}
+
+// Plays a line; the player notes a failure as "error NUMBER: MESSAGE" and goes on, as a
+// host shows it and goes on.
+void Player::play(const cli::Step& step) {
+  const int failures = player_.failures();
+  try {
+    player_.step(step);
+  } catch (const std::exception& e) {
+    fault(std::string("an exception that is no Failure: ") + e.what());
+  }
+  if (player_.failures() == failures) return;
+  clean_ = false;
+  const auto messages = player_.seen()["messages"];
+  for (; messagesSeen_ < messages.size(); ++messagesSeen_) {
+    const std::string text = messages[messagesSeen_]["text"];
+    const auto space = text.find(' ');
+    if (space == std::string::npos) continue;
+    long number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [after, error] = std::from_chars(text.data() + space + 1, end, number);
+    // The other notes say that a gesture did nothing (a disabled control, no such row).
+    if (error != std::errc{} || after == end || (*after != ':' && *after != ' ')) continue;
+    expectDocumented(number, std::string_view(after, end));
+  }
 }
 
 bool Player::step(Bytes& in) {
   if (in.empty()) return false;
   const std::uint8_t op = in.byte();
-  const Text before = control_.Txt_Duree.getText();
-  try {
-    run(op, in);
-  } catch (const Failure& f) {
-    expectDocumented(f);
-    clean_ = false;
-  } catch (const std::exception& e) {
-    fault(std::string("an exception that is no Failure: ") + e.what());
-  }
+  const Ctr_VelmoraNew& c = player_.control();
+  const Text before = c.Txt_Duree.getText();
+  for (const cli::Step& step : decode(op, in)) play(step);
   if (!clean_) return true;
-  checkInvariants();
-  const Text& after = control_.Txt_Duree.getText();
+  if (c.Lst_CodePos.ListCount() != c.Lst_Possible.ListCount() ||
+      c.Lst_CodeSelect.ListCount() != c.Lst_Selectionne.ListCount()) {
+    fault("a code list out of step with its list");
+  }
+  if (op % 18 == 15) checkRecord();
+  const Text& after = c.Txt_Duree.getText();
   // The documented total: a Txt_Duree that a step wrote anew reads back as W_Total, but
   // for the 0h00 that a removal writes into an empty box without touching W_Total.
   if (checkTotal_ && after != before && !after.empty() && !(before.empty() && after == u"0h00")) {
     const auto minutes = readBack(after);
-    if (!minutes || std::abs(*minutes - control_.W_Total.toDouble()) > 1e-9) {
-      fault("Txt_Duree " + toUtf8(after) + " while W_Total is " +
-            toUtf8(control_.W_Total.toText()));
+    if (!minutes || std::abs(*minutes - c.W_Total.toDouble()) > 1e-9) {
+      fault("Txt_Duree " + toUtf8(after) + " while W_Total is " + toUtf8(c.W_Total.toText()));
     }
   }
   if (summed_) checkSum();
   return true;
 }
 
-void Player::run(std::uint8_t op, Bytes& in) {
-  Ctr_VelmoraNew& c = control_;
-  const auto row = [&in](const toolkit::ListBox& list) {
-    return list.ListCount() == 0 ? 0 : in.byte() % list.ListCount();
-  };
-  switch (op % 22) {
-    case 0:
-      return init(in);
-    case 1:
-      return c.Lst_Possible.click(row(c.Lst_Possible));
-    case 2:
-      return c.Lst_Selectionne.click(row(c.Lst_Selectionne));
-    case 3:
-      return c.Lst_Possible.doubleClick(row(c.Lst_Possible));
-    case 4:
-      return c.Lst_Selectionne.doubleClick(row(c.Lst_Selectionne));
-    case 5:
-      return c.Cmd_Select.press();
-    case 6:
-      return c.Cmd_OKVelmora.press();
-    case 7:
-      return c.Cmd_AnnulerVelmora.press();
-    case 8: {
-      // The question before a removal: Yes, No, or left without an answer.
-      const int answer = in.byte() % 3;
-      if (answer < 2) services_->answer(answer == 0 ? toolkit::kMsgBoxYes : toolkit::kMsgBoxNo);
-      return c.Cmd_SupprVelmora.press();
-    }
-    case 9:
-      observation(in);
-      return c.Cmd_Obs.press();
-    case 10:
-      return c.Txt_DureeSoin.typeText(in.text());
-    case 11:
-      return c.Txt_DureeSoin.replaceText(in.text());
-    case 12:
-      // A key as the keyboard gives it: digits, backspace, letters, anything.
-      return c.Txt_DureeSoin.typeKey(in.byte());
-    case 13:
-      return c.Txt_DureeSoin.leave();
-    case 14:
-      summed_ = false;  // unticking may zero the total and keep the selection
-      return c.Cac_TouteTache.toggle();
-    default:
-      // The host's emptying and fills set the total apart from the selection.
-      if (op % 22 != 15 && op % 22 != 21) summed_ = false;
-      return host(op % 22, in);
-  }
-}
-
-void Player::host(std::uint8_t op, Bytes& in) {
-  Ctr_VelmoraNew& c = control_;
-  switch (op) {
-    case 15:
-      c.MAJ_Enr();
-      if (clean_) checkRecord();
-      return;
-    case 16:
-      return in.byte() % 2 == 0 ? c.Vider_Tache() : c.Vider_liste();
-    case 17: {
-      // Affiche of what MAJ_Enr gave, or of items the host makes up.
-      const int count = in.byte() % 5;
-      if (count == 0) {
-        if (c.W_Enr.empty()) return;
-        c.W_Aff = RecordRef::make(*c.W_Enr);
-        return c.Affiche();
-      }
-      NorvikRecord items;
-      for (int i = 1; i <= count; ++i) {
-        items.set(i, 1, pick(in, kItems));
-        items.set(i, 2, in.text());
-        items.set(i, 3, in.text());
-      }
-      c.W_Aff = RecordRef::make(items);
-      return c.Affiche();
-    }
-    case 18:
-      return c.TheDatabase(database_);
-    case 19: {
-      Boolean below = in.byte() % 2 == 0 ? kTrue : kFalse;
-      return in.byte() % 2 == 0 ? c.Recherche_SemaineType(below)
-                                : c.Recherche_SemaineTypeFlot(below);
-    }
-    case 20: {
-      const int which = in.byte() % 4;
-      if (which == 0) return c.Affiche_Tache_ClicDroit();
-      if (which == 1) return c.Remplir_Soins();
-      if (which == 2) return c.Charge_AideTache();
-      auto pass = static_cast<std::int16_t>(in.byte() % 4);
-      return c.Affiche_Tache_ClicDroit_TraiteTableau(pass);
-    }
-    default:
-      (void)c.AuMoinsUneTacheImperative();
-      return;
-  }
-}
-
-void Player::observation(Bytes& in) {
-  const std::uint8_t how = in.byte();
-  const bool hasText = (how & 1) != 0;
-  const Text text = hasText ? in.text() : Text();
-  // Up to three buttons of the dialog: its close box, Ok, Annuler.
-  std::vector<int> buttons;
-  for (int i = 0, b = how >> 1; i < 3; ++i, b >>= 2) {
-    if ((b & 3) == 3) break;
-    buttons.push_back(b & 3);
-  }
-  services_->onModal([hasText, text, buttons](toolkit::Form& form) {
-    auto& dialog = dynamic_cast<Frm_AjoutObsTache&>(form);
-    if (hasText) dialog.Txt_Obs.replaceText(text);
-    for (const int b : buttons) {
-      if (b == 0) dialog.requestClose();
-      if (b == 1) dialog.Cmd_OkObs.press();
-      if (b == 2) dialog.Cmd_AnnulerObs.press();
-    }
-  });
-}
-
-void Player::checkInvariants() const {
-  const Ctr_VelmoraNew& c = control_;
-  if (c.Lst_CodePos.ListCount() != c.Lst_Possible.ListCount() ||
-      c.Lst_CodeSelect.ListCount() != c.Lst_Selectionne.ListCount()) {
-    fault("a code list out of step with its list");
-  }
-}
-
 // From Init on, while each gesture adds or takes off its row's duration, W_Total is the
 // sum of the selection's durations.
 void Player::checkSum() const {
-  const toolkit::ListBox& rows = control_.Lst_Selectionne;
+  const Ctr_VelmoraNew& c = player_.control();
   double sum = 0;
-  for (int i = 0; i < rows.ListCount(); ++i) {
-    const Text d = selectedDuration(rows, i);
+  for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
+    const Text d = selectedDuration(c.Lst_Selectionne, i);
     if (d.empty()) continue;
     const auto minutes = parseNumber(d);
     if (!minutes) return;  // not a duration the sample account holds
     sum += *minutes;
   }
-  if (std::abs(sum - control_.W_Total.toDouble()) > 1e-9) {
-    fault("W_Total " + toUtf8(control_.W_Total.toText()) + " for a selection of " +
-          std::to_string(sum) + " minutes");
+  if (std::abs(sum - c.W_Total.toDouble()) > 1e-9) {
+    fault("W_Total " + toUtf8(c.W_Total.toText()) + " for a selection of " + std::to_string(sum) +
+          " minutes");
   }
 }
 
 // W_Enr after MAJ_Enr: one item a selected row, in order, with the row's duration.
 void Player::checkRecord() const {
-  const Ctr_VelmoraNew& c = control_;
+  const Ctr_VelmoraNew& c = player_.control();
   const toolkit::ListBox& rows = c.Lst_Selectionne;
   if (c.W_Enr.empty()) fault("MAJ_Enr left no W_Enr");
   if (rows.ListCount() > 0 && c.W_Enr->DCount() != rows.ListCount()) {

@@ -1,19 +1,18 @@
 // What the control's fuzz targets share: the sample account built once per process, a
-// reader of the fuzzer's bytes, and a player that turns them into the host's calls and
-// the planner's gestures on a control, checking after each what the documentation
-// promises a host: only documented failures, parallel lists, a total that agrees with
-// its text, a W_Enr that mirrors the selection.
+// reader of the fuzzer's bytes, and a player that decodes them into the lines of a play
+// script, plays them with the tool's player (apps/velmora/play_player.h), and checks
+// after each what the documentation promises a host: only documented failures, parallel
+// lists, a total that agrees with its text, a W_Enr that mirrors the selection.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
+#include <vector>
 
-#include <velmora/base/failure.h>
-#include <velmora/control/ctr_velmora_new.h>
+#include <velmora/base/text.h>
 #include <velmora/store/database.h>
-#include <velmora/toolkit/services.h>
+#include "play_player.h"
 
 namespace velmora::fuzz {
 
@@ -46,24 +45,21 @@ class Player {
   Player(const Player&) = delete;
   Player& operator=(const Player&) = delete;
 
-  // Plays one call or gesture decoded from the bytes; false when they are used up.
+  // Plays the lines of one gesture or host call decoded from the bytes; false when they
+  // are used up.
   bool step(Bytes& in);
   // Init with arguments decoded from the bytes.
   void init(Bytes& in);
 
  private:
-  void run(std::uint8_t op, Bytes& in);
-  void host(std::uint8_t op, Bytes& in);
-  void observation(Bytes& in);
-  void checkInvariants() const;
+  std::vector<cli::Step> decode(std::uint8_t op, Bytes& in);
+  void play(const cli::Step& step);
   void checkSum() const;
   void checkRecord() const;
 
-  DatabaseRef database_;
   bool checkTotal_;
-  Session session_;
-  Ctr_VelmoraNew control_{session_};
-  std::shared_ptr<toolkit::ScriptedServices> services_;
+  cli::Player player_;
+  std::size_t messagesSeen_ = 0;
   // No failure since the last Init: the state is one the documented operations made.
   bool clean_ = true;
   // W_Total is the sum of the selection's durations: from a clean Init, until a step that

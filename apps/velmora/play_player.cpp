@@ -113,6 +113,7 @@ class Player::Impl {
 
   int failures() const { return failures_; }
   Json seen() const { return Json{{"shows", shows_}, {"messages", messages_}}; }
+  const Ctr_VelmoraNew& control() const { return control_; }
 
  private:
   void note(const std::string& text) {
@@ -329,6 +330,9 @@ int Player::failures() const {
 }
 nlohmann::ordered_json Player::seen() const {
   return impl_->seen();
+}
+const Ctr_VelmoraNew& Player::control() const {
+  return impl_->control();
 }
 
 }  // namespace velmora::cli

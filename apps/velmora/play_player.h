@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/store/database.h>
 #include "play_script.h"
 
@@ -31,6 +32,9 @@ class Player {
   int failures() const;
   // {"shows": [...], "messages": [...]}: what the JSON output holds so far.
   nlohmann::ordered_json seen() const;
+  // The control the lines play on, read only: for a caller that checks what a host reads
+  // of it after each line (the fuzzers).
+  const Ctr_VelmoraNew& control() const;
 
  private:
   class Impl;

@@ -31,6 +31,19 @@ namespace velmora::testing {
 namespace {
 
 using Pg = std::unique_ptr<PGconn, decltype(&PQfinish)>;
+Pg session(const std::string& at) {
+  return {PQconnectdb(at.c_str()), &PQfinish};
+}
+// The first value of the statement's answer, "" for a command, or "!" and its SQLSTATE.
+std::string answer(PGconn* connection, const std::string& sql) {
+  const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
+                                                             &PQclear);
+  const auto status = PQresultStatus(result.get());
+  if (status == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
+  if (status == PGRES_COMMAND_OK || status == PGRES_COPY_IN) return "";
+  const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
+  return std::string("!") + (state != nullptr ? state : "?");
+}
 
 // A command of PostgreSQL's cluster tools on the cluster pg_virtualenv made.
 std::string tool(const std::string& name, const std::string& rest) {
@@ -131,10 +144,8 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        [&] {
          const std::string schema = account.path().substr(account.path().find("%3D") + 3);
          db = openDatabase(account.path() + "%20-cstatement_timeout%3D300");
-         locker.reset(PQconnectdb(""));
-         PQclear(
-             PQexec(locker.get(),
-                    ("BEGIN; LOCK TABLE " + schema + ".records IN ACCESS EXCLUSIVE MODE").c_str()));
+         locker = session("");
+         answer(locker.get(), "BEGIN; LOCK TABLE " + schema + ".records IN ACCESS EXCLUSIVE MODE");
        },
        [&] { readValue(db); }, [&] { locker.reset(); }, errors::kBusy, "n'a pas répondu à temps"},
       {"authentication refused", [] { administerServer(kIntruder); },
@@ -193,9 +204,9 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
          std::string unknown, refused;
          failureNumber([] { openDatabase("postgresql:///velmora_nulle_part"); }, &unknown);
          failureNumber([] { openDatabase("postgresql://postgres:faux@/"); }, &refused);
-         const Pg french(PQconnectdb("dbname=velmora_nulle_part"), &PQfinish);
          throw Failure(errors::kDatabase,
-                       std::string(PQerrorMessage(french.get())) + unknown + " | " + refused);
+                       std::string(PQerrorMessage(session("dbname=velmora_nulle_part").get())) +
+                           unknown + " | " + refused);
        },
        [] { serverMessagesIn("C"); }, errors::kDatabase,
        "la base de données « velmora_nulle_part » n'existe pas\nLa base "
@@ -212,7 +223,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        [&] {
          std::string full, reserved;
          for (int open = 0; open < 20; ++open) {
-           sessions.emplace_back(PQconnectdb(""), &PQfinish);
+           sessions.push_back(session(""));
            if (PQstatus(sessions.back().get()) != CONNECTION_OK) break;
          }
          failureNumber([&] { account.open(); }, &full);
@@ -345,8 +356,8 @@ TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   administerServer("DROP SCHEMA IF EXISTS velmora_vide CASCADE; CREATE SCHEMA velmora_vide");
   const std::string uri = "postgresql://?options=-csearch_path%3Dvelmora_vide";
   // The first writer has made the tables and not yet committed.
-  const Pg first(PQconnectdb("options=-csearch_path=velmora_vide"), &PQfinish);
-  PQclear(PQexec(first.get(), (std::string("BEGIN; ") + store::kServerSchema).c_str()));
+  const Pg first = session("options=-csearch_path=velmora_vide");
+  answer(first.get(), std::string("BEGIN; ") + store::kServerSchema);
   std::string message;
   std::thread second([&] {
     Batch batch;
@@ -355,13 +366,10 @@ TEST(ServerStore, TwoWritersFillingOneEmptySchemaAtOnceBothCommit) {
   });
   // The second waits for the first's names; once it does, the first commits.
   for (int tries = 0; tries < 200; ++tries) {
-    const Pg admin(PQconnectdb(""), &PQfinish);
-    const std::unique_ptr<PGresult, decltype(&PQclear)> result(
-        PQexec(admin.get(), "SELECT count(*) FROM pg_locks WHERE NOT granted"), &PQclear);
-    if (std::string(PQgetvalue(result.get(), 0, 0)) != "0") break;
+    if (answer(session("").get(), "SELECT count(*) FROM pg_locks WHERE NOT granted") != "0") break;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-  PQclear(PQexec(first.get(), "COMMIT"));
+  answer(first.get(), "COMMIT");
   second.join();
   EXPECT_EQ(message, "");
   DatabaseRef db = openDatabase(uri);
@@ -396,17 +404,6 @@ class Office : public ::testing::Test {
     outputs_ += outcome.out + outcome.err;
     return outcome.out + outcome.err;
   }
-  // The first value of the statement's answer, "" for a command, or "!" and its SQLSTATE.
-  static std::string answer(PGconn* connection, const std::string& sql) {
-    const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
-                                                               &PQclear);
-    const auto status = PQresultStatus(result.get());
-    if (status == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
-    if (status == PGRES_COMMAND_OK || status == PGRES_COPY_IN) return "";
-    const char* state = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE);
-    return std::string("!") + (state != nullptr ? state : "?");
-  }
-  static Pg session(const std::string& at) { return {PQconnectdb(at.c_str()), &PQfinish}; }
   // The administrator's view of a server.
   static std::string administrator(const std::string& server, const std::string& sql) {
     return answer(session("port=" + port(server)).get(), sql);
@@ -430,7 +427,7 @@ class Office : public ::testing::Test {
 };
 
 TEST_F(Office, ThroughThePoolerPlannersTakeTurnsOnOneServerConnectionAndLeaveNothing) {
-  const Pg other(PQconnectdb(uri("pooler").c_str()), &PQfinish);  // another planner's host
+  const Pg other = session(uri("pooler"));  // another planner's host
   std::vector<DatabaseRef> planners = {openDatabase(uri("pooler")), openDatabase(uri("pooler"))};
   for (int turn = 0; turn < 3; ++turn) {
     for (auto& planner : planners) {
