@@ -37,7 +37,7 @@ const char* const kExample =
     "[\"T1\",\"T2\"],[\"30\",\"15\"],\"\",\"\",[\"\",  \"Sonner deux fois\"]]}\n";
 
 // A byte order mark and Windows line ends are read too; a file cut just after a line end
-// reads whole (cut in the middle of a line, it fails: see the bad lines).
+// reads whole (cut in the middle of a line, it fails: the tool's bad-input table).
 TEST(Exchange, ReadsDeclarationsDictionaryAndRecords) {
   std::string windows = "\xEF\xBB\xBF";
   for (const char* c = kExample; *c != '\0'; ++c)
@@ -88,14 +88,11 @@ TEST(Exchange, ExportIsExactAndOrderedByCodeUnits) {
 
 TEST(Exchange, BadLinesNameTheSourceAndLine) {
   const std::vector<std::pair<std::string, std::string>> cases{
-      {"{\"file\":\"TACHE\"}\n{\"file\":\"TACHE\",\"key\":\"a\",\"rec",
-       "t.jsonl:2:31: the line ends before its JSON object does"},
       {"\n\n[1,2]\n", "t.jsonl:3: expected one JSON object"},
       {R"({"file":"T","key":"a","record":[1]})", "t.jsonl:1: attribute 1: a value must"},
       {R"({"file":"T","key":"a","record":["x",[]]})", "t.jsonl:1: attribute 2: an array"},
       {R"({"file":"T","key":"a"})", R"(t.jsonl:1: "record" is missing)"},
       {R"({"file":"T","key":5,"record":[]})", R"(t.jsonl:1: "key" must be a string)"},
-      {R"({"file":"T","colour":"red"})", R"(t.jsonl:1: unexpected member "colour")"},
       {R"({"name":"x"})", R"(t.jsonl:1: expected "file" or "dictionary")"},
       {R"({"dictionary":"T","name":"N"})", "t.jsonl:1: a dictionary item needs either"},
       {R"({"dictionary":"T","name":"N","key":[0,5]})", "t.jsonl:1: the key part's start"},

@@ -30,14 +30,13 @@
 namespace velmora::testing {
 namespace {
 
-using Pg = std::unique_ptr<PGconn, decltype(&PQfinish)>;
+using Pg = store::ServerConnection;
 Pg session(const std::string& at) {
-  return {PQconnectdb(at.c_str()), &PQfinish};
+  return Pg(PQconnectdb(at.c_str()));
 }
 // The first value of the statement's answer, "" for a command, or "!" and its SQLSTATE.
 std::string answer(PGconn* connection, const std::string& sql) {
-  const std::unique_ptr<PGresult, decltype(&PQclear)> result(PQexec(connection, sql.c_str()),
-                                                             &PQclear);
+  const store::Result result(PQexec(connection, sql.c_str()));
   const auto status = PQresultStatus(result.get());
   if (status == PGRES_TUPLES_OK) return PQgetvalue(result.get(), 0, 0);
   if (status == PGRES_COMMAND_OK || status == PGRES_COPY_IN) return "";
@@ -113,8 +112,8 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
   account.put("TACHE", "A1", {{"un"}});
   account.put("TACHE", "A2", {{"deux"}});
   DatabaseRef db;
-  Pg locker(nullptr, &PQfinish);  // an administrator's session holding a lock until it goes
-  std::vector<Pg> sessions;       // administrators' sessions that fill the server
+  Pg locker;                 // an administrator's session holding a lock until it goes
+  std::vector<Pg> sessions;  // administrators' sessions that fill the server
   const auto nothing = [] {};
   struct Case {
     const char* what;
