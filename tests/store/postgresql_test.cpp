@@ -110,7 +110,6 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
   if (!TempAccount::onServer()) GTEST_SKIP() << "needs a PostgreSQL server: test_store_pg";
   TempAccount account;
   account.put("TACHE", "A1", {{"un"}});
-  account.put("TACHE", "A2", {{"deux"}});
   DatabaseRef db;
   Pg locker;                 // an administrator's session holding a lock until it goes
   std::vector<Pg> sessions;  // administrators' sessions that fill the server
@@ -122,17 +121,6 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
     const char* message;
   };
   const std::vector<Case> cases = {
-      {"connection lost in the middle of a procedure", nothing,
-       [&] {
-         const auto snapshot = db->holdSnapshot();
-         const auto file = db->OpenFile(u"TACHE");
-         file->ReadRecord(u"A1");
-         administerServer(
-             "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE "
-             "application_name = 'velmora' AND pid <> pg_backend_pid()");
-         file->ReadRecord(u"A2");
-       },
-       nothing, errors::kDatabase, "a été perdue"},
       {"server down between two procedures (the reconnection opens as a first open does)",
        [&] {
          readValue(db);
