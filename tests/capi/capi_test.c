@@ -3,9 +3,12 @@
  * on the sample account. Usage: test_capi SAMPLE_DB */
 #include <velmora/velmora_c.h>
 
+#include <dirent.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 static int failures = 0;
@@ -29,6 +32,17 @@ static const char* readAll(const char* path) {
   return text;
 }
 
+/* How many names the folder holds, besides "." and "..". */
+static int entries(const char* folder) {
+  DIR* dir = opendir(folder);
+  int n = 0;
+  for (const struct dirent* e = dir != NULL ? readdir(dir) : NULL; e != NULL; e = readdir(dir)) {
+    if (strcmp(e->d_name, ".") != 0 && strcmp(e->d_name, "..") != 0) ++n;
+  }
+  if (dir != NULL) closedir(dir);
+  return n;
+}
+
 /* DllRegisterServer describes the class under $XDG_DATA_HOME; unregistering removes it. */
 static void registration(void) {
   char home[] = "/tmp/velmora-capi-XXXXXX";
@@ -43,6 +57,25 @@ static void registration(void) {
   CHECK(DllUnregisterServer() == VELMORA_OK);
   CHECK(access(file, F_OK) != 0);
   CHECK(DllUnregisterServer() == VELMORA_OK); /* nothing registered is no failure */
+
+  /* A write cut short (by a file size limit here) fails and leaves the registration as it
+   * was: the earlier file whole, and no temporary beside it. */
+  CHECK(DllRegisterServer() == VELMORA_OK);
+  char before[4096];
+  snprintf(before, sizeof before, "%s", readAll(file));
+  struct rlimit saved;
+  CHECK(getrlimit(RLIMIT_FSIZE, &saved) == 0);
+  struct rlimit tiny = saved;
+  tiny.rlim_cur = 16;
+  signal(SIGXFSZ, SIG_IGN);
+  CHECK(setrlimit(RLIMIT_FSIZE, &tiny) == 0);
+  CHECK(DllRegisterServer() == VELMORA_E_REGISTRY);
+  CHECK(setrlimit(RLIMIT_FSIZE, &saved) == 0);
+  CHECK(strlen(before) > 16 && strcmp(readAll(file), before) == 0);
+  char folder[512];
+  snprintf(folder, sizeof folder, "%s/velmora/classes", home);
+  CHECK(entries(folder) == 1);
+  CHECK(DllUnregisterServer() == VELMORA_OK);
 
   /* A file of the same name that is not ours stays where it is. */
   FILE* foreign = fopen(file, "wb");
