@@ -115,7 +115,7 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   ctl.Init(a);
   EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
   EXPECT_EQ(captions(), kCareCaptions);
-  EXPECT_TRUE(slots().F_DetailsInterv.empty() && slots().R_DetailsInterv.empty());
+  EXPECT_TRUE(variable().F_DetailsInterv.empty() && variable().R_DetailsInterv.empty());
 }
 
 TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
@@ -123,8 +123,8 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
        {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
     l->AddItem(u"old");
   }
-  slots().R_Obs = newRecord();
-  slots().R_Obs->set(1, u"old observation");
+  variable().R_Obs = newRecord();
+  variable().R_Obs->set(1, u"old observation");
   ctl.Etq_Imperativite.setVisible(true);
   ctl.W_Total = Currency::whole(75);
   ctl.Txt_Duree.setText(u"75");
