@@ -22,9 +22,8 @@ class Propose : public cli_test::Tool {
  protected:
   void SetUp() override {
     account.put("BESOINSAIDE", "00001", {{"Mme Test"}});
-    std::vector<std::vector<std::string>> parameter(20, {""});
-    parameter[19] = {"0"};  // times in minutes
-    account.put("TPSPARAM", "1", parameter);
+    account.put("TPSPARAM", "1", {{""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""},
+                                  {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {""}, {"0"}});
     account.put("TYPETACHE", "T-LINGE", {{"1"}});
     account.put("TYPETACHE", "T-PERSONNE", {{"2"}});
     account.put("GROUPETACHE", "G-LINGE", {{"1"}, {"T-LINGE"}});
