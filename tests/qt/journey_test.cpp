@@ -106,6 +106,7 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   key(&possible, Qt::Key_Return);
   EXPECT_EQ(listShown(possible).rows.size(), 1u);
   key(possibleFilter, Qt::Key_Escape);  // every row back, in the control's order
+  EXPECT_EQ(countOf(w, "Compte_Possible"), QStringLiteral("4 tâches"));
   record();
   // The edit takes the focus with the duration chosen, ready to be typed over.
   QTest::mouseDClick(selected.viewport(), Qt::LeftButton, {}, selected.rowRect(0).center());
