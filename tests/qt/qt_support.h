@@ -1,14 +1,9 @@
-// What the widget tests share: an account with a small task catalogue, a step of
-// everything a journey touches (built on the control's tests' snapshot), the planner's hand on real
+// What the widget tests share, beside the control tests' fixture: an account with a small
+// task catalogue, a step of everything a journey touches, the planner's hand on real
 // widgets, and one fixture.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include <QAccessible>
 #include <QApplication>
@@ -22,7 +17,6 @@
 #include <QTest>
 #include <QTimer>
 
-#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
 #include "control/fixture.h"
 #include "qt/velmora_widget_private.h"
