@@ -63,14 +63,12 @@ inline std::string internal(const char* ddmmyyyy) {
 
 // What a planner sees of the selection, and what the host reads of it.
 struct Snapshot {
-  Rows rows;          // Lst_Selectionne
-  Rows codes;         // Lst_CodeSelect
-  Rows obs;           // R_Obs, one per row
-  std::string duree;  // Txt_Duree
-  std::string total;  // W_Total
-  // Enabled: Cmd_Select, Cmd_Obs, Cmd_SupprVelmora, Cmd_OKVelmora, Cmd_AnnulerVelmora,
-  // Txt_DureeSoin, Lst_Selectionne.
-  std::string buttons;
+  Rows rows;            // Lst_Selectionne
+  Rows codes;           // Lst_CodeSelect
+  Rows obs;             // R_Obs, one per row
+  std::string duree;    // Txt_Duree
+  std::string total;    // W_Total
+  std::string buttons;  // '1' for each of editChildren enabled
   bool imperative = false;
   int current = -1;  // ListIndex of Lst_Selectionne
   bool doubleClic = false;
@@ -84,6 +82,11 @@ inline void PrintTo(const Snapshot& s, std::ostream* os) {
   *os << "\n  Txt_Duree [" << s.duree << "] W_Total " << s.total << " W_DoubleClic " << s.doubleClic
       << " ListIndex " << s.current << " enabled " << s.buttons << " imperative " << s.imperative;
 }
+// The children an edit enables and disables, in the order of Snapshot::buttons.
+inline std::vector<const toolkit::Control*> editChildren(const Ctr_VelmoraNew& c) {
+  return {&c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
+          &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
+}
 inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   Snapshot s;
   s.rows = items(c.Lst_Selectionne);
@@ -96,11 +99,7 @@ inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
   s.total = toUtf8(c.W_Total.toText());
   s.doubleClic = c.W_DoubleClic == kTrue;
   s.current = c.Lst_Selectionne.ListIndex();
-  for (const toolkit::Control* b : std::initializer_list<const toolkit::Control*>{
-           &c.Cmd_Select, &c.Cmd_Obs, &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora, &c.Cmd_AnnulerVelmora,
-           &c.Txt_DureeSoin, &c.Lst_Selectionne}) {
-    s.buttons += b->Enabled() ? '1' : '0';
-  }
+  for (const toolkit::Control* b : editChildren(c)) s.buttons += b->Enabled() ? '1' : '0';
   s.imperative = c.Etq_Imperativite.Visible();
   return s;
 }
@@ -109,8 +108,8 @@ class ControlTest : public ::testing::Test {
  protected:
   void SetUp() override { ctl.setServices(services); }
 
-  // The slots of the test's own session.
-  SessionVariables& slots() { return session.state().Variable; }
+  // The module slots of the test's own session (its Variable face).
+  SessionVariables& variable() { return session.state().Variable; }
 
   InitArguments init(std::string_view typeAct, std::string_view code, std::string_view dateDeb,
                      std::string_view dateFin = "", std::string_view heureDe = "",

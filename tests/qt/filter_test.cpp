@@ -1,6 +1,6 @@
-// The filter lines over the lists: a journey made with them gives the control and the host
-// exactly what the same journey gives without them; typing in the filter of a catalogue
-// of 32,767 care acts shows the rows that hold every word; the counts read in French.
+// The filter lines over the lists (the widget journey types in both): typing in the filter
+// of a catalogue of 32,767 care acts shows the rows that hold every word, and the counts
+// read in French.
 #include "qt/list_filter.h"
 #include "qt_support.h"
 
@@ -8,103 +8,6 @@ namespace velmora::testing {
 namespace {
 
 using qt::ListCount;
-
-// What the control holds and what the host reads along a journey.
-struct Outcome {
-  std::vector<Snapshot> steps;
-  std::vector<double> totals;
-  int selections = 0;
-  std::string record;
-  friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-QString countOf(const qt::VelmoraWidget& w, const char* name) {
-  return w.findChild<QLabel*>(QString::fromUtf8(name))->text();
-}
-
-// Marks Aspirateur and Repassage, selects them, changes Aspirateur's duration to 25 and
-// keeps the selection; with the filters, Repassage and Aspirateur are found by typing.
-Outcome journey(const TempAccount& account, bool filters) {
-  Session session;
-  Ctr_VelmoraNew c{session};
-  qt::VelmoraWidget w{c};
-  Outcome out;
-  QObject::connect(&w, &qt::VelmoraWidget::totalChanged,
-                   [&](double t) { out.totals.push_back(t); });
-  QObject::connect(&w, &qt::VelmoraWidget::selectionChanged, [&] { ++out.selections; });
-  w.setFiltersVisible(filters);
-  w.show();
-  w.activateWindow();
-  EXPECT_TRUE(QTest::qWaitForWindowActive(&w));
-  qt::ListBoxView& possible = *qt::listViewOf(w, c.Lst_Possible);
-  qt::ListBoxView& selected = *qt::listViewOf(w, c.Lst_Selectionne);
-  auto* possibleFilter = w.findChild<QLineEdit*>(QStringLiteral("Filtre_Possible"));
-  auto* selectedFilter = w.findChild<QLineEdit*>(QStringLiteral("Filtre_Selectionne"));
-  EXPECT_EQ(possibleFilter->isVisible(), filters);
-  const auto step = [&] {
-    QCoreApplication::processEvents();
-    out.steps.push_back(snapshot(c));
-  };
-  initClient(c, account);
-  click(w.view(c.Cac_TouteTache));
-  possible.setFocus(Qt::OtherFocusReason);
-  QTest::keyClick(&possible, Qt::Key_Space);  // Aspirateur, the first row
-  step();
-  if (filters) {
-    // A letter typed in the list goes on in its filter; case and accents do not count.
-    QTest::keyClicks(&possible, QStringLiteral("RÉPASS"));
-    EXPECT_EQ(QApplication::focusWidget(), possibleFilter);
-    EXPECT_EQ(listShown(possible).rows, (std::vector{row("Ménage", "Linge", "Repassage", "45")}));
-    EXPECT_EQ(countOf(w, "Compte_Possible"),
-              QStringLiteral("1 sur 4 tâches · 1 marquée, dont 1 masquée"));
-    QTest::keyClick(possibleFilter, Qt::Key_Down);
-    EXPECT_EQ(QApplication::focusWidget(), &possible);
-  } else {
-    QTest::keyClick(&possible, Qt::Key_R);  // no filter shown: a letter does nothing
-    EXPECT_TRUE(possibleFilter->text().isEmpty());
-    QTest::keyClick(&possible, Qt::Key_Down);
-    QTest::keyClick(&possible, Qt::Key_Down);
-  }
-  QTest::keyClick(&possible, Qt::Key_Space);
-  step();
-  QTest::keyClick(&possible, Qt::Key_Return);  // Sélectionner
-  step();
-  if (filters) {
-    // The filter outlives the refill; Ctrl+F from the selection goes to its own filter.
-    EXPECT_EQ(listShown(possible).rows.size(), 1u);
-    selected.setFocus(Qt::OtherFocusReason);
-    QTest::keyClick(&selected, Qt::Key_F, Qt::ControlModifier);
-    EXPECT_EQ(QApplication::focusWidget(), selectedFilter);
-    QTest::keyClicks(selectedFilter, QStringLiteral("aspi"));
-    EXPECT_EQ(countOf(w, "Compte_Selectionne"), QStringLiteral("1 sur 2 choisies · 1h05"));
-    QTest::keyClick(selectedFilter, Qt::Key_Down);
-  }
-  selected.setFocus(Qt::OtherFocusReason);
-  QTest::keyClick(&selected, Qt::Key_Return);  // the edit of the row under the caret
-  QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("25"));
-  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-  step();
-  if (filters) {
-    // Escape clears a filter, and every row is back in the control's order.
-    QTest::keyClick(selectedFilter, Qt::Key_Escape);
-    QTest::keyClick(possibleFilter, Qt::Key_Escape);
-    EXPECT_EQ(countOf(w, "Compte_Possible"), QStringLiteral("4 tâches"));
-  }
-  expectScreenShows(w, c);
-  c.MAJ_Enr();
-  out.record = toUtf8(c.W_Enr->r());
-  return out;
-}
-
-TEST(FilterJourney, WithTheFiltersTheControlAndTheHostEndAsWithout) {
-  TempAccount account;
-  putTaskCatalogue(account);
-  const Outcome without = journey(account, false);
-  const Outcome with = journey(account, true);
-  EXPECT_EQ(with, without);
-  EXPECT_EQ(without.steps.back().rows[0], row("Ménage", "Entretien", "Aspirateur", "25", ' '));
-  EXPECT_EQ(without.totals, (std::vector<double>{65, 70}));
-}
 
 // A catalogue of 32,767 acts; one in seven is done "à domicile", beyond the 25 characters
 // that the rows show of a label.

@@ -1,7 +1,7 @@
-// One planner's journey on the Qt widgets, the question box and the observations dialog,
-// by mouse and keyboard: the lists and totals written out by hand, the widgets showing
-// what the toolkit objects hold, the focus where the next key goes, and the host told of
-// each change of the total once.
+// One planner's journey on the Qt widgets, the filter lines, the question box and the
+// observations dialog, by mouse and keyboard: the lists and totals written out by hand, the
+// widgets showing what the toolkit objects hold, the focus where the next key goes, and
+// the host told of each change of the total once.
 #include <QScreen>
 
 #include "qt_support.h"
@@ -53,7 +53,7 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   int questions = 0;
   int dialogs = 0;
   int selections = 0;
-  std::vector<Snapshot> s;
+  std::vector<Step> s;
   std::vector<double> totals;  // as the host is told of them, once per gesture
   std::vector<bool> mandatory;
   QObject::connect(&w, &VelmoraWidget::totalChanged, [&](double t) { totals.push_back(t); });
@@ -63,7 +63,7 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   qt::ListBoxView& selected = listOf(c.Lst_Selectionne);
   auto* dureeSoin = viewOf<QLineEdit>(c.Txt_DureeSoin);
   const auto record = [&] {
-    s.push_back(snapshot(c));
+    s.push_back(step(c));
     SCOPED_TRACE("step " + std::to_string(s.size() - 1));
     expectScreenShows(w, c);
   };
@@ -81,6 +81,8 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   key(&possible, Qt::Key_Down);
   key(&possible, Qt::Key_Down);
   key(&possible, Qt::Key_Space);
+  key(&possible, Qt::Key_R);  // no filter shown: a letter moves nothing
+  EXPECT_EQ(possible.caretRow(), 2);
   record();
   // Tab order: Cmd_Select comes just before Lst_Possible; after it the planner goes on there.
   possible.setFocus(Qt::TabFocusReason);
@@ -89,9 +91,22 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   key(QApplication::focusWidget(), Qt::Key_Space);
   EXPECT_EQ(QApplication::focusWidget(), &possible);
   record();
-  key(&possible, Qt::Key_End);
+  // A letter typed in the list goes on in its filter, case and accents aside; Down goes back
+  // to the rows it shows, Return is Sélectionner, and the filter outlives the refill.
+  w.setFiltersVisible(true);
+  auto* possibleFilter = w.findChild<QLineEdit*>(QStringLiteral("Filtre_Possible"));
+  QTest::keyClicks(&possible, QStringLiteral("DÉJ"));
+  EXPECT_EQ(QApplication::focusWidget(), possibleFilter);
+  EXPECT_EQ(listShown(possible).rows,
+            (std::vector{catalogueRow("Repas", "Cuisine", "Déjeuner", "30")}));
+  EXPECT_EQ(countOf(w, "Compte_Possible"), QStringLiteral("1 sur 4 tâches"));
+  key(possibleFilter, Qt::Key_Down);
+  EXPECT_EQ(QApplication::focusWidget(), &possible);
   key(&possible, Qt::Key_Space);
-  key(&possible, Qt::Key_Return);  // Sélectionner
+  key(&possible, Qt::Key_Return);
+  EXPECT_EQ(listShown(possible).rows.size(), 1u);
+  key(possibleFilter, Qt::Key_Escape);  // every row back, in the control's order
+  EXPECT_EQ(countOf(w, "Compte_Possible"), QStringLiteral("4 tâches"));
   record();
   // The edit takes the focus with the duration chosen, ready to be typed over.
   QTest::mouseDClick(selected.viewport(), Qt::LeftButton, {}, selected.rowRect(0).center());
@@ -112,15 +127,21 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   EXPECT_EQ(QApplication::focusWidget(), &selected);
   EXPECT_EQ(selected.caretRow(), 0);
   record();
-  // Down to Repassage, Return opens its edit, Escape is Annuler: nothing changes, and the
-  // caret stays on the row.
-  key(&selected, Qt::Key_Down);
+  // Ctrl+F goes to the selection's filter; Down back to the one row it shows, Repassage,
+  // whose edit Return opens; Escape is Annuler: nothing changes, the caret stays on the row.
+  auto* selectedFilter = w.findChild<QLineEdit*>(QStringLiteral("Filtre_Selectionne"));
+  QTest::keyClick(&selected, Qt::Key_F, Qt::ControlModifier);
+  EXPECT_EQ(QApplication::focusWidget(), selectedFilter);
+  QTest::keyClicks(selectedFilter, QStringLiteral("linge"));
+  EXPECT_EQ(countOf(w, "Compte_Selectionne"), QStringLiteral("1 sur 3 choisies · 1h40"));
+  key(selectedFilter, Qt::Key_Down);
   key(&selected, Qt::Key_Return);
   EXPECT_EQ(QApplication::focusWidget(), dureeSoin);
   EXPECT_EQ(dureeSoin->selectedText(), QStringLiteral("45"));
   key(dureeSoin, Qt::Key_Escape);
   EXPECT_EQ(QApplication::focusWidget(), &selected);
   EXPECT_EQ(selected.caretRow(), 1);
+  key(selectedFilter, Qt::Key_Escape);
   record();
   // An edit the host opens on another row: when it ends, the caret goes to that row.
   c.Lst_Selectionne.doubleClick(0);
@@ -191,26 +212,26 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   EXPECT_EQ(mandatory, (std::vector<bool>{true, false}));
   EXPECT_EQ(selections, 6);  // Init, Select, Return, OK, the observation, Yes: not No nor Annuler
 
-  EXPECT_EQ(s[0].possible.front(), row("Ménage", "Entretien", "Aspirateur", "20"));
+  EXPECT_EQ(s[0].possible.front(), catalogueRow("Ménage", "Entretien", "Aspirateur", "20"));
   EXPECT_EQ(s[1].marked, (std::vector<int>{0, 2}));
-  EXPECT_EQ(s[2].rows.back(), row("Ménage", "Linge", "Repassage", "45", ' '));
+  EXPECT_EQ(s[2].rows.back(), selectedRow("Ménage", "Linge", "Repassage", false, "45"));
   EXPECT_EQ(s[2].duree, "1h05");
   EXPECT_TRUE(s[2].imperative);
-  EXPECT_EQ(s[3].rows.back(), row("Repas", "Cuisine", "Déjeuner", "30", ' '));
+  EXPECT_EQ(s[3].rows.back(), selectedRow("Repas", "Cuisine", "Déjeuner", false, "30"));
   EXPECT_EQ(s[4].dureeSoin, "20");
   EXPECT_EQ(s[4].current, 0);
-  EXPECT_EQ(s[4].enabled, (std::vector<bool>{true, true, true, true, true, true, false}));
-  EXPECT_EQ(s[5].rows[0], row("Ménage", "Entretien", "Aspirateur", "25", ' '));
+  EXPECT_EQ(s[4].buttons, "1111110");
+  EXPECT_EQ(s[5].rows[0], selectedRow("Ménage", "Entretien", "Aspirateur", false, "25"));
   EXPECT_EQ(s[5].total, "100");
   EXPECT_EQ(s[5].current, -1);
   EXPECT_EQ(s[6], s[5]);  // Annuler: nothing changes
-  EXPECT_EQ(s[7].rows[1], row("Ménage", "Linge", "Repassage", "45", 'X'));
+  EXPECT_EQ(s[7].rows[1], selectedRow("Ménage", "Linge", "Repassage", true, "45"));
   // Lines end as the host platform writes them.
   EXPECT_EQ(s[7].obs, (std::vector<std::string>{"", "Linge\r\nfragile", ""}));
   EXPECT_EQ(s[7].current, 1);
   EXPECT_EQ(s[8], s[7]);  // the dialog's Annuler: nothing changes
   EXPECT_EQ(s[9], s[7]);  // answered No: nothing changes
-  EXPECT_EQ(s[10].rows.back(), row("Repas", "Cuisine", "Déjeuner", "30", ' '));
+  EXPECT_EQ(s[10].rows.back(), selectedRow("Repas", "Cuisine", "Déjeuner", false, "30"));
   EXPECT_EQ(s[10].total, "55");
   EXPECT_FALSE(s[10].imperative);
 }

@@ -1,13 +1,9 @@
-// What the widget tests share: an account with a small task catalogue, a snapshot of
-// everything a journey touches, the planner's hand on real widgets, and one fixture.
+// What the widget tests share, beside the control tests' fixture: an account with a small
+// task catalogue, a step of everything a journey touches, the planner's hand on real
+// widgets, and one fixture.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include <QAccessible>
 #include <QApplication>
@@ -21,60 +17,26 @@
 #include <QTest>
 #include <QTimer>
 
-#include <velmora/control/ctr_velmora_new.h>
 #include <velmora/qt/velmora_widget.h>
-#include "control/inspection.h"
+#include "control/fixture.h"
 #include "qt/velmora_widget_private.h"
-#include "support/account.h"
-#include "support/rows.h"
 
 namespace velmora::testing {
 
-// Three columns, then the duration in seven, or (a selection row) the observation marker
-// and the duration in six.
-inline std::string row(std::string_view c1, std::string_view c2, std::string_view c3,
-                       std::string_view minutes, char marker = 0) {
-  const std::string columns = col(c1) + col(c2) + col(c3);
-  return marker == 0 ? columns + right(minutes, 7) : columns + marker + right(minutes, 6);
-}
-
-// The children an edit enables and disables, in the order of Snapshot::enabled.
-inline std::vector<const toolkit::Control*> editChildren(const Ctr_VelmoraNew& c) {
-  return {&c.Cmd_Select,         &c.Cmd_Obs,       &c.Cmd_SupprVelmora, &c.Cmd_OKVelmora,
-          &c.Cmd_AnnulerVelmora, &c.Txt_DureeSoin, &c.Lst_Selectionne};
-}
-
-// Everything a step of a journey can change, read from the toolkit objects.
-struct Snapshot {
-  std::vector<std::string> possible, rows, codes, obs;
+// Everything a step of a journey can change: what the control's tests compare of the
+// selection, and the proposal's rows and marks and the edited duration.
+struct Step : Snapshot {
+  Rows possible;
   std::vector<int> marked;
-  std::string duree, dureeSoin, total;
-  int current = -1;
-  bool imperative = false;
-  std::vector<bool> enabled;  // of editChildren
-  friend bool operator==(const Snapshot&, const Snapshot&) = default;
+  std::string dureeSoin;
+  friend bool operator==(const Step&, const Step&) = default;
 };
 
-inline Snapshot snapshot(const Ctr_VelmoraNew& c) {
-  Snapshot s;
+inline Step step(const Ctr_VelmoraNew& c) {
+  Step s{snapshot(c), items(c.Lst_Possible), {}, toUtf8(c.Txt_DureeSoin.getText())};
   for (int i = 0; i < c.Lst_Possible.ListCount(); ++i) {
-    s.possible.push_back(toUtf8(c.Lst_Possible.List(i)));
     if (c.Lst_Possible.Selected(i)) s.marked.push_back(i);
   }
-  const RecordRef& obs = CtrInspector(c).Variable().R_Obs;
-  for (int i = 0; i < c.Lst_Selectionne.ListCount(); ++i) {
-    s.rows.push_back(toUtf8(c.Lst_Selectionne.List(i)));
-    s.obs.push_back(obs ? toUtf8(obs->r(i + 1)) : "<none>");
-  }
-  for (int i = 0; i < c.Lst_CodeSelect.ListCount(); ++i) {
-    s.codes.push_back(toUtf8(c.Lst_CodeSelect.List(i)));
-  }
-  s.duree = toUtf8(c.Txt_Duree.getText());
-  s.dureeSoin = toUtf8(c.Txt_DureeSoin.getText());
-  s.total = toUtf8(c.W_Total.toText());
-  s.current = c.Lst_Selectionne.ListIndex();
-  s.imperative = c.Etq_Imperativite.Visible();
-  for (const toolkit::Control* child : editChildren(c)) s.enabled.push_back(child->Enabled());
   return s;
 }
 
@@ -105,7 +67,7 @@ inline ListShown listShown(const qt::ListBoxView& view) {
 // edit's children are enabled.
 inline void expectScreenShows(const qt::VelmoraWidget& w, const Ctr_VelmoraNew& c) {
   QCoreApplication::processEvents();
-  const Snapshot s = snapshot(c);
+  const Step s = step(c);
   const std::vector<int> current = s.current < 0 ? std::vector<int>{} : std::vector<int>{s.current};
   EXPECT_EQ(listShown(*qt::listViewOf(w, c.Lst_Possible)),
             (ListShown{s.possible, s.marked, s.marked}));
@@ -122,8 +84,13 @@ inline void expectScreenShows(const qt::VelmoraWidget& w, const Ctr_VelmoraNew& 
   EXPECT_EQ(w.view(c.Etq_Imperativite)->isVisibleTo(&w), s.imperative);
   const auto children = editChildren(c);
   for (std::size_t i = 0; i < children.size(); ++i) {
-    EXPECT_EQ(w.view(*children[i])->isEnabled(), s.enabled[i]) << children[i]->name();
+    EXPECT_EQ(w.view(*children[i])->isEnabled(), s.buttons[i] == '1') << children[i]->name();
   }
+}
+
+// The text of a count beside a filter line.
+inline QString countOf(const qt::VelmoraWidget& w, const char* name) {
+  return w.findChild<QLabel*>(QString::fromUtf8(name))->text();
 }
 
 // The journeys' catalogue: two types, three groups, four tasks, Repassage mandatory; the

@@ -12,28 +12,21 @@ namespace {
 using qt::VelmoraWidget;
 using Control = std::function<void(Ctr_VelmoraNew&)>;
 
-// The four tasks of the catalogue proposed; two of them marked; Aspirateur and Repassage
+// The four tasks of the catalogue proposed, two of them marked; Aspirateur and Repassage
 // selected; the duration of the first (20) under edit.
-void proposeAll(Ctr_VelmoraNew& c) {
+const Control markTwo = [](Ctr_VelmoraNew& c) {
+  for (const int r : {1, 3}) c.Lst_Possible.click(r);
+};
+const Control selectTwo = [](Ctr_VelmoraNew& c) {
   c.Cac_TouteTache.toggle();
-}
-void markTwo(Ctr_VelmoraNew& c) {
-  c.Lst_Possible.click(1);
-  c.Lst_Possible.click(3);
-}
-void selectTwo(Ctr_VelmoraNew& c) {
-  proposeAll(c);
-  c.Lst_Possible.click(0);
-  c.Lst_Possible.click(2);
+  for (const int r : {0, 2}) c.Lst_Possible.click(r);
   c.Cmd_Select.press();
-}
-void editFirst(Ctr_VelmoraNew& c) {
+};
+const Control editFirst = [](Ctr_VelmoraNew& c) {
   selectTwo(c);
   c.Lst_Selectionne.doubleClick(0);
-}
-void clickSecond(Ctr_VelmoraNew& c) {
-  c.Lst_Selectionne.click(1);
-}
+};
+const Control clickSecond = [](Ctr_VelmoraNew& c) { c.Lst_Selectionne.click(1); };
 
 // What a screen reader does to a row of the selection: its toggle action.
 void toggleSecond(VelmoraWidget& w, Ctr_VelmoraNew& c) {
@@ -60,7 +53,7 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   const std::vector<Route> routes{
       {"unmark: host clears the selection model",
        [](auto& c) {
-         proposeAll(c);
+         c.Cac_TouteTache.toggle();
          markTwo(c);
        },
        [](auto& w, auto& c) { qt::listViewOf(w, c.Lst_Possible)->clearSelection(); }, markTwo},
@@ -91,14 +84,14 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
   putTaskCatalogue(account);
   for (const Route& route : routes) {
     SCOPED_TRACE(route.name);
-    Snapshot expected;
+    Step expected;
     {
       Session headless;
       Ctr_VelmoraNew c(headless);
       initClient(c, account);
       if (route.before) route.before(c);
       route.headless(c);
-      expected = snapshot(c);
+      expected = step(c);
     }
     Session shown;
     Ctr_VelmoraNew c(shown);
@@ -110,7 +103,7 @@ TEST(Routes, EveryRouteToAChildIsThePlannersGestureAndTheScreenFollows) {
     w.refreshLists();
     route.onScreen(w, c);
     QCoreApplication::processEvents();
-    EXPECT_EQ(snapshot(c), expected);
+    EXPECT_EQ(step(c), expected);
     expectScreenShows(w, c);
   }
 }

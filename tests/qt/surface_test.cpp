@@ -1,5 +1,5 @@
 // The control on screen: its children at their place, with their caption, font, colours
-// and visibility, and the captions that Init rewrites.
+// and visibility, the captions that Init rewrites, and the list columns to the pixel.
 #include <tuple>
 
 #include <QGroupBox>
@@ -62,6 +62,11 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaptionA
   EXPECT_EQ(w.view(c.Txt_Duree)->palette().color(QPalette::Disabled, QPalette::Base),
             QColor(192, 192, 255));
   EXPECT_EQ(w.view(c.Txt_Barre1)->palette().color(QPalette::Base), QColor(64, 64, 64));
+  // Init rewrites the captions for the care vocabulary, and unticks: the screen follows.
+  initClient(c, account, u"SSIAD");
+  EXPECT_EQ(viewOf<QLabel>(c.Etq_Pos1)->text(), QStringLiteral("Regroupement"));
+  EXPECT_EQ(captionOf(w.view(c.Cac_TouteTache)), QStringLiteral("Afficher tous les soins"));
+  EXPECT_FALSE(viewOf<QCheckBox>(c.Cac_TouteTache)->isChecked());
 }
 
 // The rows stand under their headings, as with Courier New 8.25 pt on a 96-dpi screen:
@@ -115,16 +120,6 @@ TEST_F(Surface, ListColumnsStandUnderTheirHeadingsToThePixelAndNothingIsClipped)
     }
     EXPECT_LE(child->fontMetrics().horizontalAdvance(caption), room)
         << child->objectName().toStdString();
-  }
-}
-
-TEST_F(Surface, InitRewritesTheCaptionsOnScreenForEachKind) {
-  for (const bool care : {true, false}) {
-    initClient(c, account, care ? u"SSIAD" : u"AUTRE");
-    EXPECT_EQ(viewOf<QLabel>(c.Etq_Pos1)->text(), care ? "Regroupement" : "Type");
-    EXPECT_EQ(viewOf<QCheckBox>(c.Cac_TouteTache)->text(),
-              care ? "Afficher tous les soins" : QStringLiteral("Afficher toutes les tâches"));
-    EXPECT_FALSE(viewOf<QCheckBox>(c.Cac_TouteTache)->isChecked());
   }
 }
 

@@ -59,38 +59,35 @@ std::string criteria(const Ctr_VelmoraNew& ctl) {
   return out + " " + toUtf8(in.W_DateCle());
 }
 
+// A form of Code with the criteria it gives and what the caller gets back; the keys are
+// given with the date 23/11/2026 alone and give back no date.
 struct Form {
-  std::string code, dateDeb, dateFin, heureDe, heureA, jour;
-  std::string codeBack, dateDebBack;  // what the caller gets back
-  std::string criteria;
+  std::string code, codeBack, criteria;
+  std::string dateDeb = "23/11/2026", dateDebBack{}, dateFin{}, heureDe{}, heureA{}, jour{};
 };
 
 TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
-  const std::string d = "23/11/2026";
+  const std::string d = "23/11/2026", detail = "00001|23/11/2026|31/12/2026|0850|1000|";
   const std::vector<Form> forms{
-      {"00001", d, "31/12/2026", "08:30", "10:00", "0100000", "00001", d,
-       "00001|23/11/2026|31/12/2026|08:30|10:00|0100000|000 "},
+      {"00001", "00001", "00001|23/11/2026|31/12/2026|08:30|10:00|0100000|000 ", d, d, "31/12/2026",
+       "08:30", "10:00", "0100000"},
       // The floating flag goes wherever it stood: the last four characters are cut.
-      {"00001FLOT", d, "", "8.5", "10", "101000", "00001", d,
-       "00001|23/11/2026||8.5|10|101000|001 "},
-      {"FLOT00001", "", "", "", "", "", "FLOT0", "", "FLOT0||||||001 "},
+      {"00001FLOT", "00001", "00001|23/11/2026||8.5|10|101000|001 ", d, d, "", "8.5", "10",
+       "101000"},
+      {"FLOT00001", "FLOT0", "FLOT0||||||001 ", ""},
       // A detail key gives one day of seven, or of six with the flag; the time has four.
-      {kDetailKey, d, "", "", "", "", kDetailKey, "",
-       "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
-      {kDetailKey + "07", d, "", "", "", "", kDetailKey + "07", "",
-       "00001|23/11/2026|31/12/2026|0850|1000|0001000|100 21512"},
-      {kDetailKey + "FLOT", d, "", "", "", "", kDetailKey, "",
-       "00001|23/11/2026|31/12/2026|0850|1000|000100|101 21512"},
+      {kDetailKey, kDetailKey, detail + "0001000|100 21512"},
+      {kDetailKey + "07", kDetailKey + "07", detail + "0001000|100 21512"},
+      {kDetailKey + "FLOT", kDetailKey, detail + "000100|101 21512"},
       // A day that is no number sets every day.
-      {kOddDayKey, d, "", "", "", "", kOddDayKey, "",
-       "00001|23/11/2026|31/12/2026|0850|1000|1111111|100 21512"},
+      {kOddDayKey, kOddDayKey, detail + "1111111|100 21512"},
       // Template keys read 17 or 16 characters and keep their mark for the caller.
-      {kTemplateKey + "SEMTYPE", d, "", "", "", "", kTemplateKey + "SEMTYPE", "",
+      {kTemplateKey + "SEMTYPE", kTemplateKey + "SEMTYPE",
        "00001|23/11/2026|30/06/2027|0850|0930|0010000|110 21512"},
-      {kFloatingKey + "SEMTYPEFLOT", d, "", "", "", "", kFloatingKey + "SEMTYPEFLOT", "",
+      {kFloatingKey + "SEMTYPEFLOT", kFloatingKey + "SEMTYPEFLOT",
        "00001|23/11/2026||0850|1130|101010|111 21512"},
       // The floating days look at the digits 0 to 5 only.
-      {kFloatingKey2 + "SEMTYPEFLOT", d, "", "", "", "", kFloatingKey2 + "SEMTYPEFLOT", "",
+      {kFloatingKey2 + "SEMTYPEFLOT", kFloatingKey2 + "SEMTYPEFLOT",
        "00001|23/11/2026||0900|1130|010001|111 21512"},
   };
   // The key's date stays from one Init to the next: the forms without a key come first.
@@ -115,7 +112,7 @@ TEST_F(Init, EachFormOfCodeGivesItsCriteriaInBothVocabularies) {
   ctl.Init(a);
   EXPECT_EQ(criteria(ctl), "00001|23/11/2026||0850||0001000|100 21512");
   EXPECT_EQ(captions(), kCareCaptions);
-  EXPECT_TRUE(slots().F_DetailsInterv.empty() && slots().R_DetailsInterv.empty());
+  EXPECT_TRUE(variable().F_DetailsInterv.empty() && variable().R_DetailsInterv.empty());
 }
 
 TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
@@ -123,8 +120,8 @@ TEST_F(Init, ResetsTheListsTheTotalAndTheButtonsButNotTheHostsSlots) {
        {&ctl.Lst_Selectionne, &ctl.Lst_CodeSelect, &ctl.Lst_Possible, &ctl.Lst_CodePos}) {
     l->AddItem(u"old");
   }
-  slots().R_Obs = newRecord();
-  slots().R_Obs->set(1, u"old observation");
+  variable().R_Obs = newRecord();
+  variable().R_Obs->set(1, u"old observation");
   ctl.Etq_Imperativite.setVisible(true);
   ctl.W_Total = Currency::whole(75);
   ctl.Txt_Duree.setText(u"75");

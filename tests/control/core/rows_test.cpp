@@ -99,10 +99,10 @@ class Mandatory : public ControlTest {
   std::string ask(std::initializer_list<const char16_t*> codes) {
     ctl.Lst_CodeSelect.Clear();
     for (const char16_t* code : codes) ctl.Lst_CodeSelect.AddItem(code);
-    const auto before = statistics(slots().TheDatabase).decodedRecords;
+    const auto before = statistics(variable().TheDatabase).decodedRecords;
     const bool answer = ctl.AuMoinsUneTacheImperative() == kTrue;
     return std::to_string(answer) + " after " +
-           std::to_string(statistics(slots().TheDatabase).decodedRecords - before);
+           std::to_string(statistics(variable().TheDatabase).decodedRecords - before);
   }
 };
 
@@ -114,7 +114,7 @@ TEST_F(Mandatory, OnlyAnUpperCaseOCountsAndTheWalkStopsAtTheFirst) {
   // A task gone from the catalogue is not mandatory and the walk goes on.
   EXPECT_EQ(ask({u"Disparue", u"Lever"}), "1 after 1");
   // Without the files the failure reaches the caller.
-  slots().F_Tache.reset();
+  variable().F_Tache.reset();
   EXPECT_EQ(failureNumber([&] { ctl.AuMoinsUneTacheImperative(); }), errors::kObjectNotSet);
   // Care acts are never mandatory, and nothing is read for them.
   init("SSIAD", "00009", "");

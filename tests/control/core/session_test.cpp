@@ -26,11 +26,6 @@ const std::vector<std::vector<std::string>> kNorth{{"010101", "Toilette complèt
                                                    {"010102", "Change", "10"}};
 const std::vector<std::vector<std::string>> kSouth{{"010109", "Pansement", "20"}};
 
-// What a planner sees proposed: the act of each row (sorted by name), by its code beside it.
-Rows proposed(const Ctr_VelmoraNew& c) {
-  return items(c.Lst_CodePos);
-}
-
 // Init of a bare client code on the control's store, then the care catalogue.
 void showCatalogue(Ctr_VelmoraNew& c) {
   InitArguments a{u"SSIAD", u"00001", u"23/11/2026", u"", u"0800", u"0900", u"1000000"};
@@ -63,7 +58,7 @@ TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
   const auto run = [](Ctr_VelmoraNew& c, std::vector<Rows>& seen) {
     for (int i = 0; i < 20; ++i) {
       showCatalogue(c);
-      seen.push_back(proposed(c));
+      seen.push_back(items(c.Lst_CodePos));  // the acts proposed, sorted by name
     }
   };
   std::thread first(run, std::ref(north), std::ref(northSeen));
@@ -80,8 +75,8 @@ TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
   south.Init(b);
   north.Remplir_Soins();
   south.Remplir_Soins();
-  EXPECT_EQ(proposed(north), (Rows{"010102", "010101"}));
-  EXPECT_EQ(proposed(south), (Rows{"010109"}));
+  EXPECT_EQ(items(north.Lst_CodePos), (Rows{"010102", "010101"}));
+  EXPECT_EQ(items(south.Lst_CodePos), (Rows{"010109"}));
 
   // A gesture works on its own control's session: the selection's observations go there.
   south.Lst_Possible.click(0);
@@ -95,9 +90,9 @@ TEST_F(Sessions, TwoControlsOnTheirOwnSessionsEachProposeTheirOwnStore) {
   EXPECT_TRUE(CtrInspector(north).Variable().TheDatabase.empty());
   EXPECT_FALSE(CtrInspector(south).Variable().TheDatabase.empty());
   south.Remplir_Soins();
-  EXPECT_EQ(proposed(south), (Rows{"010109"}));
+  EXPECT_EQ(items(south.Lst_CodePos), (Rows{"010109"}));
   north.Remplir_Soins();
-  EXPECT_TRUE(proposed(north).empty());
+  EXPECT_TRUE(items(north.Lst_CodePos).empty());
   // Its failure is kept in its own session's error object.
   EXPECT_EQ(CtrInspector(north).Err().Number, errors::kObjectNotSet);
   EXPECT_NE(CtrInspector(south).Err().Number, errors::kObjectNotSet);
@@ -114,14 +109,14 @@ TEST(DefaultSession, TwoControlsShareTheConnectionAndItsRelease) {
   first.TheDatabase(store.account.open());
   showCatalogue(first);
   showCatalogue(second);  // no TheDatabase of its own
-  EXPECT_EQ(proposed(first), (Rows{"010102", "010101"}));
-  EXPECT_EQ(proposed(second), (Rows{"010102", "010101"}));
+  EXPECT_EQ(items(first.Lst_CodePos), (Rows{"010102", "010101"}));
+  EXPECT_EQ(items(second.Lst_CodePos), (Rows{"010102", "010101"}));
   EXPECT_EQ(&CtrInspector(first).session(), &CtrInspector(second).session());
 
   second.Vider_liste();
   EXPECT_TRUE(shared.Variable.TheDatabase.empty());
   first.Remplir_Soins();
-  EXPECT_TRUE(proposed(first).empty());
+  EXPECT_TRUE(items(first.Lst_CodePos).empty());
   shared.clear();
 }
 

@@ -167,7 +167,7 @@ TEST_F(WholeCase, TheDayTheKindAndTheVocabularyDecideWhatIsSelected) {
     EXPECT_EQ(ctl.W_AfficheTache, *c.codesPos == '\0' ? kFalse : kTrue);
     EXPECT_EQ(words(items(ctl.Lst_CodePos)), c.codesPos);
     EXPECT_EQ(words(items(ctl.Lst_CodeSelect)), c.codesSel);
-    EXPECT_EQ(attributes(slots().R_Obs, static_cast<int>(c.obs.size())), c.obs);
+    EXPECT_EQ(attributes(variable().R_Obs, static_cast<int>(c.obs.size())), c.obs);
     EXPECT_EQ(toUtf8(ctl.Txt_Duree.getText()), c.duree);
   }
   expectShown(proposed("020101:10 010102:15 010101:30 010103:25*"), "010102:15 010101:30!", "0h45");
@@ -218,7 +218,7 @@ TEST_F(SearchJourney, DecimalHoursAndMinutesMatchTheSlotAtEitherEnd) {
     parameter[19] = {c.decimal};
     account.put("TPSPARAM", "1", parameter);
     search("AUTRE", "0010000", kClient, c.heureDe, c.heureA, c.dateFin);
-    EXPECT_EQ(words(slots().R_TableSelection), c.selected);
+    EXPECT_EQ(words(variable().R_TableSelection), c.selected);
   }
 }
 
@@ -230,8 +230,8 @@ TEST_F(SearchJourney, FloatingSearchesSelectByTheDaysOfEachTemplateAndMarkEveryR
   putFloating("0700", {"0900", "A", {"A"}, {"5"}, {""}, "2"});  // ends as the slot starts
   // Day 2 and the seventh position set: the template of day 6 never matches.
   search("AUTRE", "0010001", kClient + "FLOT");
-  EXPECT_EQ(words(slots().R_TablePossible), "A:5 C:50 D:25 B:20");
-  EXPECT_EQ(words(slots().R_TableSelection), "A:5: C:50: D:25:obs D");
+  EXPECT_EQ(words(variable().R_TablePossible), "A:5 C:50 D:25 B:20");
+  EXPECT_EQ(words(variable().R_TableSelection), "A:5: C:50: D:25:obs D");
   EXPECT_EQ(words(items(ctl.Lst_CodePos)), "A B C D");
   expectShown(proposed("A:5* B:20* C:50* D:25*"), "A:5 C:50 D:25!", "1h20");
   EXPECT_EQ(toUtf8(ctl.W_Total.toText()), "80");
@@ -244,7 +244,7 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   for (const std::string& code : {kClient, kClient + "FLOT"}) {
     search("AUTRE", "0010000", code, "09:00", "");
     EXPECT_EQ(ctl.W_AfficheTache, kFalse) << code;
-    EXPECT_TRUE(slots().R_TableDurees.empty() && slots().R_TablePossible.empty()) << code;
+    EXPECT_TRUE(variable().R_TableDurees.empty() && variable().R_TablePossible.empty()) << code;
   }
   account.remove("TPSSEMAINETYPE", fixedKey('2', "0900"));
   account.remove("TPSSEMAINETYPEFLOT", floatingKey("0900"));
@@ -256,7 +256,7 @@ TEST_F(SearchJourney, WithoutTemplatesTheClientsListsOrTheCareCatalogueStandIn) 
   for (const std::string& code : {kClient, kClient + "FLOT"}) {  // fixed or floating search
     search("AUTRE", "0000001", code);
     EXPECT_EQ(ctl.W_AfficheTache, kFalse);
-    EXPECT_EQ(words(slots().R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
+    EXPECT_EQ(words(variable().R_TableDurees), "B:30 ZZ:5 C: E:9 A:12");
     expectShown(catalogue("A:12 B:30 C:"), "", "");
   }
 
@@ -287,11 +287,11 @@ TEST_F(Consultation, ADetailKeyShowsItsItemsBesideTheListValidAtItsDate) {
   account.put("TPSDETAILSINTERV", detailKey, detail);
   init("AUTRE", detailKey, "23/11/2026");  // a full key: the consultation runs
   // The list of 01/11 alone; "0" and "" are passed over without a gap.
-  EXPECT_EQ(words(slots().R_TableDurees), "B:30 C: A:40 A:50");
+  EXPECT_EQ(words(variable().R_TableDurees), "B:30 C: A:40 A:50");
   // ZZ has no task record: left out, and the observations stay with their rows.
   expectShown(chosen("A:40 A:50 B:30 C:"), "A:! C:10", "0h10");
   EXPECT_EQ(items(ctl.Lst_CodeSelect), (Rows{"A", "C"}));
-  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"obs A", ""}));
+  EXPECT_EQ(attributes(variable().R_Obs, 2), (Rows{"obs A", ""}));
   EXPECT_EQ(ctl.W_AfficheTache, kFalse);
   EXPECT_TRUE(ctl.Cac_TouteTache.Enabled());
   // Ticking and unticking brings the key's list back, the selection untouched.
@@ -331,11 +331,11 @@ TEST_F(Consultation, TemplateKeysShowTheirItemsAndCareShowsTheCatalogue) {
   EXPECT_EQ(ctl.Cac_TouteTache.Value(), 1);
   EXPECT_FALSE(ctl.Cac_TouteTache.Enabled());
   expectShown(catalogue("020101:45 010102:10 010103:20 010101:30"), "020101:15 010101:30!", "0h45");
-  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"", "Sonner deux fois"}));
+  EXPECT_EQ(attributes(variable().R_Obs, 2), (Rows{"", "Sonner deux fois"}));
   putFloating("0900", {"1000", "A", {"D", "A"}, {"25", "5"}, {"obs D", ""}, "24"});
   init("AUTRE", floatingKey("0900") + "SEMTYPEFLOT", "23/11/2026");
   EXPECT_EQ(items(ctl.Lst_Selectionne), chosen("A:5 D:25!"));
-  EXPECT_EQ(attributes(slots().R_Obs, 2), (Rows{"", "obs D"}));
+  EXPECT_EQ(attributes(variable().R_Obs, 2), (Rows{"", "obs D"}));
 }
 
 }  // namespace

@@ -233,8 +233,8 @@ TEST_F(Observations, WithNoCurrentRowTheDialogOpensOnAnEmptyRowAndOnlyCancelClos
     EXPECT_FALSE(services->hasPendingAnswers());
     EXPECT_EQ(shown, ok ? u"||||open" : u"||||");
     EXPECT_EQ(okFailure, ok ? errors::kInvalidCall : 0);
-    EXPECT_EQ(slots().N_LigneObs, 0);
-    EXPECT_EQ(slots().R_Obs->r(), u"");
+    EXPECT_EQ(variable().N_LigneObs, 0);
+    EXPECT_EQ(variable().R_Obs->r(), u"");
     EXPECT_EQ(snapshot(ctl), before);
   }
   EXPECT_EQ(services->modalShows(), shows + 2);
@@ -252,7 +252,7 @@ TEST_F(Removal, ObservationsAndEditedDurationsGoWithTheirRows) {
   EXPECT_EQ(snapshot(ctl).rows, (Rows{sel(0, true, "10"), sel(3), sel(1), sel(2, true)}));
   remove(0);
   EXPECT_EQ(snapshot(ctl), chosen({{3}, {1}, {2, "C"}}, "0h45", "45", kDone));
-  EXPECT_EQ(slots().R_Obs->r(), u"\uF8FE\uF8FEC");
+  EXPECT_EQ(variable().R_Obs->r(), u"\uF8FE\uF8FEC");
   remove(0);
   remove(0);
   EXPECT_EQ(snapshot(ctl).total, "0");
@@ -312,7 +312,7 @@ TEST_F(WayOut, ViderTacheEmptiesTheSelectionAndViderListeEverything) {
   ctl.Vider_Tache();
   // The host's total stays until the next operation sets it.
   EXPECT_EQ(snapshot(ctl), chosen({}, "", "55", kClicked));
-  EXPECT_EQ(slots().R_Obs->r(), u"");
+  EXPECT_EQ(variable().R_Obs->r(), u"");
   EXPECT_EQ(ctl.Lst_CodePos.ListCount(), 6);
   select({2, 1});
   EXPECT_EQ(snapshot(ctl), chosen({{1}, {2}}, "0h40", "40", kClicked));
