@@ -78,6 +78,7 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
       "init AUTRE 00001 23/11/2026 \"\" 08:30 10:00 1000000\n"
       "press ok\n"
       "mark\tpossible 1\t# tabs part words as spaces do\n"
+      "mark possible 0\n"
       "click selected 9\n"
       "click selected 0\n"
       "observation \"Par la porte de derrière\" close ok\n"
@@ -100,11 +101,11 @@ TEST_F(Journey, TheCloseBoxDoesNotCloseTheDialogAndAQuestionNeedsAnAnswer) {
   EXPECT_EQ(message(0), "error 91: object not set: no W_Enr to show; run host maj-enr first");
   EXPECT_EQ(message(1), "Cmd_OKVelmora is disabled: nothing happens");
   EXPECT_EQ(message(2), "Lst_Selectionne has no row 9: nothing happens");
-  EXPECT_EQ(j["messages"][3]["line"], 9);
+  EXPECT_EQ(j["messages"][3]["line"], 10);
   EXPECT_NE(message(3).find("no answer was scripted"), std::string::npos);
   EXPECT_EQ(state["Lst_CodeSelect"].size(), 4u);  // the removal did not happen
   // What the planner saw: the mark, the question left unanswered, the dialog's boxes.
-  EXPECT_EQ(state["marked"], Json::array({1}));
+  EXPECT_EQ(state["marked"], Json::array({0, 1}));
   EXPECT_EQ(state["questions"],
             Json::parse(R"([{"text": "Etes-vous sûr de vouloir supprimer cette tâche ?",
                              "title": "Message TALVERANE", "style": 36, "answer": null}])"));
