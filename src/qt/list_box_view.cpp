@@ -5,6 +5,7 @@
 #include "qt/list_box_view.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <QCoreApplication>
@@ -47,6 +48,9 @@ ListBoxView::ListBoxView(toolkit::ListBox& list, QWidget* parent)
   // Rows of fixed-width columns must stand under their headings.
   if (list.font) setFont(withCharacterCell(font()));
   subscription_ = follow(*this, list);
+  // A filter typed or cleared keeps the caret on its row, not on its place in the view.
+  connect(model_, &QAbstractItemModel::modelAboutToBeReset, this,
+          [this] { caretBeforeReset_ = caret_ >= 0 ? model_->listRow(viewCaret()) : -1; });
   connect(model_, &ListBoxModel::refreshed, this, [this] {
     followCurrentRow();
     showMarks();
@@ -122,8 +126,12 @@ QRect ListBoxView::rowRect(int row) const {
 }
 
 void ListBoxView::followCurrentRow() {
-  const int row = model_->viewRow(list_.ListIndex());
-  if (row >= 0) placeViewCaret(row);
+  const int before = std::exchange(caretBeforeReset_, -1);
+  if (const int row = model_->viewRow(list_.ListIndex()); row >= 0) {
+    placeViewCaret(row);
+  } else if (const int kept = before >= 0 ? model_->viewRow(before) : -1; kept >= 0) {
+    placeViewCaret(kept);
+  }
   if (caret_ >= model_->rowCount()) placeViewCaret(model_->rowCount() - 1);
 }
 

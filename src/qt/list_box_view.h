@@ -53,8 +53,9 @@ class ListBoxView : public QListView {
 
   toolkit::ListBox& list_;
   ListBoxModel* model_;
-  bool mirroring_ = false;  // the selection model is being set from the toolkit
-  int caret_ = -1;          // a row of the view
+  bool mirroring_ = false;     // the selection model is being set from the toolkit
+  int caret_ = -1;             // a row of the view
+  int caretBeforeReset_ = -1;  // the list's row under the caret as the view was reset
   QPointer<QWidget> filterLine_;
   std::shared_ptr<void> subscription_;
 };

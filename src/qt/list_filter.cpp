@@ -32,9 +32,8 @@ QString shownOf(const ListCount& count, const QString& noun, const QString& noun
 }  // namespace
 
 QString frenchNumber(int number) {
-  QLocale french(QLocale::French, QLocale::France);
-  french.setNumberOptions(QLocale::DefaultNumberOptions);
-  QString text = french.toString(number);
+  // A locale made this way groups digits (QLocale::c() does not).
+  QString text = QLocale(QLocale::French, QLocale::France).toString(number);
   // Whatever the version of the locale data, the group separator is the narrow one.
   text.replace(QChar(0x00A0), QChar(0x202F));
   return text;

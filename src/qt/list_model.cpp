@@ -94,23 +94,19 @@ void ListBoxModel::setFilter(const QString& typed) {
   if (isDirty()) refreshNow();
   // A narrower filter searches only the rows the wider one kept.
   const bool narrower = isFiltered() && !words.isEmpty() && narrows(words_, words);
-  words_ = std::move(words);
   beginResetModel();
+  words_ = std::move(words);
   applyFilter(narrower ? &shown_ : nullptr);
   endResetModel();
   emit refreshed();
 }
 
-bool ListBoxModel::applyFilter(const std::vector<int>* among) {
+void ListBoxModel::applyFilter(const std::vector<int>* among) {
   if (!isFiltered()) {
-    const bool changed = !shown_.empty();
     shown_.clear();
-    return changed;
+    return;
   }
-  std::vector<int> shown = folded_.matching(words_, among);
-  if (shown == shown_) return false;
-  shown_ = std::move(shown);
-  return true;
+  shown_ = folded_.matching(words_, among);
 }
 
 bool ListBoxModel::isMarked(int row) const {

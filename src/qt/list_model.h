@@ -69,8 +69,8 @@ class ListBoxModel : public QAbstractListModel {
   void onChange(toolkit::Change change, int row);
   // The row's text as shown and its columns' whole values, folded for the filter.
   QString foldedRow(int row) const;
-  // The rows shown for the words now; true if they changed.
-  bool applyFilter(const std::vector<int>* among);
+  // The rows shown for the words now.
+  void applyFilter(const std::vector<int>* among);
   void reset();
   void schedule();
   bool isMarked(int row) const;

@@ -141,7 +141,8 @@ TEST_F(WidgetJourney, TheMouseAndTheKeysLeaveTheListsTotalsFocusAndRecordThePlan
   key(dureeSoin, Qt::Key_Escape);
   EXPECT_EQ(QApplication::focusWidget(), &selected);
   EXPECT_EQ(selected.caretRow(), 1);
-  key(selectedFilter, Qt::Key_Escape);
+  key(selectedFilter, Qt::Key_Escape);  // every row back, the caret still on Repassage
+  EXPECT_EQ(selected.caretRow(), 1);
   record();
   // An edit the host opens on another row: when it ends, the caret goes to that row.
   c.Lst_Selectionne.doubleClick(0);
