@@ -1,5 +1,6 @@
 // The control on screen: its children at their place, with their caption, font, colours
 // and visibility, the captions that Init rewrites, and the list columns to the pixel.
+#include <algorithm>
 #include <tuple>
 
 #include <QGroupBox>
@@ -67,6 +68,27 @@ TEST_F(Surface, ChildrenStandAtTheirPlaceInPixelsOfFifteenTwipsWithTheirCaptionA
   EXPECT_EQ(viewOf<QLabel>(c.Etq_Pos1)->text(), QStringLiteral("Regroupement"));
   EXPECT_EQ(captionOf(w.view(c.Cac_TouteTache)), QStringLiteral("Afficher tous les soins"));
   EXPECT_FALSE(viewOf<QCheckBox>(c.Cac_TouteTache)->isChecked());
+}
+
+// Tab walks the children that take the focus in the order of their tab index, those of
+// the frame in the frame's place, each filter line just before its list.
+TEST_F(Surface, TabWalksTheChildrenInTheirOrderTheFramesInItsPlace) {
+  // The filter lines are off until a host (or Designer, through the property) asks.
+  EXPECT_FALSE(w.property("filtersVisible").toBool());
+  w.setFiltersVisible(true);
+  EXPECT_TRUE(w.property("filtersVisible").toBool());
+  QStringList walked;
+  for (QWidget* next = w.nextInFocusChain(); next != &w; next = next->nextInFocusChain()) {
+    if ((next->focusPolicy() & Qt::TabFocus) != 0 && next->isVisibleTo(&w)) {
+      walked << next->objectName();
+    }
+  }
+  // The chain is a ring: read it from the frame's first child.
+  std::rotate(walked.begin(), std::find(walked.begin(), walked.end(), "Cmd_Obs"), walked.end());
+  EXPECT_EQ(walked, QStringList({"Cmd_Obs", "Cmd_Select", "Filtre_Possible", "Lst_Possible",
+                                 "Filtre_Selectionne", "Lst_Selectionne", "Cmd_OKVelmora",
+                                 "Cmd_AnnulerVelmora", "Txt_DureeSoin", "Cmd_SupprVelmora",
+                                 "Txt_Duree", "Cac_TouteTache"}));
 }
 
 // The rows stand under their headings, as with Courier New 8.25 pt on a 96-dpi screen:
