@@ -12,12 +12,9 @@
 
 namespace velmora::cli {
 
-bool Arguments::wantsHelp() {
-  const auto it = std::find_if(words_.begin(), words_.end(),
-                               [](const std::string& w) { return w == "--help" || w == "-h"; });
-  if (it == words_.end()) return false;
-  words_.erase(it);
-  return true;
+bool Arguments::wantsHelp() const {
+  return std::ranges::any_of(words_,
+                             [](const std::string& w) { return w == "--help" || w == "-h"; });
 }
 
 std::optional<std::string> Arguments::option(std::string_view name) {

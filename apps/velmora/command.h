@@ -20,8 +20,8 @@ class Arguments {
  public:
   explicit Arguments(std::vector<std::string> words) : words_(std::move(words)) {}
 
-  // True when --help or -h was given (and takes it out).
-  bool wantsHelp();
+  // True when --help or -h was given.
+  bool wantsHelp() const;
   // "--name VALUE" or "--name=VALUE", taken out; nothing when absent. A name given
   // without a value, or twice, is a UsageError.
   std::optional<std::string> option(std::string_view name);
