@@ -106,6 +106,7 @@ TEST_F(BadInput, EachWrongInputIsNamedInOneLanguageAndLeavesTheStoreAsItWas) {
       {{"get", "--db", "S", "TACHE", "x", "y"}, 2, "unexpected argument \"y\""},
       {{"get", "--db", "W/none.db", "TACHE", "x"}, 1, "La base " + at("none.db") + " n'existe pas"},
       {{"get", "--db", "W/no/x.db", "TACHE", "x"}, 1, "ni son dossier"},
+      {{"get", "--db=/nonexistent/x.db", "TACHE", "x"}, 1, "ni son dossier"},
       {{"get", "--db", "W/folder", "TACHE", "x"}, 1, "est un dossier"},
       {{"get", "--db", "W/text.db", "TACHE", "x"}, 1, "n'est pas une base de données."},
       {{"get", "--db", "W/cut.db", "TACHE", "x"}, 1, "est endommagée."},
