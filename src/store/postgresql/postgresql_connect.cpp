@@ -186,6 +186,43 @@ std::optional<std::pair<std::string, std::string>> hostsAfter(PGconn* failed) {
 
 }  // namespace
 
+void quietNotices(PGconn* connection) {
+  PQsetNoticeReceiver(
+      connection, [](void*, const PGresult*) {}, nullptr);
+}
+
+bool prefersStandby(PGconn* connection) {
+  const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(
+      PQconninfo(connection), &PQconninfoFree);
+  if (options == nullptr) return false;
+  bool several = false;
+  bool prefers = false;
+  for (const PQconninfoOption* option = options.get(); option->keyword != nullptr; ++option) {
+    const std::string_view keyword = option->keyword;
+    const std::string_view value = option->val == nullptr ? "" : option->val;
+    if (keyword == "host" || keyword == "hostaddr") several = several || contains(value, ",");
+    if (keyword == "target_session_attrs") {
+      prefers = value == "prefer-standby" || value == "read-only";
+    }
+  }
+  return several && prefers;
+}
+
+bool onStandby(PGconn* connection) {
+  const char* standby = PQparameterStatus(connection, "in_hot_standby");
+  return standby != nullptr && std::string_view(standby) == "on";
+}
+
+ServerConnection startOnStandby(const std::string& uri) {
+  // As connectToServer, but what follows the URI overrides it: a standby, or nothing.
+  const std::array<const char*, 5> keywords = {"fallback_application_name", "client_encoding",
+                                               "dbname", "target_session_attrs", nullptr};
+  const std::array<const char*, 5> values = {"velmora", "UTF8", uri.c_str(), "standby", nullptr};
+  ServerConnection connection(PQconnectStartParams(keywords.data(), values.data(), 1));
+  if (connection == nullptr || PQstatus(connection.get()) == CONNECTION_BAD) return {};
+  return connection;
+}
+
 ServerConnection connectToServer(const std::string& uri, const std::string& name) {
   // Values given first; the URI, expanded last, overrides them, and the hosts still to try
   // after one that went away (when there are) override its list.
@@ -211,11 +248,7 @@ ServerConnection connectToServer(const std::string& uri, const std::string& name
     if (connection == nullptr)
       throw Failure(errors::kDatabase, "La base " + name + " : mémoire épuisée.");
     if (PQstatus(connection.get()) == CONNECTION_OK) {
-      // libpq would print on standard error what the server says outside an answer (the
-      // "FATAL: terminating connection" of a server stopping under an idle session); the
-      // lost session shows at its next statement, in our words.
-      PQsetNoticeReceiver(
-          connection.get(), [](void*, const PGresult*) {}, nullptr);
+      quietNotices(connection.get());  // a lost session shows at its next statement
       return connection;
     }
     if (!wentAway(PQerrorMessage(connection.get()))) break;

@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstring>
 
+#include <poll.h>
+
 #include "store/engine/key_bytes.h"
 
 namespace velmora::store {
@@ -90,8 +92,9 @@ Result readAlone(PGconn* db, const std::string& sql, const Parameters& parameter
 
 }  // namespace
 
-PostgresqlReadConnection::PostgresqlReadConnection(std::string uri)
-    : uri_(std::move(uri)), name_(displayUri(uri_)) {
+PostgresqlReadConnection::PostgresqlReadConnection(std::string uri,
+                                                   std::chrono::steady_clock::duration standbyRetry)
+    : uri_(std::move(uri)), name_(displayUri(uri_)), standbyRetry_(standbyRetry) {
   connect();
 }
 
@@ -101,12 +104,58 @@ void PostgresqlReadConnection::connect() {
   commitSent_ = false;
   forgetCaches();
   cache_ = {};
+  dropAttempt();
   connection_ = connectToServer(uri_, name_);
   checkServerSchema(connection_.get(), name_);
+  awayFromStandby_ = prefersStandby(connection_.get()) && !onStandby(connection_.get());
+  nextTry_ = std::chrono::steady_clock::now() + standbyRetry_;
+}
+
+void PostgresqlReadConnection::dropAttempt() noexcept {
+  attempt_.reset();
+  attemptPoll_ = PGRES_POLLING_WRITING;  // libpq's first step: as if it asked to write
+}
+
+void PostgresqlReadConnection::returnToStandby() noexcept {
+  if (!awayFromStandby_ || lost(connection_.get())) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (attempt_ == nullptr) {
+    if (now < nextTry_) return;
+    nextTry_ = now + standbyRetry_;
+    attempt_ = startOnStandby(uri_);
+    attemptStarted_ = now;
+    if (attempt_ == nullptr) return;
+  }
+  // libpq's steps, as far as they go without waiting for the network.
+  while (attemptPoll_ != PGRES_POLLING_OK) {
+    if (attemptPoll_ == PGRES_POLLING_FAILED || now - attemptStarted_ > kConnectWaitSeconds) {
+      dropAttempt();  // no standby answered: the next try after standbyRetry
+      return;
+    }
+    pollfd ready{PQsocket(attempt_.get()),
+                 static_cast<short>(attemptPoll_ == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
+    if (ready.fd < 0 || poll(&ready, 1, 0) == 0) return;  // not yet: at the next procedure
+    attemptPoll_ = PQconnectPoll(attempt_.get());
+  }
+  ServerConnection standby = std::move(attempt_);
+  dropAttempt();
+  quietNotices(standby.get());
+  try {
+    checkServerSchema(standby.get(), name_);
+  } catch (const Failure&) {
+    return;  // the session in use stays; the next try after standbyRetry
+  }
+  // Nothing of the other server is kept: the standby may lag behind it.
+  connection_ = std::move(standby);
+  commitSent_ = false;
+  forgetCaches();
+  cache_ = {};
+  awayFromStandby_ = false;
 }
 
 void PostgresqlReadConnection::connectIfLost() {
   settle();
+  returnToStandby();
   if (lost(connection_.get())) connect();
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <map>
 #include <optional>
 #include <set>
@@ -17,8 +18,10 @@ namespace velmora::store {
 class PostgresqlReadConnection final : public ReadConnection {
  public:
   // Connects and checks that the database holds a store; fails with errors::kDatabase and
-  // a French message.
-  explicit PostgresqlReadConnection(std::string uri);
+  // a French message. A session that a list preferring standbys opened elsewhere (no
+  // standby answered) tries the standbys again after standbyRetry, in the background.
+  explicit PostgresqlReadConnection(
+      std::string uri, std::chrono::steady_clock::duration standbyRetry = kStandbyRetry);
 
   const std::string& path() const override { return name_; }
   std::vector<Text> fileNames() override;
@@ -84,6 +87,11 @@ class PostgresqlReadConnection final : public ReadConnection {
   void connect();
   // Waits for the answer of the last snapshot's COMMIT, sent without waiting for it.
   void settle() noexcept;
+  // Between procedures (never in a snapshot), a session away from the standbys its list
+  // prefers starts opening one once standbyRetry has passed, and takes it once it is open,
+  // without ever waiting for it: a standby that does not answer holds no procedure up.
+  void returnToStandby() noexcept;
+  void dropAttempt() noexcept;
   // Runs a statement, unnamed, in the current snapshot or in a read transaction of its
   // own; results in text (format 0) or binary (1).
   Result read(const std::string& sql, const Parameters& parameters, int format);
@@ -102,6 +110,14 @@ class PostgresqlReadConnection final : public ReadConnection {
   static constexpr int kFirstReadAhead = 256;
   static constexpr int kMostReadAhead = 4096;
   StateCache cache_;
+  // The return to a standby: due from nextTry_ while awayFromStandby_; the opening under
+  // way, its start and libpq's last answer to its polling.
+  std::chrono::steady_clock::duration standbyRetry_;
+  bool awayFromStandby_ = false;
+  std::chrono::steady_clock::time_point nextTry_;
+  ServerConnection attempt_;
+  std::chrono::steady_clock::time_point attemptStarted_;
+  PostgresPollingStatusType attemptPoll_ = PGRES_POLLING_WRITING;
 };
 
 }  // namespace velmora::store
