@@ -221,7 +221,7 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
         return value;
       };
       const std::pair state(number(0), number(1));
-      if (cache_.state != state) {
+      if (cache_.state != state || cache_.bytes > kMostCachedBytes) {
         cache_ = {};
         cache_.state = state;
       }
@@ -271,6 +271,16 @@ std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const
     const auto* data = reinterpret_cast<const std::uint8_t*>(point->second->data());
     return decodeText({data, point->second->size()});
   }
+  // A file not known to be large is read whole at its first point read, when it has at
+  // most kSmallFile records: the catalogues' small files (types, regroupments, settings)
+  // then cost one round trip, not one per record.
+  if (ahead.pointReads == 0 && !largeFiles_.contains(file)) {
+    if (!readAhead(file, {}, ahead, kSmallFile + 1)) largeFiles_.insert(file);
+    if (knownAhead(ahead, keyBytes, body)) {
+      ++ahead.pointReads;
+      return body;
+    }
+  }
   if (++ahead.pointReads > kPointReadsAlone) {
     readAhead(file, keyBytes, ahead);
     static_cast<void>(knownAhead(ahead, keyBytes, body));
@@ -305,11 +315,11 @@ bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead, const std::str
   return true;
 }
 
-void PostgresqlReadConnection::readAhead(const Text& file, const std::string& key,
-                                         ReadAhead& ahead) {
+bool PostgresqlReadConnection::readAhead(const Text& file, const std::string& key,
+                                         ReadAhead& ahead, int rowsAsked) {
   const auto next = ahead.ranges.upper_bound(key);
-  const int limit = ahead.nextRows;
-  ahead.nextRows = std::min(2 * limit, kMostReadAhead);
+  const int limit = rowsAsked > 0 ? rowsAsked : ahead.nextRows;
+  if (rowsAsked == 0) ahead.nextRows = std::min(2 * limit, kMostReadAhead);
   Parameters parameters;
   parameters.text(toUtf8(file)).bytes({key.begin(), key.end()}).integer(limit);
   if (next != ahead.ranges.end()) parameters.bytes({next->first.begin(), next->first.end()});
@@ -334,6 +344,7 @@ void PostgresqlReadConnection::readAhead(const Text& file, const std::string& ke
     past = next->first;
   }
   ahead.ranges.insert_or_assign(key, std::move(past));
+  return rows < limit;
 }
 
 std::optional<DictionaryItem> PostgresqlReadConnection::lookupItem(const Text& file,

@@ -74,12 +74,14 @@ class PostgresqlReadConnection final : public ReadConnection {
     std::map<std::string, Result, std::less<>> scans;  // by statement and parameters
     std::size_t bytes = 0;                              // of the bodies and scans kept
   };
-  // What a state cache may hold; past it, what is read is not kept.
+  // What a state cache may hold; past it, what is read is not kept, and the next
+  // snapshot starts a new one.
   static constexpr std::size_t kMostCachedBytes = std::size_t{32} << 20;
   // Whether the key lies in a range already fetched whole; its body then, if any.
   static bool knownAhead(const ReadAhead& ahead, const std::string& key, std::optional<Text>& body);
-  // Fetches the next records of the file from key on, up to the next range known whole.
-  void readAhead(const Text& file, const std::string& key, ReadAhead& ahead);
+  // Fetches the next records of the file from key on, up to the next range known whole:
+  // rowsAsked of them, or the growing read-ahead's count. Whether it got them all.
+  bool readAhead(const Text& file, const std::string& key, ReadAhead& ahead, int rowsAsked = 0);
   // A session lost (server restarted, network cut) is opened again at the next read
   // outside a snapshot or at the next snapshot, so that the next procedure works once the
   // server is back; inside a snapshot its reads fail.
@@ -110,6 +112,10 @@ class PostgresqlReadConnection final : public ReadConnection {
   static constexpr int kFirstReadAhead = 256;
   static constexpr int kMostReadAhead = 4096;
   StateCache cache_;
+  // Files found to hold more than kSmallFile records, which are not read whole; kept
+  // across states (only a hint: a file that shrank is read by keys).
+  static constexpr int kSmallFile = 128;
+  std::set<Text> largeFiles_;
   // The return to a standby: due from nextTry_ while awayFromStandby_; the opening under
   // way, its start and libpq's last answer to its polling.
   std::chrono::steady_clock::duration standbyRetry_;
