@@ -114,8 +114,7 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
       {"connection lost in the middle of a procedure", nothing,
        [&] {
          const auto snapshot = db->holdSnapshot();
-         const auto file = db->OpenFile(u"TACHE");
-         file->ReadRecord(u"A1");
+         const auto file = db->OpenFile(u"TACHE");  // the file names read in the snapshot
          administerServer(
              "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE "
              "application_name = 'velmora' AND pid <> pg_backend_pid()");
@@ -620,10 +619,11 @@ TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWh
   std::string message;
   {
     const auto snapshot = db->holdSnapshot();
-    const auto file = db->OpenFile(u"TACHE");
+    const auto groups = db->OpenFile(u"GROUPETACHE");  // not read yet: on the server
     EXPECT_NE(label(db, u"Aspirateur"), "");
     standby("stop");
-    EXPECT_EQ(failureNumber([&] { file->ReadRecord(u"Poussière"); }, &message), errors::kDatabase);
+    EXPECT_EQ(failureNumber([&] { groups->ReadRecord(u"G-MENAGE"); }, &message),
+              errors::kDatabase);
   }
   EXPECT_NE(message.find("La connexion au serveur de la base " + both + " a été perdue"),
             std::string::npos)
