@@ -622,8 +622,7 @@ TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWh
     const auto groups = db->OpenFile(u"GROUPETACHE");  // not read yet: on the server
     EXPECT_NE(label(db, u"Aspirateur"), "");
     standby("stop");
-    EXPECT_EQ(failureNumber([&] { groups->ReadRecord(u"G-MENAGE"); }, &message),
-              errors::kDatabase);
+    EXPECT_EQ(failureNumber([&] { groups->ReadRecord(u"G-MENAGE"); }, &message), errors::kDatabase);
   }
   EXPECT_NE(message.find("La connexion au serveur de la base " + both + " a été perdue"),
             std::string::npos)
@@ -632,7 +631,6 @@ TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWh
   EXPECT_EQ(administrator("primary", planners), "1");
   standby("start");
 }
-
 
 TEST_F(Office, APlannerThatFellBackComesBackToTheStandbyBetweenProceduresOnly) {
   // The cluster's standby list: the standby, then the pooler.
@@ -671,8 +669,8 @@ TEST_F(Office, APlannerThatFellBackComesBackToTheStandbyBetweenProceduresOnly) {
        [&] {
          const store::ReadConnection::Snapshot snapshot(planner);
          std::this_thread::sleep_until(fellBack + retry + std::chrono::milliseconds(200));
-         for (int read = 0; read < 20; ++read) {
-           EXPECT_TRUE(planner.readRecord(u"TACHE", u"Aspirateur").has_value());
+         for (int read = 0; read < 20; ++read) {  // statements on the server, in the snapshot
+           EXPECT_FALSE(planner.fileNames().empty());
            std::this_thread::sleep_for(std::chrono::milliseconds(20));
          }
        },
@@ -680,8 +678,7 @@ TEST_F(Office, APlannerThatFellBackComesBackToTheStandbyBetweenProceduresOnly) {
       {"the procedures after it",
        [&] {
          const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-         while (onStandby() != "1" &&
-                std::chrono::steady_clock::now() < until) {
+         while (onStandby() != "1" && std::chrono::steady_clock::now() < until) {
            EXPECT_TRUE(procedure());
            std::this_thread::sleep_for(std::chrono::milliseconds(50));
          }

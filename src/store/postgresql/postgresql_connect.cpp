@@ -192,8 +192,8 @@ void quietNotices(PGconn* connection) {
 }
 
 bool prefersStandby(PGconn* connection) {
-  const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(
-      PQconninfo(connection), &PQconninfoFree);
+  const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(PQconninfo(connection),
+                                                                             &PQconninfoFree);
   if (options == nullptr) return false;
   bool several = false;
   bool prefers = false;

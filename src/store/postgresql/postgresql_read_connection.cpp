@@ -206,8 +206,8 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
     try {
       const Result result =
           execute(connection_.get(),
-                  std::string("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; ") +
-                      kReadSettings + "; SELECT generation, xmin FROM velmora_store",
+                  std::string("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; ") + kReadSettings +
+                      "; SELECT generation, xmin FROM velmora_store",
                   name_);
       inTransaction_ = true;
       if (PQntuples(result.get()) != 1) {
@@ -257,8 +257,7 @@ bool PostgresqlReadConnection::lookupFile(const Text& name) {
 std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const Text& key) {
   std::vector<std::uint8_t> bytes = encodeText(key);
   if (!inTransaction_) {
-    const Result result =
-        run(kReadRecord, Parameters().text(toUtf8(file)).bytes(std::move(bytes)));
+    const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(std::move(bytes)));
     if (PQntuples(result.get()) == 0) return std::nullopt;
     return decodeText(bytesAt(result.get(), 0, 0));
   }
@@ -315,8 +314,8 @@ bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead, const std::str
   return true;
 }
 
-bool PostgresqlReadConnection::readAhead(const Text& file, const std::string& key,
-                                         ReadAhead& ahead, int rowsAsked) {
+bool PostgresqlReadConnection::readAhead(const Text& file, const std::string& key, ReadAhead& ahead,
+                                         int rowsAsked) {
   const auto next = ahead.ranges.upper_bound(key);
   const int limit = rowsAsked > 0 ? rowsAsked : ahead.nextRows;
   if (rowsAsked == 0) ahead.nextRows = std::min(2 * limit, kMostReadAhead);
@@ -398,8 +397,7 @@ bool PostgresqlReadConnection::scanRecords(const Range& range, const Visitor& vi
   if (checkState) {
     // No row, no state version: the caller asks again in a snapshot.
     const int stateColumn = range.withBody ? 2 : 1;
-    if (rows == 0 ||
-        !stateHolds(static_cast<std::uint64_t>(integerAt(result, 0, stateColumn)))) {
+    if (rows == 0 || !stateHolds(static_cast<std::uint64_t>(integerAt(result, 0, stateColumn)))) {
       return false;
     }
   }

@@ -67,12 +67,12 @@ class PostgresqlReadConnection final : public ReadConnection {
   // reads the very same tables (on the primary or on a standby). Through a pooler each
   // round trip crosses one more process: a procedure that finds its reads here makes none.
   struct StateCache {
-    std::optional<std::pair<std::uint64_t, std::uint64_t>> state;  // generation, xmin
-    TextMap<ReadAhead> files;                                       // by file
-    std::optional<std::set<std::string, std::less<>>> fileNames;    // UTF-8
+    std::optional<std::pair<std::uint64_t, std::uint64_t>> state;             // generation, xmin
+    TextMap<ReadAhead> files;                                                 // by file
+    std::optional<std::set<std::string, std::less<>>> fileNames;              // UTF-8
     std::optional<std::map<std::string, DictionaryItem, std::less<>>> items;  // file \0 name
     std::map<std::string, Result, std::less<>> scans;  // by statement and parameters
-    std::size_t bytes = 0;                              // of the bodies and scans kept
+    std::size_t bytes = 0;                             // of the bodies and scans kept
   };
   // What a state cache may hold; past it, what is read is not kept, and the next
   // snapshot starts a new one.
