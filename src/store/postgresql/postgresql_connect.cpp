@@ -191,21 +191,29 @@ void quietNotices(PGconn* connection) {
       connection, [](void*, const PGresult*) {}, nullptr);
 }
 
-bool prefersStandby(PGconn* connection) {
+bool prefersStandby(PGconn* connection, const std::string& uri) {
+  // The list from the URI: a session opened again past a host that went away was given
+  // only the hosts after it.
+  bool several = false;
+  if (PQconninfoOption* options = PQconninfoParse(uri.c_str(), nullptr)) {
+    for (const PQconninfoOption* option = options; option->keyword != nullptr; ++option) {
+      const std::string_view keyword = option->keyword;
+      if ((keyword == "host" || keyword == "hostaddr") && option->val != nullptr) {
+        several = several || contains(option->val, ",");
+      }
+    }
+    PQconninfoFree(options);
+  }
   const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(PQconninfo(connection),
                                                                              &PQconninfoFree);
-  if (options == nullptr) return false;
-  bool several = false;
-  bool prefers = false;
+  if (!several || options == nullptr) return false;
   for (const PQconninfoOption* option = options.get(); option->keyword != nullptr; ++option) {
-    const std::string_view keyword = option->keyword;
-    const std::string_view value = option->val == nullptr ? "" : option->val;
-    if (keyword == "host" || keyword == "hostaddr") several = several || contains(value, ",");
-    if (keyword == "target_session_attrs") {
-      prefers = value == "prefer-standby" || value == "read-only";
+    if (std::string_view(option->keyword) == "target_session_attrs" && option->val != nullptr) {
+      const std::string_view value = option->val;
+      return value == "prefer-standby" || value == "read-only";
     }
   }
-  return several && prefers;
+  return false;
 }
 
 bool onStandby(PGconn* connection) {

@@ -107,7 +107,7 @@ void PostgresqlReadConnection::connect() {
   dropAttempt();
   connection_ = connectToServer(uri_, name_);
   checkServerSchema(connection_.get(), name_);
-  awayFromStandby_ = prefersStandby(connection_.get()) && !onStandby(connection_.get());
+  awayFromStandby_ = prefersStandby(connection_.get(), uri_) && !onStandby(connection_.get());
   nextTry_ = std::chrono::steady_clock::now() + standbyRetry_;
 }
 

@@ -43,9 +43,9 @@ inline constexpr std::chrono::seconds kConnectWaitSeconds{10};
 inline constexpr std::chrono::seconds kStandbyRetry{30};
 ServerConnection connectToServer(const std::string& uri, const std::string& name);
 
-// Whether the session's address lists several servers and prefers standbys among them
+// Whether the URI lists several servers and the session prefers standbys among them
 // (target_session_attrs prefer-standby or read-only, in the URI or PGTARGETSESSIONATTRS).
-bool prefersStandby(PGconn* connection);
+bool prefersStandby(PGconn* connection, const std::string& uri);
 // Whether the session is on a hot standby, as the server said when it opened.
 bool onStandby(PGconn* connection);
 // Starts opening a session on a standby of the URI's list without waiting for it
