@@ -50,14 +50,14 @@ class Figures(unittest.TestCase):
                          {"count": 3, "median": 2.0, "p95": 3.0, "p99": 3.0, "max": 3.0})
         self.assertEqual(harness.failed(row), "pooled-4: 1 wrong, 1 refused, 1 lost planners")
 
-    def test_planners_on_the_standby_fall_back_on_the_primary(self):
+    def test_planners_on_the_standby_fall_back_through_the_pooler(self):
         standby = "postgresql://velmora_planner@localhost:5433/office"
-        primary = "postgresql://velmora_planner@localhost:5432/office"
-        self.assertEqual(harness.failover_uri(standby, primary),
-                         "postgresql://velmora_planner@localhost:5433,localhost:5432/office"
+        pooler = "postgresql://velmora_planner@localhost:6432/office"
+        self.assertEqual(harness.failover_uri(standby, pooler),
+                         "postgresql://velmora_planner@localhost:5433,localhost:6432/office"
                          "?target_session_attrs=prefer-standby")
         several = "postgresql://p@a:1,b:2/office?target_session_attrs=read-only"
-        self.assertEqual(harness.failover_uri(several, primary), several)
+        self.assertEqual(harness.failover_uri(several, pooler), several)
 
 
 @unittest.skipUnless(os.environ.get("VELMORA_LOAD_PLANNER"), "needs the planner and velmora")

@@ -23,6 +23,7 @@
 
 #include <velmora/base/failure.h>
 #include "cli/run_velmora.h"
+#include "store/postgresql/postgresql_read_connection.h"
 #include "store/postgresql/postgresql_support.h"
 #include "support/account.h"
 #include "support/failure_number.h"
@@ -603,10 +604,10 @@ TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWh
   std::string message;
   {
     const auto snapshot = db->holdSnapshot();
-    const auto file = db->OpenFile(u"TACHE");
+    const auto groups = db->OpenFile(u"GROUPETACHE");  // not read yet: on the server
     EXPECT_NE(label(db, u"Aspirateur"), "");
     standby("stop");
-    EXPECT_EQ(failureNumber([&] { file->ReadRecord(u"Poussière"); }, &message), errors::kDatabase);
+    EXPECT_EQ(failureNumber([&] { groups->ReadRecord(u"G-MENAGE"); }, &message), errors::kDatabase);
   }
   EXPECT_NE(message.find("La connexion au serveur de la base " + both + " a été perdue"),
             std::string::npos)
@@ -616,5 +617,68 @@ TEST_F(Office, OnTheStandbyAPlannerSeesWhatThePrimaryShowsAndLosesOneProcedureWh
   standby("start");
 }
 
+TEST_F(Office, APlannerThatFellBackComesBackToTheStandbyBetweenProceduresOnly) {
+  // The cluster's standby list: the standby, then the pooler.
+  const std::string list = uri("standby") + "&application_name=velmora_retour";
+  ASSERT_NE(list.find("target_session_attrs=prefer-standby"), std::string::npos) << list;
+  const auto retry = std::chrono::seconds(10);
+  store::PostgresqlReadConnection planner(list, retry);
+  const auto procedure = [&] {
+    const store::ReadConnection::Snapshot snapshot(planner);
+    return planner.readRecord(u"TACHE", u"Aspirateur").has_value();
+  };
+  const std::string sessions =
+      "SELECT count(*) FROM pg_stat_activity WHERE application_name = 'velmora_retour'";
+  const auto onStandby = [&] { return administrator("standby", sessions); };
+  ASSERT_TRUE(procedure());
+  ASSERT_EQ(onStandby(), "1");
+
+  // Stopped between procedures: the next one opens through the pooler.
+  standby("stop");
+  ASSERT_TRUE(procedure());
+  const auto fellBack = std::chrono::steady_clock::now();
+  standby("start");
+  struct Step {
+    const char* what;
+    std::function<void()> act;
+    const char* seen;
+  };
+  const std::vector<Step> steps = {
+      {"before the delay, the standby back",
+       [&] {
+         ASSERT_LT(std::chrono::steady_clock::now() - fellBack, retry) << "a slow start";
+         EXPECT_TRUE(procedure());
+       },
+       "0"},
+      {"past the delay, inside one snapshot",
+       [&] {
+         const store::ReadConnection::Snapshot snapshot(planner);
+         std::this_thread::sleep_until(fellBack + retry + std::chrono::milliseconds(200));
+         for (int read = 0; read < 20; ++read) {  // statements on the server, in the snapshot
+           EXPECT_FALSE(planner.fileNames().empty());
+           std::this_thread::sleep_for(std::chrono::milliseconds(20));
+         }
+       },
+       "0"},
+      {"the procedures after it",
+       [&] {
+         const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+         while (onStandby() != "1" && std::chrono::steady_clock::now() < until) {
+           EXPECT_TRUE(procedure());
+           std::this_thread::sleep_for(std::chrono::milliseconds(50));
+         }
+         EXPECT_TRUE(procedure());
+       },
+       "1"},
+  };
+  for (const auto& step : steps) {
+    SCOPED_TRACE(step.what);
+    step.act();
+    EXPECT_EQ(onStandby(), step.seen);
+  }
+  // Back on the standby, what it reads is the store's.
+  EXPECT_NE(toUtf8(planner.readRecord(u"TACHE", u"Aspirateur")->r()).find("Ménage courant"),
+            std::string::npos);
+}
 }  // namespace
 }  // namespace velmora::testing

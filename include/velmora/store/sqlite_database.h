@@ -59,8 +59,12 @@ class VELMORA_EXPORT SqliteDatabase final : public NorvikDatabase {
 // server's URI (postgresql://user@host/database or postgres://...; several hosts,
 // postgresql://user@h1:5432,h2:5432/database?target_session_attrs=prefer-standby, are
 // tried in turn), whose every transaction is then read-only on the server. It works
-// through a pooler in transaction mode (PgBouncer): nothing is kept in the session. Fails with errors::kDatabase and a French message that says
-// what to do (no password in it), or errors::kBusy as SqliteDatabase does.
+// through a pooler in transaction mode (PgBouncer): nothing is kept in the session. A
+// session that such a list, preferring standbys (prefer-standby or read-only), opened on a
+// server that is not a standby tries the standbys again 30 s later, then every 30 s,
+// between two procedures and without waiting for them. Fails with
+// errors::kDatabase and a French message that says what to do (no password in it), or
+// errors::kBusy as SqliteDatabase does.
 VELMORA_EXPORT DatabaseRef openDatabase(const std::string& location);
 
 // Whether the location names a PostgreSQL server (a postgresql:// or postgres:// URI)

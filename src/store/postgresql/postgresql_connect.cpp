@@ -186,6 +186,51 @@ std::optional<std::pair<std::string, std::string>> hostsAfter(PGconn* failed) {
 
 }  // namespace
 
+void quietNotices(PGconn* connection) {
+  PQsetNoticeReceiver(
+      connection, [](void*, const PGresult*) {}, nullptr);
+}
+
+bool prefersStandby(PGconn* connection, const std::string& uri) {
+  // The list from the URI: a session opened again past a host that went away was given
+  // only the hosts after it.
+  bool several = false;
+  if (PQconninfoOption* options = PQconninfoParse(uri.c_str(), nullptr)) {
+    for (const PQconninfoOption* option = options; option->keyword != nullptr; ++option) {
+      const std::string_view keyword = option->keyword;
+      if ((keyword == "host" || keyword == "hostaddr") && option->val != nullptr) {
+        several = several || contains(option->val, ",");
+      }
+    }
+    PQconninfoFree(options);
+  }
+  const std::unique_ptr<PQconninfoOption, decltype(&PQconninfoFree)> options(PQconninfo(connection),
+                                                                             &PQconninfoFree);
+  if (!several || options == nullptr) return false;
+  for (const PQconninfoOption* option = options.get(); option->keyword != nullptr; ++option) {
+    if (std::string_view(option->keyword) == "target_session_attrs" && option->val != nullptr) {
+      const std::string_view value = option->val;
+      return value == "prefer-standby" || value == "read-only";
+    }
+  }
+  return false;
+}
+
+bool onStandby(PGconn* connection) {
+  const char* standby = PQparameterStatus(connection, "in_hot_standby");
+  return standby != nullptr && std::string_view(standby) == "on";
+}
+
+ServerConnection startOnStandby(const std::string& uri) {
+  // As connectToServer, but what follows the URI overrides it: a standby, or nothing.
+  const std::array<const char*, 5> keywords = {"fallback_application_name", "client_encoding",
+                                               "dbname", "target_session_attrs", nullptr};
+  const std::array<const char*, 5> values = {"velmora", "UTF8", uri.c_str(), "standby", nullptr};
+  ServerConnection connection(PQconnectStartParams(keywords.data(), values.data(), 1));
+  if (connection == nullptr || PQstatus(connection.get()) == CONNECTION_BAD) return {};
+  return connection;
+}
+
 ServerConnection connectToServer(const std::string& uri, const std::string& name) {
   // Values given first; the URI, expanded last, overrides them, and the hosts still to try
   // after one that went away (when there are) override its list.
@@ -211,11 +256,7 @@ ServerConnection connectToServer(const std::string& uri, const std::string& name
     if (connection == nullptr)
       throw Failure(errors::kDatabase, "La base " + name + " : mémoire épuisée.");
     if (PQstatus(connection.get()) == CONNECTION_OK) {
-      // libpq would print on standard error what the server says outside an answer (the
-      // "FATAL: terminating connection" of a server stopping under an idle session); the
-      // lost session shows at its next statement, in our words.
-      PQsetNoticeReceiver(
-          connection.get(), [](void*, const PGresult*) {}, nullptr);
+      quietNotices(connection.get());  // a lost session shows at its next statement
       return connection;
     }
     if (!wentAway(PQerrorMessage(connection.get()))) break;

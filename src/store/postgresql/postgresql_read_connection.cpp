@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstring>
 
+#include <poll.h>
+
 #include "store/engine/key_bytes.h"
 
 namespace velmora::store {
@@ -90,21 +92,79 @@ Result readAlone(PGconn* db, const std::string& sql, const Parameters& parameter
 
 }  // namespace
 
-PostgresqlReadConnection::PostgresqlReadConnection(std::string uri)
-    : uri_(std::move(uri)), name_(displayUri(uri_)) {
+PostgresqlReadConnection::PostgresqlReadConnection(std::string uri,
+                                                   std::chrono::steady_clock::duration standbyRetry)
+    : uri_(std::move(uri)), name_(displayUri(uri_)), standbyRetry_(standbyRetry) {
   connect();
 }
 
 void PostgresqlReadConnection::connect() {
   connection_.reset();
   inTransaction_ = false;
+  commitSent_ = false;
   forgetCaches();
+  cache_ = {};
+  dropAttempt();
   connection_ = connectToServer(uri_, name_);
   checkServerSchema(connection_.get(), name_);
+  awayFromStandby_ = prefersStandby(connection_.get(), uri_) && !onStandby(connection_.get());
+  nextTry_ = std::chrono::steady_clock::now() + standbyRetry_;
+}
+
+void PostgresqlReadConnection::dropAttempt() noexcept {
+  attempt_.reset();
+  attemptPoll_ = PGRES_POLLING_WRITING;  // libpq's first step: as if it asked to write
+}
+
+void PostgresqlReadConnection::returnToStandby() noexcept {
+  if (!awayFromStandby_ || lost(connection_.get())) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (attempt_ == nullptr) {
+    if (now < nextTry_) return;
+    nextTry_ = now + standbyRetry_;
+    attempt_ = startOnStandby(uri_);
+    attemptStarted_ = now;
+    if (attempt_ == nullptr) return;
+  }
+  // libpq's steps, as far as they go without waiting for the network.
+  while (attemptPoll_ != PGRES_POLLING_OK) {
+    if (attemptPoll_ == PGRES_POLLING_FAILED || now - attemptStarted_ > kConnectWaitSeconds) {
+      dropAttempt();  // no standby answered: the next try after standbyRetry
+      return;
+    }
+    pollfd ready{PQsocket(attempt_.get()),
+                 static_cast<short>(attemptPoll_ == PGRES_POLLING_READING ? POLLIN : POLLOUT), 0};
+    if (ready.fd < 0 || poll(&ready, 1, 0) == 0) return;  // not yet: at the next procedure
+    attemptPoll_ = PQconnectPoll(attempt_.get());
+  }
+  ServerConnection standby = std::move(attempt_);
+  dropAttempt();
+  quietNotices(standby.get());
+  try {
+    checkServerSchema(standby.get(), name_);
+  } catch (const Failure&) {
+    return;  // the session in use stays; the next try after standbyRetry
+  }
+  // Nothing of the other server is kept: the standby may lag behind it.
+  connection_ = std::move(standby);
+  commitSent_ = false;
+  forgetCaches();
+  cache_ = {};
+  awayFromStandby_ = false;
 }
 
 void PostgresqlReadConnection::connectIfLost() {
+  settle();
+  returnToStandby();
   if (lost(connection_.get())) connect();
+}
+
+void PostgresqlReadConnection::settle() noexcept {
+  if (!commitSent_) return;
+  commitSent_ = false;
+  // Its failure is nothing to undo; a lost session shows at the next statement.
+  while (Result(PQgetResult(connection_.get())) != nullptr) {
+  }
 }
 
 Result PostgresqlReadConnection::read(const std::string& sql, const Parameters& parameters,
@@ -144,20 +204,28 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
   for (int attempt = 0;; ++attempt) {
     connectIfLost();
     try {
-      const Result result = execute(connection_.get(),
-                                    std::string("BEGIN ISOLATION LEVEL REPEATABLE READ "
-                                                "READ ONLY; ") +
-                                        kReadSettings + "; SELECT generation FROM velmora_store",
-                                    name_);
+      const Result result =
+          execute(connection_.get(),
+                  std::string("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY; ") + kReadSettings +
+                      "; SELECT generation, xmin FROM velmora_store",
+                  name_);
       inTransaction_ = true;
       if (PQntuples(result.get()) != 1) {
         endSnapshot();
         checkServerSchema(connection_.get(), name_);  // says what is wrong
       }
-      const char* text = PQgetvalue(result.get(), 0, 0);
-      std::uint64_t version = 0;
-      std::from_chars(text, text + std::strlen(text), version);
-      return version;
+      const auto number = [&](int column) {
+        const char* text = PQgetvalue(result.get(), 0, column);
+        std::uint64_t value = 0;
+        std::from_chars(text, text + std::strlen(text), value);
+        return value;
+      };
+      const std::pair state(number(0), number(1));
+      if (cache_.state != state || cache_.bytes > kMostCachedBytes) {
+        cache_ = {};
+        cache_.state = state;
+      }
+      return state.first;
     } catch (const Failure&) {
       if (inTransaction_) endSnapshot();
       if (attempt > 0 || !lost(connection_.get())) throw;
@@ -167,31 +235,69 @@ std::uint64_t PostgresqlReadConnection::beginSnapshot() {
 
 void PostgresqlReadConnection::endSnapshot() noexcept {
   inTransaction_ = false;
-  readAhead_.clear();
-  // Ending a read-only transaction cannot lose anything; a failure has nothing to undo.
-  if (!lost(connection_.get())) PQclear(PQexec(connection_.get(), "COMMIT"));
+  // Ending a read-only transaction cannot lose anything: the procedure need not wait for
+  // its answer, which the next statement takes first.
+  commitSent_ = !lost(connection_.get()) && PQsendQuery(connection_.get(), "COMMIT") != 0;
 }
 
 bool PostgresqlReadConnection::lookupFile(const Text& name) {
-  return PQntuples(run(kFileExists, Parameters().text(toUtf8(name))).get()) > 0;
+  if (!inTransaction_) {
+    return PQntuples(run(kFileExists, Parameters().text(toUtf8(name))).get()) > 0;
+  }
+  // In a snapshot, every name at the first look-up: one round trip for the dozen files a
+  // procedure opens.
+  if (!cache_.fileNames) {
+    std::set<std::string, std::less<>> names;
+    for (const Text& file : fileNames()) names.insert(toUtf8(file));
+    cache_.fileNames = std::move(names);
+  }
+  return cache_.fileNames->contains(toUtf8(name));
 }
 
 std::optional<Text> PostgresqlReadConnection::lookupBody(const Text& file, const Text& key) {
   std::vector<std::uint8_t> bytes = encodeText(key);
-  if (inTransaction_) {
-    ReadAhead& ahead = readAhead_[file];
-    const std::string keyBytes(bytes.begin(), bytes.end());
-    std::optional<Text> body;
-    if (knownAhead(ahead, keyBytes, body)) return body;
-    if (++ahead.pointReads > kPointReadsAlone) {
-      readAhead(file, keyBytes, ahead);
-      static_cast<void>(knownAhead(ahead, keyBytes, body));
+  if (!inTransaction_) {
+    const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(std::move(bytes)));
+    if (PQntuples(result.get()) == 0) return std::nullopt;
+    return decodeText(bytesAt(result.get(), 0, 0));
+  }
+  ReadAhead& ahead = cache_.files[file];
+  const std::string keyBytes(bytes.begin(), bytes.end());
+  std::optional<Text> body;
+  if (knownAhead(ahead, keyBytes, body)) return body;
+  if (const auto point = ahead.points.find(keyBytes); point != ahead.points.end()) {
+    if (!point->second) return std::nullopt;
+    const auto* data = reinterpret_cast<const std::uint8_t*>(point->second->data());
+    return decodeText({data, point->second->size()});
+  }
+  // A file not known to be large is read whole at its first point read, when it has at
+  // most kSmallFile records: the catalogues' small files (types, regroupments, settings)
+  // then cost one round trip, not one per record.
+  if (ahead.pointReads == 0 && !largeFiles_.contains(file)) {
+    if (!readAhead(file, {}, ahead, kSmallFile + 1)) largeFiles_.insert(file);
+    if (knownAhead(ahead, keyBytes, body)) {
+      ++ahead.pointReads;
       return body;
     }
   }
+  if (++ahead.pointReads > kPointReadsAlone) {
+    readAhead(file, keyBytes, ahead);
+    static_cast<void>(knownAhead(ahead, keyBytes, body));
+    return body;
+  }
   const Result result = run(kReadRecord, Parameters().text(toUtf8(file)).bytes(std::move(bytes)));
-  if (PQntuples(result.get()) == 0) return std::nullopt;
-  return decodeText(bytesAt(result.get(), 0, 0));
+  std::optional<std::string> found;
+  if (PQntuples(result.get()) > 0) {
+    const auto read = bytesAt(result.get(), 0, 0);
+    found.emplace(read.begin(), read.end());
+    body = decodeText(read);
+  }
+  const std::size_t size = keyBytes.size() + (found ? found->size() : 0);
+  if (cache_.bytes + size <= kMostCachedBytes) {
+    cache_.bytes += size;
+    ahead.points.emplace(keyBytes, std::move(found));
+  }
+  return body;
 }
 
 bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead, const std::string& key,
@@ -208,11 +314,11 @@ bool PostgresqlReadConnection::knownAhead(const ReadAhead& ahead, const std::str
   return true;
 }
 
-void PostgresqlReadConnection::readAhead(const Text& file, const std::string& key,
-                                         ReadAhead& ahead) {
+bool PostgresqlReadConnection::readAhead(const Text& file, const std::string& key, ReadAhead& ahead,
+                                         int rowsAsked) {
   const auto next = ahead.ranges.upper_bound(key);
-  const int limit = ahead.nextRows;
-  ahead.nextRows = std::min(2 * limit, kMostReadAhead);
+  const int limit = rowsAsked > 0 ? rowsAsked : ahead.nextRows;
+  if (rowsAsked == 0) ahead.nextRows = std::min(2 * limit, kMostReadAhead);
   Parameters parameters;
   parameters.text(toUtf8(file)).bytes({key.begin(), key.end()}).integer(limit);
   if (next != ahead.ranges.end()) parameters.bytes({next->first.begin(), next->first.end()});
@@ -222,7 +328,11 @@ void PostgresqlReadConnection::readAhead(const Text& file, const std::string& ke
     return std::string(PQgetvalue(result.get(), row, column),
                        static_cast<std::size_t>(PQgetlength(result.get(), row, column)));
   };
-  for (int row = 0; row < rows; ++row) ahead.bodies.insert_or_assign(text(row, 0), text(row, 1));
+  for (int row = 0; row < rows; ++row) {
+    cache_.bytes += static_cast<std::size_t>(PQgetlength(result.get(), row, 0)) +
+                    static_cast<std::size_t>(PQgetlength(result.get(), row, 1));
+    ahead.bodies.insert_or_assign(text(row, 0), text(row, 1));
+  }
   // All rows asked: known up to the last one (the key past it is that key and a zero
   // byte); fewer: up to the next range, or the end of the file.
   std::optional<std::string> past;
@@ -233,10 +343,25 @@ void PostgresqlReadConnection::readAhead(const Text& file, const std::string& ke
     past = next->first;
   }
   ahead.ranges.insert_or_assign(key, std::move(past));
+  return rows < limit;
 }
 
 std::optional<DictionaryItem> PostgresqlReadConnection::lookupItem(const Text& file,
                                                                    const Text& name) {
+  if (inTransaction_) {
+    // In a snapshot, the whole dictionary at the first look-up (a few hundred items).
+    const auto named = [](const Text& file, const Text& name) {
+      return toUtf8(file) + '\0' + toUtf8(name);
+    };
+    if (!cache_.items) {
+      std::map<std::string, DictionaryItem, std::less<>> items;
+      for (auto& item : dictionaryItems()) items.emplace(named(item.file, item.name), item);
+      cache_.items = std::move(items);
+    }
+    const auto found = cache_.items->find(named(file, name));
+    if (found == cache_.items->end()) return std::nullopt;
+    return found->second;
+  }
   const Result result = run(kReadItem, Parameters().text(toUtf8(file)).text(toUtf8(name)));
   if (PQntuples(result.get()) == 0) return std::nullopt;
   return DictionaryItem{file, name, static_cast<int>(integerAt(result.get(), 0, 0)),
@@ -252,20 +377,46 @@ bool PostgresqlReadConnection::scanRecords(const Range& range, const Visitor& vi
   Parameters parameters;
   parameters.text(toUtf8(range.file)).bytes(range.lower);
   if (bounded) parameters.bytes(range.upper);
-  const Result result = run(kind, parameters, checkState);
-  const int rows = PQntuples(result.get());
+  // In a snapshot, a scan already made in this state is answered again from memory.
+  std::string scanKey;
+  if (inTransaction_ && !checkState) {
+    const auto part = [&](std::string_view bytes) {
+      scanKey += std::to_string(bytes.size()) + ':';
+      scanKey += bytes;
+    };
+    scanKey = std::to_string(kind) + ':';
+    part(toUtf8(range.file));
+    part({reinterpret_cast<const char*>(range.lower.data()), range.lower.size()});
+    part({reinterpret_cast<const char*>(range.upper.data()), range.upper.size()});
+  }
+  const auto cached = scanKey.empty() ? cache_.scans.end() : cache_.scans.find(scanKey);
+  Result fetched;
+  if (cached == cache_.scans.end()) fetched = run(kind, parameters, checkState);
+  const PGresult* result = cached != cache_.scans.end() ? cached->second.get() : fetched.get();
+  const int rows = PQntuples(result);
   if (checkState) {
     // No row, no state version: the caller asks again in a snapshot.
     const int stateColumn = range.withBody ? 2 : 1;
-    if (rows == 0 ||
-        !stateHolds(static_cast<std::uint64_t>(integerAt(result.get(), 0, stateColumn)))) {
+    if (rows == 0 || !stateHolds(static_cast<std::uint64_t>(integerAt(result, 0, stateColumn)))) {
       return false;
     }
   }
   for (int row = 0; row < rows; ++row) {
     ++statistics().scannedKeys;
-    visit(bytesAt(result.get(), row, 0),
-          range.withBody ? bytesAt(result.get(), row, 1) : std::span<const std::uint8_t>{});
+    visit(bytesAt(result, row, 0),
+          range.withBody ? bytesAt(result, row, 1) : std::span<const std::uint8_t>{});
+  }
+  if (!scanKey.empty() && fetched != nullptr) {
+    std::size_t size = scanKey.size();
+    for (int row = 0; row < rows; ++row) {
+      for (int column = 0; column < PQnfields(result); ++column) {
+        size += static_cast<std::size_t>(PQgetlength(result, row, column));
+      }
+    }
+    if (cache_.bytes + size <= kMostCachedBytes) {
+      cache_.bytes += size;
+      cache_.scans.emplace(std::move(scanKey), std::move(fetched));
+    }
   }
   return true;
 }

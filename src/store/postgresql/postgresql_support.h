@@ -5,6 +5,7 @@
 
 #include <libpq-fe.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -36,7 +37,23 @@ std::string displayUri(std::string_view uri);
 // apart a server that does not answer, a refused authentication and a missing database.
 // A URI without its own connect_timeout waits at most kConnectWait seconds.
 inline constexpr const char* kConnectWait = "10";
+inline constexpr std::chrono::seconds kConnectWaitSeconds{10};
+// How long a session that a host list preferring standbys opened on another server (its
+// standbys were away) stays there before it tries them again, between two procedures.
+inline constexpr std::chrono::seconds kStandbyRetry{30};
 ServerConnection connectToServer(const std::string& uri, const std::string& name);
+
+// Whether the URI lists several servers and the session prefers standbys among them
+// (target_session_attrs prefer-standby or read-only, in the URI or PGTARGETSESSIONATTRS).
+bool prefersStandby(PGconn* connection, const std::string& uri);
+// Whether the session is on a hot standby, as the server said when it opened.
+bool onStandby(PGconn* connection);
+// Starts opening a session on a standby of the URI's list without waiting for it
+// (libpq's PQconnectStartParams; the caller polls it): nothing when libpq cannot start.
+ServerConnection startOnStandby(const std::string& uri);
+// Drops what libpq would print on standard error of what the server says outside an
+// answer (the "FATAL: terminating connection" of a server stopping under an idle session).
+void quietNotices(PGconn* connection);
 
 // The parameters of one statement: texts (UTF-8) and byte strings, sent in binary.
 class Parameters {
