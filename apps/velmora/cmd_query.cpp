@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iostream>
+#include <limits>
 
 #include <velmora/store/record.h>
 #include <velmora/store/sqlite_database.h>
@@ -67,7 +68,8 @@ void printTable(const NorvikRecord& answer, std::size_t columns) {
 int run(Arguments& args) {
   const std::string database = requiredDatabase(args);
   const std::string columns = args.option("columns").value_or("0");
-  const Text query = joinWords(args.positionals(1, 1000));
+  // The query is every word after the options, however many.
+  const Text query = joinWords(args.positionals(1, std::numeric_limits<std::size_t>::max()));
   const auto db = openDatabase(database);
   const Text request =
       query + kAttributeMark + store::parseQuery(query).file + kAttributeMark + fromUtf8(columns);
