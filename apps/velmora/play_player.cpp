@@ -282,9 +282,7 @@ class Player::Impl {
     if (enr.is_null()) {
       std::cout << "W_Enr Nothing\n";
     } else {
-      std::cout << "W_Enr ("
-                << (enr.size() == 1 ? say("1 item") : say("{} items", {std::to_string(enr.size())}))
-                << ")\n";
+      std::cout << "W_Enr (" << counted(enr.size(), toSay("1 item"), toSay("{} items")) << ")\n";
       int n = 0;
       for (const auto& item : enr) {
         std::cout << "  " << ++n << " " << item[0].dump() << " " << item[1].dump() << " "

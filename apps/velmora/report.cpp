@@ -53,11 +53,6 @@ std::string oneLine(const std::string& text) {
   return out;
 }
 
-// "1 row", "2 rows": patterns of the catalogue for one and for more.
-std::string counted(std::size_t n, const char* one, const char* many) {
-  return n == 1 ? say(one) : say(many, {std::to_string(n)});
-}
-
 // One line per row: its number, the row between bars, then the code beside it. Lists
 // of unequal length show the missing side as "(none)".
 void printList(std::ostream& out, const char* rowsName, const std::vector<std::string>& rows,
@@ -83,6 +78,10 @@ const char* yesNo(bool b) {
 }
 
 }  // namespace
+
+std::string counted(std::size_t n, const char* one, const char* many) {
+  return n == 1 ? say(one) : say(many, {std::to_string(n)});
+}
 
 void printReport(std::ostream& out, const Ctr_VelmoraNew& c) {
   out << "Etq_Pos1 " << inQuotes(c.Etq_Pos1.Caption()) << "  Etq_Pos2 "

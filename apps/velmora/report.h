@@ -4,8 +4,10 @@
 // control without a screen.
 #pragma once
 
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <string>
 
 #include <velmora/control/ctr_velmora_new.h>
 
@@ -14,6 +16,10 @@ namespace velmora::cli {
 // Rows stand between "|" characters, exactly as stored, so that their fixed widths and
 // trailing blanks show.
 void printReport(std::ostream& out, const Ctr_VelmoraNew& control);
+
+// "1 row", "2 rows": a count in the catalogue's pattern for one or for more (marked with
+// toSay so that they are translated).
+std::string counted(std::size_t n, const char* one, const char* many);
 
 nlohmann::ordered_json reportJson(const Ctr_VelmoraNew& control);
 
