@@ -1,6 +1,8 @@
 // The binding as a host meets it: the widget's failures and setControl, the screen
 // services' question box and pointer, the demo host's stored selection, and the widget in
 // Qt Designer.
+#include <QDialog>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <memory>
 #include <stdexcept>
@@ -79,6 +81,37 @@ TEST_F(HostWidget, ShowsTheHostsControlGivenLater) {
   hosts.Cac_TouteTache.toggle();
   owning.refreshLists();
   EXPECT_EQ(qt::listViewOf(owning, hosts.Lst_Possible)->listModel().rowCount(), 4);
+}
+
+// In a host's dialog, a key bound to one of the control's buttons goes on to the dialog
+// while that button is off: Return in the proposals with nothing marked is the dialog's
+// default button, and Sélectionner's once a row is marked.
+TEST(HostDialog, AKeyWhoseButtonIsOffGoesOnToTheHostsDialog) {
+  TempAccount account;
+  putTaskCatalogue(account);
+  Session session;
+  Ctr_VelmoraNew c{session};
+  QDialog dialog;
+  qt::VelmoraWidget w{c, &dialog};
+  QPushButton close(QStringLiteral("Fermer"), &dialog);
+  close.setDefault(true);
+  close.move(0, 420);
+  int closed = 0;
+  QObject::connect(&close, &QPushButton::clicked, [&closed] { ++closed; });
+  dialog.show();
+  dialog.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+  initClient(c, account);
+  c.Cac_TouteTache.toggle();  // the four tasks proposed, none marked
+  ASSERT_FALSE(c.Cmd_Select.Enabled());
+  auto* proposals = qt::listViewOf(w, c.Lst_Possible);
+  proposals->setFocus();
+  QTest::keyClick(proposals, Qt::Key_Return);
+  EXPECT_EQ(closed, 1);
+  c.Lst_Possible.click(0);
+  QTest::keyClick(proposals, Qt::Key_Return);
+  EXPECT_EQ(closed, 1);
+  EXPECT_EQ(c.Lst_Selectionne.ListCount(), 1);
 }
 
 TEST(QtServices, TheBoxShowsItsButtonsInFrenchAndAnswersHoweverItIsClosed) {
