@@ -243,7 +243,9 @@ TEST(ServerStore, EachFailureIsNumberedAndFrenchAndTheNextReadWorksOnceItIsGone)
        },
        [] { administerServer("DROP SCHEMA velmora_coupe CASCADE"); }, errors::kDatabase,
        "La connexion au serveur de la base postgresql://?options=-csearch_path%3Dvelmora_coupe a "
-       "été perdue (FATAL:  terminating connection due to administrator command"},
+       "été perdue (FATAL:  terminating connection due to administrator command CONTEXT:  SQL "
+       "statement \"SELECT pg_terminate_backend(pg_backend_pid()), pg_sleep(5)\" PL/pgSQL "
+       "function cut() line 5 at PERFORM). Vérifiez"},
       {"a database that is not a store",
        [] {
          administerServer("DROP SCHEMA IF EXISTS pas_velmora CASCADE; CREATE SCHEMA pas_velmora");
